@@ -1,0 +1,161 @@
+// What the conversion of a behavior costs, all families in both directions, with 1, 10, 1,000 and 10,000
+// zones of four vertices.
+//
+// The column "ratio" is the time of the conversion to that of libxml2 alone, parsing and serialising the
+// client's document: both are measured in turn in the same loop. "growth" is the ratio of 10,000 zones to
+// that of 10: it must not grow much beyond 1. A behavior without zones has the same document in every row.
+
+#include "Measure.h"
+
+#include <Factory.h>
+
+#include <analytics/Platform.h>
+#include <analytics/PluginManager.h>
+#include <analytics/ProfileManager.h>
+
+#include <filesystem>
+#include <map>
+#include <memory>
+
+#include <unistd.h>
+
+namespace
+{
+using profile_conversion::ProfileDocConverter;
+using profile_conversion::ProfileParameters;
+
+constexpr int kZones[] = {1, 10, 1000, 10000};
+constexpr int kFewZones = 10;
+constexpr int kManyZones = 10000;
+
+// In the order in which the factory looks for them.
+constexpr const char* kBehaviors[] = {
+    "adaptivemotion",    "objectcounting", "camerasabotage",  "loiteringdetection",
+    "directionalmotion", "objectremoval",  "abandonedobject", "stoppedvehicle",
+};
+
+std::string IdOf(const std::string& behavior) { return "com.varlo.rule." + behavior; }
+
+std::unique_ptr<ProfileDocConverter> Converter(const std::string& id)
+{
+    return std::unique_ptr<ProfileDocConverter>(profile_conversion::Factory::CreateConverter(id));
+}
+
+void Replace(std::string& text, const std::string& from, const std::string& to)
+{
+    if (const std::size_t at = text.find(from); at != std::string::npos)
+        text.replace(at, from.size(), to);
+}
+
+std::string Repeated(int count, const std::string& before, const std::string& after)
+{
+    std::string text;
+    for (int i = 1; i <= count; ++i)
+        text += before + std::to_string(i) + after;
+    return text;
+}
+
+// The plug-in's default, active, with as many zones; as many exclude zones too if its engine takes them.
+std::string ClientDocument(const std::string& id, int zones)
+{
+    const std::string vertices =
+        "<vertices><vertex><x>117</x><y>42</y></vertex><vertex><x>300</x><y>42</y></vertex>"
+        "<vertex><x>300</x><y>200</y></vertex><vertex><x>117</x><y>200</y></vertex></vertices>";
+    std::string document = analytics::PluginManager().GetVarloDefaultConfiguration(id);
+    Replace(document, "active=\"0\"", "active=\"1\"");
+    Replace(
+        document, "<rois/>",
+        "<rois>" +
+            Repeated(zones, "<roi><name>Zone ",
+                     "</name><enable>1</enable><alarmSeverity>2</alarmSeverity><dwellTime>30</dwellTime>" +
+                         vertices + "</roi>") +
+            "</rois>");
+    if (document.find("<filters>") < document.find("<excludeZones/>"))
+        Replace(document, "<excludeZones/>",
+                "<excludeZones>" +
+                    Repeated(zones, "<excludeZone><name>Exclude ", "</name>" + vertices + "</excludeZone>") +
+                    "</excludeZones>");
+    return document;
+}
+
+// The engine document of a profile that holds the behavior alone.
+std::string StoredDocument(const std::string& id, const std::string& document)
+{
+    analytics::ProfileManager profiles;
+    int profile = 0;
+    profiles.CreateProfile(profile, "benchmark");
+    const auto converter = Converter(id);
+    ProfileParameters params;
+    const std::string rule = converter->FromVarloToOnvif(document, params);
+    std::string engineId;
+    std::string engine;
+    if (converter->AdditionalComponent(engineId, engine))
+        profiles.SetEngineConfig(profile, engineId, engine);
+    profiles.SetRuleConfig(profile, id, rule, params.Active());
+    const std::string stored = profiles.GetConfig(profile);
+    profiles.DeleteProfile(profile);
+    return stored;
+}
+
+void Report(benchmark::State& state, const std::string& row, int zones, double ratio)
+{
+    static std::map<std::string, double> withFewZones;
+    if (zones == kFewZones)
+        withFewZones[row] = ratio;
+    if (zones == kManyZones && withFewZones[row] > 0)
+        state.counters["growth"] = ratio / withFewZones[row];
+}
+
+void ToEngine(benchmark::State& state, const std::string& id, int zones)
+{
+    const std::string document = ClientDocument(id, zones);
+    const auto convert = [&]
+    {
+        ProfileParameters params;
+        return Converter(id)->FromVarloToOnvif(document, params);
+    };
+    Report(state, id + "/to engine", zones, measure::Ratio(state, convert, document));
+}
+
+void ToClient(benchmark::State& state, const std::string& id, int zones)
+{
+    const std::string document = ClientDocument(id, zones);
+    const std::string stored = StoredDocument(id, document);
+    const auto convert = [&] { return Converter(id)->FromOnvifToVarlo(stored, {}); };
+    Report(state, id + "/to client", zones, measure::Ratio(state, convert, document));
+}
+
+void Register(const std::string& behavior)
+{
+    const std::string id = IdOf(behavior);
+    const auto add = [&](const std::string& direction, auto function)
+    {
+        for (const int zones : kZones)
+            benchmark::RegisterBenchmark((behavior + direction + std::to_string(zones)).c_str(), function, id,
+                                         zones)
+                ->UseManualTime()
+                ->Unit(benchmark::kMicrosecond);
+    };
+    add("/to engine/", ToEngine);
+    add("/to client/", ToClient);
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    measure::AllocateLikeTheHost();
+    benchmark::Initialize(&argc, argv);
+    const std::filesystem::path state =
+        std::filesystem::temp_directory_path() / ("varlo-benchmark-" + std::to_string(getpid()));
+    analytics::platform::Configuration configuration;
+    configuration.settingsFile = PLATFORM_DATA "/settings.xml";
+    configuration.pluginFolder = PLATFORM_DATA "/plugins";
+    configuration.stateFolder = state;
+    analytics::platform::Configure(configuration);
+    for (const std::string behavior : kBehaviors)
+        if (Converter(IdOf(behavior)) != nullptr)
+            Register(behavior);
+    benchmark::RunSpecifiedBenchmarks();
+    std::filesystem::remove_all(state);
+}

@@ -1,0 +1,76 @@
+#include "Options.h"
+
+#include <CLI/CLI.hpp>
+
+#include <charconv>
+
+namespace
+{
+
+constexpr int kWrongOption = 2;
+
+// "ADDRESS:PORT", an IPv6 address in brackets.
+std::optional<analytics::platform::Endpoint> ParseEndpoint(const std::string& text)
+{
+    const std::size_t colon = text.rfind(':');
+    if (colon == std::string::npos || colon == 0)
+        return std::nullopt;
+    std::string address = text.substr(0, colon);
+    if (address.size() > 2 && address.front() == '[' && address.back() == ']')
+        address = address.substr(1, address.size() - 2);
+    else if (address.find(':') != std::string::npos)
+        return std::nullopt;
+    std::uint16_t port = 0;
+    const char* const end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data() + colon + 1, end, port);
+    if (error != std::errc() || stop != end)
+        return std::nullopt;
+    return analytics::platform::Endpoint{address, port};
+}
+
+std::string CheckEndpoint(const std::string& text)
+{
+    return ParseEndpoint(text) ? ""
+                               : "'" + text +
+                                     "' is no ADDRESS:PORT, such as 127.0.0.1:8080 or [::1]:8080 "
+                                     "(port 0 to 65535, 0 takes a free one)";
+}
+
+} // namespace
+
+std::variant<Options, int> ReadOptions(int argc, char** argv)
+{
+    Options options;
+    options.library = INSTALLED_LIBRARY;
+    std::string listen;
+
+    CLI::App app("Hosts the SOAP service of the camera's video analytics.", "varlo-analytics-host");
+    // Of an option that comes twice the last counts, so that a script's own options can be overruled.
+    app.option_defaults()->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
+    app.add_option("--listen", listen, "Endpoint to listen on; port 0 takes a free port")
+        ->type_name("ADDRESS:PORT")
+        ->check(CLI::Validator(CheckEndpoint, ""));
+    app.add_option("--settings", options.platform.settingsFile, "Settings document")
+        ->type_name("FILE")
+        ->capture_default_str();
+    app.add_option("--plugins", options.platform.pluginFolder, "Plug-in folder")
+        ->type_name("DIR")
+        ->capture_default_str();
+    app.add_option("--state", options.platform.stateFolder, "Folder of the profile store, created if missing")
+        ->type_name("DIR")
+        ->capture_default_str();
+    app.add_option("--library", options.library, "API library to load")
+        ->type_name("FILE")
+        ->capture_default_str();
+    app.set_version_flag("--version", "varlo-analytics-host " VERSION);
+    try
+    {
+        app.parse(argc, argv);
+    }
+    catch (const CLI::ParseError& error)
+    {
+        return app.exit(error) == 0 ? 0 : kWrongOption;
+    }
+    options.platform.listen = ParseEndpoint(listen);
+    return options;
+}

@@ -1,0 +1,99 @@
+// The process that hosts the service: loads the API library, lends it a thread, and ends it on SIGTERM
+// or SIGINT.
+
+#include "Library.h"
+#include "Options.h"
+#include "Service.h"
+
+#include <analytics/Platform.h>
+
+#include <systemd/sd-daemon.h>
+
+#include <malloc.h>
+#include <signal.h>
+#include <sys/resource.h>
+
+#include <chrono>
+#include <cstdio>
+#include <exception>
+
+namespace
+{
+
+constexpr int kServiceEnded = SIGUSR2;
+constexpr std::chrono::seconds kDrainLimit(5);
+
+// The signals that main() waits for. Blocked before any thread starts, so that all inherit it.
+sigset_t BlockSignals()
+{
+    sigset_t signals;
+    sigemptyset(&signals);
+    for (const int number : {SIGTERM, SIGINT, kServiceEnded})
+        sigaddset(&signals, number);
+    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+    signal(SIGPIPE, SIG_IGN);
+    return signals;
+}
+
+// Each connection costs a file descriptor: take what the system allows.
+void RaiseDescriptorLimit()
+{
+    rlimit limit = {};
+    if (getrlimit(RLIMIT_NOFILE, &limit) == 0 && limit.rlim_cur < limit.rlim_max)
+    {
+        limit.rlim_cur = limit.rlim_max;
+        setrlimit(RLIMIT_NOFILE, &limit);
+    }
+}
+
+// A converted document leaves tens of thousands of small freed blocks behind. Kept aside for quick reuse,
+// they are joined all at once when a larger block is wanted, which doubles the time of large documents.
+void JoinFreedBlocksAtOnce() { mallopt(M_MXFAST, 0); }
+
+void ReportListening(const std::string& url)
+{
+    std::fprintf(stderr, "listening on %s\n", url.c_str());
+    sd_notifyf(0, "READY=1\nSTATUS=Listening on %s", url.c_str());
+}
+
+int Run(Options options)
+{
+    const sigset_t signals = BlockSignals();
+    RaiseDescriptorLimit();
+    JoinFreedBlocksAtOnce();
+    options.platform.onListening = ReportListening;
+    analytics::platform::Configure(options.platform);
+    Service service(Library(options.library), kServiceEnded);
+
+    int received = 0;
+    sigwait(&signals, &received);
+    if (received == kServiceEnded)
+    {
+        service.End();
+        std::fprintf(stderr, "varlo-analytics-host: %s\n", service.Failure().c_str());
+        return 1;
+    }
+    sd_notify(0, "STOPPING=1");
+    // First no request, then no manager: the library destroys it before it stops its server.
+    analytics::platform::DrainServer(kDrainLimit);
+    service.End();
+    return 0;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    auto options = ReadOptions(argc, argv);
+    if (const int* const code = std::get_if<int>(&options))
+        return *code;
+    try
+    {
+        return Run(std::get<Options>(std::move(options)));
+    }
+    catch (const std::exception& e)
+    {
+        std::fprintf(stderr, "varlo-analytics-host: %s\n", e.what());
+        return 1;
+    }
+}

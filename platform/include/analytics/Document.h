@@ -1,0 +1,58 @@
+#pragma once
+
+#include <analytics/DocumentNode.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace analytics
+{
+
+namespace xml
+{
+class Tree;
+}
+
+// A parsed XML document with path queries. One object is used by one thread at a time; different
+// objects share nothing.
+//
+// A query is an XPath 1.0 location path, evaluated from `context` or, where that is null, from the
+// document root. A prefix in it stands for the namespace that the document first binds to it. What is
+// not found, a malformed query and an unbound prefix all give null, empty or the default; nothing
+// throws. The caller owns every handle.
+class Document
+{
+  public:
+    virtual ~Document();
+    Document();
+    Document(const Document&) = delete;
+    Document& operator=(const Document&) = delete;
+
+    // Replaces the content. False leaves the document empty: the text is not well-formed XML in UTF-8
+    // (whatever encoding it declares), is nested deeper than 256 elements, has an element with more than
+    // 256 attributes, is longer than 64 MiB, or has a document type declaration with more than a name.
+    // So no entity is ever expanded and nothing is ever loaded. CDATA becomes text.
+    bool ParseString(const std::string& xml);
+    // The document in UTF-8 behind an XML declaration; ParseString() reads it back. The same tree gives
+    // the same text. Empty if there is no document, or one that grew too large (AddNewChild()).
+    std::string DumpToString() const;
+
+    DocumentNode* SelectNode(const std::string& query, DocumentNode* context); // the first match
+    std::vector<DocumentNode*> SelectNodes(const std::string& query, DocumentNode* context); // document order
+
+    // The text of the first match, as DocumentNode::GetValue() gives it.
+    std::string GetSingleValue(const std::string& query, DocumentNode* context);
+    int GetSingleValue(const std::string& query, int defaultValue, DocumentNode* context);
+
+    // Removes every match with all below it. Handles to what is removed may only be deleted after that.
+    void DeleteNodes(const std::string& query, DocumentNode* context);
+
+  protected:
+    xml::Tree* Content() const; // null if there is no document
+
+  private:
+    std::unique_ptr<xml::Tree> m_tree;
+};
+
+} // namespace analytics

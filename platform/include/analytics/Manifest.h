@@ -1,0 +1,74 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace analytics
+{
+
+// Numbers as in the `type` of a manifest: source, engine, rule, sink. AllPlugin selects every kind.
+enum tagPluginType
+{
+    MediaSourcePlugin = 0,
+    EnginePlugin = 1,
+    RulePlugin = 2,
+    EventSinkPlugin = 3,
+    AllPlugin = 4
+};
+using PluginType = tagPluginType;
+
+// What a plug-in says of itself, for whoever makes a Manifest.
+struct ManifestFields
+{
+    std::string id;    // reverse-domain form, towards the platform
+    std::string alias; // URN form, towards clients
+    std::string name;  // shown to users
+    std::string home;  // the plug-in's folder
+    bool fixedCameraPosition = false;
+    std::uint32_t resourceRequirement = 0;
+    std::vector<std::string> dependencies;
+    std::string type; // source, engine, rule or sink
+    bool supportsAdvancedMode = false;
+};
+
+// The description of one plug-in. A value: a copy doesn't change when the plug-in does. One that no
+// plug-in filled is not valid; its texts and lists are empty, its numbers 0 and its flags false.
+class Manifest
+{
+  public:
+    Manifest();
+    explicit Manifest(const ManifestFields& fields); // valid if the identifier isn't empty
+    Manifest(const Manifest&);
+    Manifest& operator=(const Manifest&);
+    virtual ~Manifest();
+
+    std::string Id() const { return m_id; }
+    std::string Alias() const { return m_alias; }
+    std::string Name() const { return m_name; }
+    std::string Home() const { return m_home; }
+    std::string Type() const { return m_type; }
+    // The Id() or Alias() of each plug-in that this one needs, in the order of the manifest file.
+    std::vector<std::string> Dependencies() const { return m_dependencies; }
+    // What the plug-in costs of Settings::MaxResource(), in the same unit.
+    std::uint32_t ResourceRequirement() const { return m_resourceRequirement; }
+    // True if the plug-in works only while the camera does not move.
+    bool FixedCameraPosition() const { return m_fixedCameraPosition; }
+    bool SupportsAdvancedMode() const { return m_supportsAdvancedMode; }
+    bool Valid() const { return !m_id.empty(); }
+
+  private:
+    std::string m_id;
+    std::string m_alias;
+    std::string m_name;
+    std::string m_home;
+    bool m_fixedCameraPosition = false;
+    std::uint32_t m_resourceRequirement = 0;
+    std::vector<std::string> m_dependencies;
+    std::string m_type;
+    bool m_supportsAdvancedMode = false;
+};
+
+using ManifestArray = std::vector<Manifest>;
+
+} // namespace analytics

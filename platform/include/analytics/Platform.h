@@ -1,0 +1,42 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+
+// What a host tells this platform layer before the service starts, and asks of it while it runs.
+// The API library knows nothing of this; another layer has its own ways.
+namespace analytics::platform
+{
+
+struct Endpoint
+{
+    std::string address; // a numeric IPv4 or IPv6 address
+    std::uint16_t port;  // 0 takes a free port
+};
+
+struct Configuration
+{
+    Configuration(); // the installed files
+    std::string settingsFile;
+    std::string pluginFolder;
+    std::string stateFolder;        // made if missing
+    std::optional<Endpoint> listen; // wins over the endpoint in the settings document
+    // Called once a server listens, with its URL, on the thread that started it.
+    std::function<void(const std::string& url)> onListening;
+};
+
+// Takes effect for all that follows. Call it before any other thread uses the platform.
+// Throws AnalyticsFault, with file and line, if the settings document can't be read.
+void Configure(const Configuration& configuration);
+
+// Why the last server could not come up; empty if it did or none was started. Any thread.
+std::string ServerFailure();
+
+// Stops accepting, waits until every request in progress has been answered, `limit` at most, and
+// returns whether all were. Without a running server there is nothing to wait for. Any thread.
+bool DrainServer(std::chrono::milliseconds limit);
+
+} // namespace analytics::platform

@@ -1,0 +1,95 @@
+#pragma once
+
+#include "net/Budget.h"
+#include "net/RequestReader.h"
+
+#include <boost/asio/ip/tcp.hpp>
+#include <boost/asio/steady_timer.hpp>
+
+#include <chrono>
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+
+namespace tarno::osa
+{
+
+class Connection;
+class Exchange;
+
+// What a connection uses of its server, on the loop's thread.
+class ConnectionHost
+{
+  public:
+    virtual const Limits& ConnectionLimits() const = 0;
+    virtual Budget& Memory() = 0;
+    // Room to read into, for the length of one call.
+    virtual std::span<char> Scratch() = 0;
+    // True once nobody is to be waited for any longer than an answer needs.
+    virtual bool Ending() const = 0;
+    // Has a worker serve the exchange.
+    virtual void Serve(std::shared_ptr<Exchange> exchange) = 0;
+    virtual void Ended(Connection& connection) = 0;
+
+  protected:
+    ~ConnectionHost() = default;
+};
+
+// One accepted connection: reads a whole request, has it worked on, sends the answer, closes. Held to
+// a deadline wherever it waits for its peer. Everything happens on the loop's thread.
+class Connection : public std::enable_shared_from_this<Connection>
+{
+  public:
+    using Socket = boost::asio::ip::tcp::socket;
+
+    Connection(Socket socket, ConnectionHost& host);
+
+    void Start();
+    // Closes now unless a request is in progress.
+    void GiveUp();
+    void Close();
+
+  private:
+    enum class Stage
+    {
+        Reading,
+        Working,
+        Sending,
+        Lingering,
+        Closed
+    };
+    using Step = void (Connection::*)();
+
+    void Within(std::chrono::milliseconds time);
+    void OnDeadline();
+    // Goes on with `next`, if the stage is still the same by then.
+    void Await(Socket::wait_type event, Step next);
+
+    void ReadRequest();
+    void AwaitRequest() { Await(Socket::wait_read, &Connection::ReadRequest); }
+    void Judge(RequestReader::Outcome outcome);
+    void SendContinue();
+    void Refuse(Refusal reason);
+    void Work();
+    void OnPeerGone();
+    void Send(std::string answer);
+    void SendMore();
+    void Linger();
+    void DropInput();
+
+    ConnectionHost& m_host;
+    Socket m_socket;
+    boost::asio::steady_timer m_timer;
+    Budget::Share m_share;
+    Stage m_stage = Stage::Reading;
+    std::optional<RequestReader> m_reader; // while reading
+    std::shared_ptr<Exchange> m_exchange;  // while working
+    std::string m_answer;
+    std::size_t m_sent = 0;
+    bool m_kept = false; // the answer counts as waiting
+    std::size_t m_dropped = 0;
+};
+
+} // namespace tarno::osa

@@ -1,0 +1,58 @@
+#include "net/MemorySocket.h"
+
+#include <tarno/osa/SocketException.h>
+
+#include <algorithm>
+#include <limits>
+#include <utility>
+
+namespace tarno::osa
+{
+
+Exchange::Exchange(std::string request, std::function<void(std::string answer)> finished)
+    : m_request(std::move(request)), m_finished(std::move(finished))
+{
+}
+
+std::size_t Exchange::Read(void* data, std::size_t size)
+{
+    const std::size_t count = m_request.copy(static_cast<char*>(data), size, m_read);
+    m_read += count;
+    return count;
+}
+
+void Exchange::Write(const void* data, std::size_t size)
+{
+    if (m_over)
+        throw SocketException(SocketException::kInvalid, "The connection has been given back to the server");
+    if (m_peerGone)
+        throw SocketException(SocketException::kError, "The client has closed the connection");
+    m_answer.append(static_cast<const char*>(data), size);
+}
+
+void Exchange::Finish()
+{
+    if (m_over.exchange(true))
+        return;
+    std::string().swap(m_request);
+    m_read = 0;
+    // Moved out, since it holds the connection, which may hold this.
+    std::exchange(m_finished, nullptr)(std::move(m_answer));
+}
+
+MemorySocket::MemorySocket(std::shared_ptr<Exchange> exchange) : m_exchange(std::move(exchange)) {}
+
+MemorySocket::~MemorySocket() { m_exchange->Finish(); }
+
+// The real socket has the size that the server was given; there is nothing to set here.
+void MemorySocket::SetBufferSize(unsigned int /*bytes*/) const {}
+
+void MemorySocket::SendAll(const void* data, unsigned int size) { m_exchange->Write(data, size); }
+
+int MemorySocket::Recv(void* data, unsigned int size, unsigned int /*timeout*/)
+{
+    constexpr unsigned int kMost = std::numeric_limits<int>::max();
+    return static_cast<int>(m_exchange->Read(data, std::min(size, kMost)));
+}
+
+} // namespace tarno::osa

@@ -1,0 +1,88 @@
+#pragma once
+
+#include "net/Budget.h"
+#include "net/Connection.h"
+#include "net/Limits.h"
+#include "net/Listener.h"
+#include "threads/Lock.h"
+#include "net/Workers.h"
+
+#include <boost/asio/executor_work_guard.hpp>
+#include <boost/asio/io_context.hpp>
+
+#include <array>
+#include <atomic>
+#include <chrono>
+#include <functional>
+#include <future>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <thread>
+#include <unordered_map>
+#include <vector>
+
+namespace tarno::osa
+{
+
+class ITcpSocketAccept;
+
+// One server: a thread that accepts, reads, times and sends for all connections, and a fixed number
+// of workers that serve whole requests. Public operations may be called from any thread but a worker.
+class ServerLoop final : private ConnectionHost
+{
+  public:
+    ServerLoop(ITcpSocketAccept& acceptor, const Limits& limits);
+    ~ServerLoop(); // stops
+    ServerLoop(const ServerLoop&) = delete;
+    ServerLoop& operator=(const ServerLoop&) = delete;
+
+    // Once. Listens and serves from then on; returns the URL. Throws SocketException.
+    std::string Start(const ListenOptions& options);
+    bool Listening() const { return m_listening; }
+    // See analytics::platform::DrainServer.
+    bool Drain(std::chrono::milliseconds limit);
+    // See TcpServer::Stop.
+    void Stop();
+
+  private:
+    const Limits& ConnectionLimits() const override { return m_limits; }
+    Budget& Memory() override { return m_memory; }
+    std::span<char> Scratch() override { return m_scratch; }
+    bool Ending() const override { return m_ending; }
+    void Serve(std::shared_ptr<Exchange> exchange) override;
+    void Ended(Connection& connection) override;
+
+    bool Post(std::function<void()> task); // false once the loop has ended
+    void StartThreads();
+    void RunLoop();
+    void Adopt(Connection::Socket socket);
+    void StopAccepting();
+    void NoteDrained();
+    void EndThreads();
+    std::vector<std::shared_ptr<Connection>> Connections() const; // those of this moment
+
+    ITcpSocketAccept& m_acceptor;
+    const Limits m_limits;
+    std::atomic<bool> m_listening = false;
+    std::atomic<bool> m_ending = false; // no new connections, no waiting for clients
+    std::once_flag m_stopped;
+
+    analytics::platform::Lock m_lock;
+    bool m_ended ANALYTICS_GUARDED_BY(m_lock) = false;
+
+    // Everything below belongs to the loop's thread.
+    Budget m_memory;
+    boost::asio::io_context m_io{1};
+    std::optional<boost::asio::executor_work_guard<boost::asio::io_context::executor_type>> m_keepRunning;
+    std::array<char, 64 * 1024> m_scratch = {};
+    Listener m_listener;
+    std::unordered_map<Connection*, std::shared_ptr<Connection>> m_connections;
+    std::vector<std::shared_ptr<std::promise<void>>> m_drains;
+
+    std::optional<Workers> m_workers;
+    std::thread m_thread;
+};
+
+} // namespace tarno::osa

@@ -1,0 +1,105 @@
+#include <tarno/osa/TcpServer.h>
+
+#include "net/ConfiguredEndpoint.h"
+#include "net/Limits.h"
+#include "net/ServerLoop.h"
+#include "net/ServerRegistry.h"
+#include "threads/Lock.h"
+
+#include <tarno/osa/SocketException.h>
+
+#include "Runtime.h"
+
+#include <string>
+#include <utility>
+
+namespace tarno::osa
+{
+using analytics::platform::Hold;
+using analytics::platform::Lock;
+
+// The loop behind a server, and what it will be started with.
+class TcpServer::Loop
+{
+  public:
+    Loop(std::string address, unsigned short port) : m_address(std::move(address)), m_port(port) {}
+
+    void BufferSize(unsigned int bytes)
+    {
+        const Hold hold(m_lock);
+        m_bufferBytes = bytes;
+    }
+    std::shared_ptr<ServerLoop> Running() const
+    {
+        const Hold hold(m_lock);
+        return m_running;
+    }
+    // Returns the URL.
+    std::string Start(ITcpSocketAccept* acceptor, unsigned short backlog);
+
+  private:
+    const std::string m_address;
+    const unsigned short m_port;
+    mutable Lock m_lock;
+    unsigned int m_bufferBytes ANALYTICS_GUARDED_BY(m_lock) = 0;
+    std::shared_ptr<ServerLoop> m_running ANALYTICS_GUARDED_BY(m_lock);
+};
+
+std::string TcpServer::Loop::Start(ITcpSocketAccept* acceptor, unsigned short backlog)
+{
+    const Hold hold(m_lock);
+    if (acceptor == nullptr)
+        throw SocketException(SocketException::kInvalid,
+                              "The server was given nobody to serve its connections");
+    if (m_running != nullptr && m_running->Listening())
+        throw SocketException(SocketException::kInvalid, "The server is listening already; stop it first");
+    const auto endpoint = ConfiguredEndpoint(m_address, m_port);
+    const auto loop = std::make_shared<ServerLoop>(*acceptor, LimitsFromSettings());
+    std::string url = loop->Start({endpoint.address, endpoint.port, backlog, m_bufferBytes});
+    m_running = loop;
+    RegisterServer(loop);
+    return url;
+}
+
+TcpServer::TcpServer(const char* address, unsigned short port) : m_loop(std::make_shared<Loop>(address, port))
+{
+}
+
+TcpServer::~TcpServer() { TcpServer::Stop(); }
+
+bool TcpServer::Listening() const
+{
+    const auto running = m_loop->Running();
+    return running != nullptr && running->Listening();
+}
+
+void TcpServer::Stop()
+{
+    if (const auto running = m_loop->Running())
+        running->Stop();
+}
+
+void TcpServer::SetBufferSize(unsigned int bytes) const { m_loop->BufferSize(bytes); }
+
+void TcpServer::Start(ITcpSocketAccept* acceptor, unsigned short backlog)
+{
+    std::string url;
+    try
+    {
+        url = m_loop->Start(acceptor, backlog);
+    }
+    catch (const SocketException& failure)
+    {
+        RegisterServerFailure(failure.what());
+        throw;
+    }
+    catch (const std::exception& failure)
+    {
+        RegisterServerFailure(failure.what());
+        throw SocketException(SocketException::kBindError, failure.what());
+    }
+    if (const auto& onListening = analytics::platform::CurrentConfiguration().onListening)
+        onListening(url);
+}
+
+} // namespace tarno::osa

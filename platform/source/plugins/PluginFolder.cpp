@@ -1,0 +1,77 @@
+#include "plugins/PluginFolder.h"
+
+#include <analytics/Faults.h>
+
+#include "files/StandardError.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <system_error>
+
+namespace analytics::platform
+{
+
+std::shared_ptr<const PluginCatalog> PluginFolder::Current()
+{
+    const Hold hold(m_lock);
+    if (!m_catalog || m_watch->Changed())
+        Scan();
+    return m_catalog;
+}
+
+// Watches first and reads then: what changes meanwhile shows at the next call.
+void PluginFolder::Scan()
+{
+    m_catalog.reset();
+    m_watch.reset(); // before the next one is made: the system grants few of them
+    m_watch = std::make_unique<FolderWatch>(m_byStamps);
+    m_watch->AddRoot(m_path);
+    Problems problems;
+    auto catalog = std::make_shared<PluginCatalog>();
+    for (const std::string& home : Homes(problems))
+    {
+        m_watch->AddFolder(home, kPluginFiles);
+        std::error_code error;
+        if (!std::filesystem::is_directory(home, error))
+            continue;
+        Plugin plugin;
+        PluginProblem problem;
+        if (!ReadPlugin(home, plugin, problem) || !catalog->Add(std::move(plugin), problem))
+            problems[home] = std::move(problem);
+    }
+    Tell(std::move(problems));
+    m_catalog = std::move(catalog);
+}
+
+// The folders that may hold plug-ins, and links: one that leads nowhere now may lead to a folder soon.
+std::vector<std::string> PluginFolder::Homes(Problems& problems) const
+{
+    std::vector<std::string> homes;
+    std::error_code error;
+    std::filesystem::directory_iterator entry(m_path, error);
+    for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error))
+    {
+        std::error_code unknown;
+        if (entry->is_symlink(unknown) || entry->is_directory(unknown))
+            homes.push_back(m_path + '/' + entry->path().filename().string());
+    }
+    if (error == std::errc::no_such_file_or_directory || error == std::errc::not_a_directory)
+        problems[m_path] = {m_path + ": there is no such folder, and so there are no plug-ins.", 0};
+    else if (error)
+        throw AnalyticsFault("The plug-in folder " + m_path + " can't be read: " + error.message());
+    std::ranges::sort(homes);
+    return homes;
+}
+
+void PluginFolder::Tell(Problems problems)
+{
+    for (const auto& [folder, problem] : problems)
+    {
+        const auto told = m_told.find(folder);
+        if (told == m_told.end() || told->second != problem)
+            Say(problem.sentence);
+    }
+    m_told = std::move(problems);
+}
+
+} // namespace analytics::platform

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "plugins/FolderWatch.h"
+#include "plugins/PluginCatalog.h"
+#include "threads/Lock.h"
+
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace analytics::platform
+{
+
+// The plug-in folder and what was last found in it. Any thread.
+class PluginFolder
+{
+  public:
+    // `byStamps`: see FolderWatch.
+    explicit PluginFolder(std::string path, bool byStamps = false)
+        : m_path(std::move(path)), m_byStamps(byStamps)
+    {
+    }
+
+    // The plug-ins as the folder holds them now; none if there is no folder. What is wrong with one is
+    // said on standard error, once. Throws AnalyticsFault if the folder can't be read.
+    std::shared_ptr<const PluginCatalog> Current();
+
+  private:
+    using Problems = std::map<std::string, PluginProblem>; // by the folder that has them
+
+    void Scan() ANALYTICS_REQUIRES(m_lock);
+    std::vector<std::string> Homes(Problems& problems) const;
+    void Tell(Problems problems) ANALYTICS_REQUIRES(m_lock);
+
+    const std::string m_path;
+    const bool m_byStamps;
+    Lock m_lock;
+    std::unique_ptr<FolderWatch> m_watch ANALYTICS_GUARDED_BY(m_lock);
+    std::shared_ptr<const PluginCatalog> m_catalog ANALYTICS_GUARDED_BY(m_lock);
+    Problems m_told ANALYTICS_GUARDED_BY(m_lock);
+};
+
+} // namespace analytics::platform

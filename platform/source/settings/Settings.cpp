@@ -1,0 +1,67 @@
+#include <analytics/Settings.h>
+
+#include "files/StandardError.h"
+#include "settings/SettingsSource.h"
+
+#include <charconv>
+#include <optional>
+
+namespace analytics
+{
+namespace
+{
+using platform::CurrentSettingsFile;
+using platform::SettingsFile;
+
+constexpr std::uint32_t kMaxResource = 100;
+
+// The whole text as a decimal number that fits T. A plus sign is nothing that from_chars knows.
+template <class T>
+std::optional<T> ToNumber(const std::string& text)
+{
+    T number = 0;
+    const char* const end = text.data() + text.size();
+    const char* const begin = text.data() + (text.size() > 1 && text[0] == '+' && text[1] != '-' ? 1 : 0);
+    const auto [stop, error] = std::from_chars(begin, end, number);
+    return error == std::errc() && stop == end ? std::optional(number) : std::nullopt;
+}
+
+// A value that is there and can't be taken is a slip of whoever wrote it; who is told once.
+template <class T>
+T GetNumber(const std::string& key, T defaultValue)
+{
+    const std::shared_ptr<SettingsFile> file = CurrentSettingsFile();
+    const auto document = file->Current();
+    const auto& texts = document->Texts(key);
+    if (texts.empty() || texts.front().empty())
+        return defaultValue;
+    const std::optional<T> number = ToNumber<T>(texts.front());
+    if (!number && document->FirstComplaint(key))
+        platform::Say(file->Path() + ": the value of " + key + ", \"" + texts.front().substr(0, 40) +
+                      "\", is no whole number in range; " + std::to_string(defaultValue) + " is used.");
+    return number.value_or(defaultValue);
+}
+} // namespace
+
+std::string Settings::GetValue(const std::string& key)
+{
+    const auto document = CurrentSettingsFile()->Current();
+    const auto& texts = document->Texts(key);
+    return texts.empty() ? std::string() : texts.front();
+}
+
+int Settings::GetValue(const std::string& key, int defaultValue) { return GetNumber<int>(key, defaultValue); }
+
+std::vector<std::string> Settings::GetValues(const std::string& key)
+{
+    const auto document = CurrentSettingsFile()->Current();
+    return document->Texts(key);
+}
+
+std::uint32_t Settings::MaxResource() { return GetNumber<std::uint32_t>("//maxResource", kMaxResource); }
+
+std::string Settings::OnvifPrefix() { return "tt"; }
+std::string Settings::RulesTag() { return "RuleEngineConfiguration"; }
+std::string Settings::EnginePattern() { return "com.varlo.engine."; }
+
+} // namespace analytics

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "files/FileHandle.h"
+
+#include <string>
+
+namespace analytics::platform
+{
+
+// The folder of the profile store, and the lock that keeps a second process out of it until this
+// object goes. One thread at a time.
+class StateFolder
+{
+  public:
+    explicit StateFolder(std::string path) : m_path(std::move(path)) {}
+
+    // Makes the folder where it is missing (mode 0700), and takes the lock. When it has been taken,
+    // takes it anew if the folder isn't the same any more. Throws AnalyticsFault.
+    void Take();
+
+    const std::string& Path() const { return m_path; }
+
+  private:
+    std::string m_path;
+    FileHandle m_lock;
+};
+
+} // namespace analytics::platform

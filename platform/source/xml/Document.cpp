@@ -1,0 +1,92 @@
+#include <analytics/Document.h>
+
+#include "xml/Query.h"
+#include "xml/Text.h"
+#include "xml/Tree.h"
+
+namespace analytics
+{
+using xml::Query;
+
+namespace
+{
+// Where a query starts; null if that is nowhere.
+xmlNode* Start(const xml::Tree* tree, const DocumentNode* context)
+{
+    if (tree == nullptr)
+        return nullptr;
+    return context == nullptr ? tree->Top() : xml::NodeOf(context);
+}
+
+std::vector<xmlNode*> All(xml::Tree* tree, const std::string& query, const DocumentNode* context)
+{
+    xmlNode* start = Start(tree, context);
+    return start == nullptr ? std::vector<xmlNode*>() : Query::Get(query).Select(*tree, start);
+}
+xmlNode* First(xml::Tree* tree, const std::string& query, const DocumentNode* context)
+{
+    const std::vector<xmlNode*> matches = All(tree, query, context);
+    return matches.empty() ? nullptr : matches.front();
+}
+} // namespace
+
+Document::Document() = default;
+Document::~Document() = default;
+
+bool Document::ParseString(const std::string& xml)
+{
+    m_tree.reset();
+    xml::SyntaxError error;
+    if (xml::DocPointer doc = xml::Parse(xml, error))
+        m_tree = std::make_unique<xml::Tree>(std::move(doc));
+    return m_tree != nullptr;
+}
+
+std::string Document::DumpToString() const
+{
+    if (m_tree == nullptr || m_tree->Overgrown())
+        return {};
+    xmlChar* text = nullptr;
+    int size = 0;
+    xmlDocDumpMemoryEnc(m_tree->Doc(), &text, &size, "UTF-8");
+    std::string result(xml::View(text));
+    xmlFree(text);
+    return result;
+}
+
+DocumentNode* Document::SelectNode(const std::string& query, DocumentNode* context)
+{
+    xmlNode* node = First(Content(), query, context);
+    return node == nullptr ? nullptr : new DocumentNode(node);
+}
+
+std::vector<DocumentNode*> Document::SelectNodes(const std::string& query, DocumentNode* context)
+{
+    std::vector<DocumentNode*> handles;
+    for (xmlNode* node : All(Content(), query, context))
+        handles.push_back(new DocumentNode(node));
+    return handles;
+}
+
+std::string Document::GetSingleValue(const std::string& query, DocumentNode* context)
+{
+    const xmlNode* node = First(Content(), query, context);
+    return node == nullptr ? std::string() : xml::Content(node);
+}
+
+int Document::GetSingleValue(const std::string& query, int defaultValue, DocumentNode* context)
+{
+    return xml::ToInt(GetSingleValue(query, context), defaultValue);
+}
+
+void Document::DeleteNodes(const std::string& query, DocumentNode* context)
+{
+    const std::vector<xmlNode*> matches = All(Content(), query, context);
+    // Backwards, so that a match inside another one goes first.
+    for (auto match = matches.rbegin(); match != matches.rend(); ++match)
+        DocumentNode(*match).Unlink(true);
+}
+
+xml::Tree* Document::Content() const { return m_tree.get(); }
+
+} // namespace analytics

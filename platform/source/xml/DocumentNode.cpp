@@ -1,0 +1,145 @@
+#include <analytics/DocumentNode.h>
+
+#include "xml/Text.h"
+#include "xml/Tree.h"
+
+namespace analytics
+{
+using xml::Chars;
+using xml::IsElement;
+using xml::NodeOf;
+using xml::Tree;
+
+namespace
+{
+bool IsAttribute(const xmlNode* node) { return node != nullptr && node->type == XML_ATTRIBUTE_NODE; }
+
+bool IsName(const std::string& name) { return xmlValidateNCName(Chars(name), 0) == 0; }
+
+std::string Dump(xmlNode* node)
+{
+    // A copy of its own gets the declarations that reach the node from above.
+    const xml::DocPointer doc(xmlNewDoc(Chars("1.0")));
+    xmlNode* copy = xmlDocCopyNode(node, doc.get(), 1);
+    xmlDocSetRootElement(doc.get(), copy);
+    xmlBuffer* buffer = xmlBufferCreate();
+    xmlNodeDump(buffer, doc.get(), copy, 0, 0);
+    std::string text(xml::View(xmlBufferContent(buffer)));
+    xmlBufferFree(buffer);
+    return text;
+}
+
+bool Contains(const xmlNode* outer, const xmlNode* node)
+{
+    while (node != nullptr && node != outer)
+        node = node->parent;
+    return node != nullptr;
+}
+} // namespace
+
+DocumentNode::DocumentNode() : m_handle(nullptr) {}
+DocumentNode::DocumentNode(void* handle) : m_handle(handle) {}
+DocumentNode::~DocumentNode() = default;
+
+void* DocumentNode::Handle() const { return m_handle; }
+void DocumentNode::Handle(void* handle) { m_handle = handle; }
+void DocumentNode::DeleteHandle() { m_handle = nullptr; }
+
+int DocumentNode::GetValue(int defaultValue) const { return xml::ToInt(GetValue(), defaultValue); }
+
+std::string DocumentNode::GetValue() const
+{
+    return m_handle == nullptr ? std::string() : xml::Content(NodeOf(this));
+}
+
+void DocumentNode::SetValue(int value) { SetValue(std::to_string(value)); }
+
+void DocumentNode::SetValue(const std::string& value)
+{
+    xmlNode* node = NodeOf(this);
+    const std::string text = xml::ToXmlText(value);
+    if (IsAttribute(node) && node->parent != nullptr)
+        xmlSetNsProp(node->parent, node->ns, node->name, Chars(text));
+    if (!IsElement(node))
+        return;
+    // Content that is set is read as markup, content that is added as text.
+    xmlNodeSetContent(node, nullptr);
+    if (!text.empty())
+        xmlNodeAddContent(node, Chars(text));
+}
+
+int DocumentNode::GetProperty(const std::string& name, int defaultValue) const
+{
+    return xml::ToInt(GetProperty(name), defaultValue);
+}
+
+std::string DocumentNode::GetProperty(const std::string& name) const
+{
+    return xml::Attribute(NodeOf(this), name.c_str());
+}
+
+void DocumentNode::SetProperty(const std::string& name, int value)
+{
+    SetProperty(name, std::to_string(value));
+}
+
+void DocumentNode::SetProperty(const std::string& name, const std::string& value)
+{
+    if (IsElement(NodeOf(this)) && IsName(name))
+        xmlSetNsProp(NodeOf(this), nullptr, Chars(name), Chars(xml::ToXmlText(value)));
+}
+
+DocumentNode* DocumentNode::AddNewChild(const std::string& name, int value)
+{
+    return AddNewChild(name, std::to_string(value));
+}
+
+DocumentNode* DocumentNode::AddNewChild(const std::string& name, const std::string& value)
+{
+    xmlNode* node = NodeOf(this);
+    if (!IsElement(node) || !IsName(name) || !Tree::Of(node).Grow())
+        return nullptr;
+    const std::string text = xml::ToXmlText(value);
+    return new DocumentNode(
+        xmlNewTextChild(node, node->ns, Chars(name), text.empty() ? nullptr : Chars(text)));
+}
+
+void DocumentNode::AddChild(DocumentNode* child)
+{
+    xmlNode* node = NodeOf(this);
+    xmlNode* moved = NodeOf(child);
+    if (IsElement(node) && IsElement(moved) && !Contains(moved, node))
+        xml::Move(moved, node);
+}
+
+void DocumentNode::Unlink(bool destroy)
+{
+    xmlNode* node = NodeOf(this);
+    if (!IsElement(node) && !IsAttribute(node))
+        return;
+    Tree& tree = Tree::Of(node);
+    xmlUnlinkNode(node);
+    if (destroy)
+    {
+        tree.Release(node);
+        xmlFreeNode(node);
+        m_handle = nullptr;
+        return;
+    }
+    tree.Keep(node);
+    // The declarations above may end before this node does.
+    ReconciliateNs();
+}
+
+void DocumentNode::ReconciliateNs()
+{
+    if (IsElement(NodeOf(this)))
+        xmlReconciliateNs(NodeOf(this)->doc, NodeOf(this));
+}
+
+std::string DocumentNode::DumpToString() const
+{
+    return IsElement(NodeOf(this)) ? Dump(NodeOf(this)) : GetValue();
+}
+
+} // namespace analytics

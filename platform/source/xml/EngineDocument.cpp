@@ -1,0 +1,84 @@
+#include "xml/EngineDocument.h"
+
+#include <analytics/Settings.h>
+
+#include "xml/EngineForm.h"
+#include "xml/Tree.h"
+
+#include <cassert>
+#include <memory>
+
+namespace analytics
+{
+using namespace engineform;
+
+namespace
+{
+constexpr char kRoot[] = "VideoAnalyticsConfiguration";
+constexpr char kActivePrefix[] = "va";
+
+std::string Skeleton()
+{
+    const std::string prefix = Settings::OnvifPrefix();
+    const std::string root = prefix + ":" + kRoot;
+    return "<" + root + " xmlns:" + prefix + "=\"" + kNamespace + "\" xmlns:" + kActivePrefix + "=\"" +
+           kActiveNamespace + "\"><" + prefix + ":" + kEngines + "/><" + prefix + ":" + Settings::RulesTag() +
+           "/></" + root + ">";
+}
+
+// Moves `taken` below `container`, from the namespace that its own document binds to the prefix into
+// the one of this document.
+void Adopt(xmlNode* taken, xmlNode* container)
+{
+    const std::string space(xml::View(taken->ns->href));
+    for (xmlNode* node = taken; node != nullptr; node = xml::NextElement(node, taken))
+        if (node->ns != nullptr && xml::View(node->ns->href) == space)
+            node->ns = container->ns;
+    xml::Move(taken, container);
+}
+} // namespace
+
+EngineDocument::EngineDocument()
+{
+    const bool parsed = ParseString(Skeleton());
+    assert(parsed);
+    const xmlNode* root = xmlDocGetRootElement(Content()->Doc());
+    m_engines = root->children;
+    m_rules = root->last;
+}
+
+void EngineDocument::TakeRules(ProfileDoc& from, const std::string& ruleId)
+{
+    for (const DocumentNode* handle : from.SelectRules(ruleId))
+    {
+        Adopt(xml::NodeOf(handle), static_cast<xmlNode*>(m_rules));
+        delete handle;
+    }
+}
+
+void EngineDocument::MarkActive(const std::string& ruleId)
+{
+    auto* rules = static_cast<xmlNode*>(m_rules);
+    xmlNs* space = xmlSearchNsByHref(rules->doc, rules, xml::Chars(kActiveNamespace));
+    DocumentNode(xmlNewChild(rules, space, xml::Chars(kActiveRule), nullptr)).SetProperty(kType, ruleId);
+}
+
+void EngineDocument::TakeEngine(ProfileDoc& from, const std::string& engineId)
+{
+    const std::unique_ptr<DocumentNode> present(SelectEngine(engineId));
+    const std::unique_ptr<DocumentNode> module(from.SelectEngine(engineId));
+    if (present == nullptr && module != nullptr)
+        Adopt(xml::NodeOf(module.get()), static_cast<xmlNode*>(m_engines));
+}
+
+void EngineDocument::TakeEngines(ProfileDoc& from)
+{
+    for (const DocumentNode* handle :
+         from.SelectNodes("//" + Settings::OnvifPrefix() + ":" + kModule, nullptr))
+    {
+        TakeEngine(from, handle->GetProperty(kType));
+        delete handle;
+    }
+}
+
+} // namespace analytics

@@ -1,0 +1,139 @@
+#include "xml/Parser.h"
+
+#include "xml/Text.h"
+
+#include <libxml/parser.h>
+
+#include <algorithm>
+#include <new>
+#include <string_view>
+
+namespace analytics::xml
+{
+namespace
+{
+constexpr std::size_t kMaxBytes = 64U << 20U;
+constexpr int kMaxAttributes = 256;
+
+// The encoding that a text declares is ignored: it has been a string of UTF-8 since it came in.
+// Names are not shared in a dictionary of the document, so that nodes can move to another one.
+constexpr int kOptions = XML_PARSE_NONET | XML_PARSE_NOCDATA | XML_PARSE_IGNORE_ENC | XML_PARSE_NODICT;
+
+// What the parser is spared.
+enum class Markup
+{
+    Harmless,
+    Declarations,
+    ManyAttributes
+};
+
+struct Section
+{
+    std::string_view begin;
+    std::string_view end;
+};
+constexpr Section kSections[] = {{"<!--", "-->"}, {"<![CDATA[", "]]>"}, {"<?", "?>"}};
+
+// Steps over the start tag at `position` and counts its attributes.
+int SkipTag(std::string_view text, std::size_t& position)
+{
+    int attributes = 0;
+    position = text.find_first_of("\"'>", position);
+    while (position != std::string_view::npos && text[position] != '>')
+    {
+        ++attributes;
+        position = text.find(text[position], position + 1);
+        if (position != std::string_view::npos)
+            position = text.find_first_of("\"'>", position + 1);
+    }
+    return attributes;
+}
+
+// Looks at the tags before the parser does. The parser compares each attribute of an element with all
+// before it, so that four megabytes of attributes would cost minutes, and it reads a document type
+// declaration, of which entities and default attributes can grow without bound. What isn't well-formed
+// may be misread here from there on, but the parser stops there.
+Markup Inspect(std::string_view text)
+{
+    std::size_t position = text.find('<');
+    while (position != std::string_view::npos)
+    {
+        const std::string_view rest = text.substr(position);
+        const auto* section = std::find_if(std::begin(kSections), std::end(kSections),
+                                           [&](const Section& s) { return rest.starts_with(s.begin); });
+        if (section != std::end(kSections))
+            position = text.find(section->end, position + section->begin.size());
+        else if (rest.starts_with("<!"))
+        {
+            position = text.find_first_of("\"'[<>", position + 1);
+            if (position != std::string_view::npos && text[position] != '>')
+                return Markup::Declarations;
+        }
+        else if (SkipTag(text, position) > kMaxAttributes)
+            return Markup::ManyAttributes;
+        if (position != std::string_view::npos)
+            position = text.find('<', position);
+    }
+    return Markup::Harmless;
+}
+
+const char* Refusal(const std::string& text)
+{
+    if (text.empty())
+        return "the document is empty";
+    if (text.size() > kMaxBytes)
+        return "the document is longer than 64 MiB";
+    if (!IsXmlText(text))
+        return "the document is not UTF-8 or holds a character that XML does not allow";
+    const Markup markup = Inspect(text);
+    if (markup == Markup::Declarations)
+        return "a document type declaration is not accepted";
+    if (markup == Markup::ManyAttributes)
+        return "an element has more than 256 attributes";
+    return nullptr;
+}
+
+// Stops at the first error that makes the text ill-formed and keeps it. Left alone, the library prints
+// every error and reads on to the end.
+void Record(void* context, xmlErrorPtr error)
+{
+    auto& parser = *static_cast<xmlParserCtxt*>(context);
+    auto& first = *static_cast<SyntaxError*>(parser._private);
+    if (error->level != XML_ERR_FATAL || parser.instate == XML_PARSER_EOF)
+        return;
+    // xmlStopParser() would free the text below the hands of the function that reports.
+    parser.instate = XML_PARSER_EOF;
+    parser.disableSAX = 1;
+    first.line = error->line;
+    first.message = error->message == nullptr ? "out of memory" : error->message;
+    first.message.erase(first.message.find_last_not_of("\r\n ") + 1);
+}
+
+struct ContextDeleter
+{
+    void operator()(xmlParserCtxt* context) const { xmlFreeParserCtxt(context); }
+};
+} // namespace
+
+DocPointer Parse(const std::string& text, SyntaxError& error)
+{
+    // The library sets up its globals once, before threads race to it.
+    static const int ready = (xmlInitParser(), 0);
+    static_cast<void>(ready);
+
+    error = {};
+    if (const char* refusal = Refusal(text))
+    {
+        error.message = refusal;
+        return nullptr;
+    }
+    const std::unique_ptr<xmlParserCtxt, ContextDeleter> context(xmlNewParserCtxt());
+    if (context == nullptr)
+        throw std::bad_alloc();
+    context->_private = &error;
+    context->sax->serror = Record;
+    return DocPointer(xmlCtxtReadMemory(context.get(), text.data(), static_cast<int>(text.size()), nullptr,
+                                        nullptr, kOptions));
+}
+
+} // namespace analytics::xml

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <libxml/tree.h>
+
+#include <memory>
+#include <string>
+
+namespace analytics::xml
+{
+
+// What is wrong with a text that is refused.
+struct SyntaxError
+{
+    int line = 0;        // counted from 1; 0 if it concerns the text as a whole
+    std::string message; // a phrase for a person, without a full stop at its end
+};
+
+struct DocDeleter
+{
+    void operator()(xmlDoc* doc) const { xmlFreeDoc(doc); }
+};
+using DocPointer = std::unique_ptr<xmlDoc, DocDeleter>;
+
+// Null, and `error` filled, for a text that is refused; Document::ParseString() tells which are.
+DocPointer Parse(const std::string& text, SyntaxError& error);
+
+} // namespace analytics::xml

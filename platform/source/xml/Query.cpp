@@ -1,0 +1,76 @@
+#include "xml/Query.h"
+
+#include "xml/Tree.h"
+
+#include <libxml/xpathInternals.h>
+
+#include <unordered_map>
+
+namespace analytics::xml
+{
+namespace
+{
+constexpr std::size_t kMaxKept = 512;
+
+void Ignore(void*, xmlErrorPtr) {}
+void Quiet(void*, const char*, ...) {}
+
+// The library tells of unknown functions past the error handler, by the printing function of the thread.
+class Silence
+{
+  public:
+    Silence() : m_print(xmlGenericError), m_context(xmlGenericErrorContext)
+    {
+        xmlSetGenericErrorFunc(nullptr, Quiet);
+    }
+    ~Silence() { xmlSetGenericErrorFunc(m_context, m_print); }
+    Silence(const Silence&) = delete;
+    Silence& operator=(const Silence&) = delete;
+
+  private:
+    xmlGenericErrorFunc m_print;
+    void* m_context;
+};
+} // namespace
+
+Query::Query(const std::string& text) : m_expression(Compile(text)) {}
+
+const Query& Query::Get(const std::string& text)
+{
+    thread_local std::unordered_map<std::string, Query> kept;
+    const auto found = kept.find(text);
+    if (found != kept.end())
+        return found->second;
+    if (kept.size() >= kMaxKept)
+        kept.clear();
+    return kept.emplace(text, Query(text)).first->second;
+}
+
+xmlXPathCompExpr* Query::Compile(const std::string& text)
+{
+    xmlXPathContext* context = xmlXPathNewContext(nullptr);
+    context->error = Ignore;
+    xmlXPathCompExpr* expression = xmlXPathCtxtCompile(context, Chars(text));
+    xmlXPathFreeContext(context);
+    return expression;
+}
+
+std::vector<xmlNode*> Query::Select(Tree& tree, xmlNode* context) const
+{
+    std::vector<xmlNode*> matches;
+    if (m_expression == nullptr)
+        return matches;
+    const Silence silence;
+    xmlXPathContext& queries = tree.Queries();
+    queries.node = context;
+    xmlXPathObject* result = xmlXPathCompiledEval(m_expression.get(), &queries);
+    // An expression that isn't a path has no nodes; those of the namespace axis end with the result.
+    if (result != nullptr && result->type == XPATH_NODESET && result->nodesetval != nullptr)
+        for (int i = 0; i < result->nodesetval->nodeNr; ++i)
+            if (result->nodesetval->nodeTab[i]->type != XML_NAMESPACE_DECL)
+                matches.push_back(result->nodesetval->nodeTab[i]);
+    xmlXPathFreeObject(result);
+    return matches;
+}
+
+} // namespace analytics::xml

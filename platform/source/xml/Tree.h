@@ -1,0 +1,87 @@
+#pragma once
+
+#include "xml/Parser.h"
+
+#include <libxml/tree.h>
+#include <libxml/xpath.h>
+
+#include <map>
+#include <memory>
+#include <set>
+#include <string>
+#include <string_view>
+
+namespace analytics
+{
+class DocumentNode;
+}
+
+namespace analytics::xml
+{
+
+inline const xmlChar* Chars(const std::string& text)
+{
+    return reinterpret_cast<const xmlChar*>(text.c_str());
+}
+inline const xmlChar* Chars(const char* text) { return reinterpret_cast<const xmlChar*>(text); }
+inline std::string_view View(const xmlChar* text)
+{
+    return text == nullptr ? std::string_view() : std::string_view(reinterpret_cast<const char*>(text));
+}
+
+// The node of a handle; null for a null or an empty handle.
+xmlNode* NodeOf(const DocumentNode* handle);
+inline bool IsElement(const xmlNode* node) { return node != nullptr && node->type == XML_ELEMENT_NODE; }
+bool IsElement(const xmlNode* node, std::string_view space, std::string_view name);
+// Text content; an attribute without a namespace, empty where absent.
+std::string Content(const xmlNode* node);
+std::string Attribute(const xmlNode* node, const char* name);
+// The next element in document order below `top`, `from` being `top` or the one before; null at the end.
+xmlNode* NextElement(xmlNode* from, const xmlNode* top);
+// Moves `node`, of whichever document, behind the children of `parent`. Its namespaces come along.
+void Move(xmlNode* node, xmlNode* parent);
+
+// What a Document and the handles to its nodes share. Each node finds it through its document.
+class Tree
+{
+  public:
+    explicit Tree(DocPointer doc);
+    ~Tree();
+    Tree(const Tree&) = delete;
+    Tree& operator=(const Tree&) = delete;
+
+    static Tree& Of(const xmlNode* node);
+
+    xmlDoc* Doc() const { return m_doc.get(); }
+    xmlNode* Top() const { return reinterpret_cast<xmlNode*>(m_doc.get()); }
+    // The namespace that the document first binds to the prefix; empty if it binds none.
+    const std::string& NamespaceOf(const std::string& prefix);
+    // For the evaluation of queries: knows every prefix of the document, prints nothing.
+    xmlXPathContext& Queries();
+    // Prefixes may have come in.
+    void ForgetPrefixes();
+
+    // Nodes out of the tree that end with it; Release() if one is put back or freed before.
+    void Keep(xmlNode* node) { m_detached.insert(node); }
+    void Release(xmlNode* node) { m_detached.erase(node); }
+
+    // Counts one new element; false if the document has taken too many.
+    bool Grow();
+    bool Overgrown() const;
+
+  private:
+    struct ContextDeleter
+    {
+        void operator()(xmlXPathContext* context) const { xmlXPathFreeContext(context); }
+    };
+    using Prefixes = std::map<std::string, std::string>;
+    const Prefixes& Bindings();
+
+    DocPointer m_doc;
+    std::set<xmlNode*> m_detached;
+    std::unique_ptr<Prefixes> m_prefixes;
+    std::unique_ptr<xmlXPathContext, ContextDeleter> m_queries;
+    int m_added = 0;
+};
+
+} // namespace analytics::xml

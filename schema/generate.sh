@@ -1,0 +1,96 @@
+#!/bin/sh
+# Runs gSOAP's generator and finishes its output.
+#
+#   generate.sh INPUT.h OUTPUT_FOLDER
+#
+# Leaves in OUTPUT_FOLDER the serialisers and the dispatcher (soapStub.h, soapH.h, soapC.cpp,
+# soapServer.cpp, VideoAnalytics.nsmap), VideoAnalytics.wsdl and VideoAnalytics.xsd.
+set -eu
+input=$1
+out=$2
+import=/usr/share/gsoap/import
+
+rm -rf "$out/soap12"
+mkdir -p "$out/soap12"
+# The generator says much on success; what it says is wanted only when it fails.
+generate() { soapcpp2 -S -L -x -c++11 "$@" "$input" >"$out/soapcpp2.log" 2>&1 || { cat "$out/soapcpp2.log" >&2; exit 1; }; }
+generate -2 -I "$import" -d "$out/soap12"
+generate -I "$import" -d "$out"
+
+# 1. Types. The generator leaves out xsi:type where the object is of exactly the declared class, and
+#    its option -t adds it to every simple element as well. Clients get it on each element of a class
+#    that is derived from xsd__anyType, and on nothing else: a null type makes the class write its own.
+#    The classes outside that tree have names with a leading underscore, or are never pointed to.
+# 2. Unknown content. What a derived class has kept in xsd__anyType::__item isn't written back.
+# 3. Numbers. An enumeration takes any integer, as the schema's readers always have; the generator
+#    tests the range. A required attribute that is empty isn't written.
+sed -E -i \
+    -e 's/\(\*a\)->soap_type\(\) == SOAP_TYPE_VideoAnalytics__[A-Za-z0-9_]+ \? type : NULL/NULL/' \
+    -e '/soap_outliteral\(soap, "-item", .*a->xsd__anyType::__item, NULL\)\)$/{N;d;}' \
+    -e 's/(soap_s2int\(soap, s, &n\)) \|\| n < 0 \|\| n > [0-9]+/\1/' \
+    -e 's/^(\t*)(soap_set_attr\(soap, "transmission", .*)$/\1if (!a->VideoAnalytics__MetadataURL::transmission.empty())\n\1\t\2/' \
+    "$out/soapC.cpp"
+
+# ... which only a type of a fixed size can hold.
+sed -E -i 's/^enum (VideoAnalytics__[A-Za-z]+) \{$/enum \1 : int {/' "$out/soapStub.h"
+
+# 4. Messages that end too early. gSOAP closes the connection without a word when the input ends within
+#    a message; the sender is to be told that it is broken. Only the reading changes: an operation that
+#    returns the end-of-file status still ends without an answer, and so does a silent client.
+{
+    sed '/#include "soapH.h"/q' "$out/soapServer.cpp"
+    cat <<'END'
+
+static int soap_message_error(struct soap *soap)
+{
+	/* A body without any element leaves the code of the HTTP method. */
+	if (soap->error == SOAP_EOF || (soap->status && soap->error == soap->status))
+		soap->error = SOAP_SYNTAX_ERROR;
+	return soap->error;
+}
+
+static int soap_begin_message(struct soap *soap)
+{
+	soap_begin(soap);
+	if (!soap_begin_recv(soap))
+	{	if (!soap_envelope_begin_in(soap) && !soap_recv_header(soap) && !soap_body_begin_in(soap))
+			return SOAP_OK;
+		soap_message_error(soap);
+	}
+	return soap->error < SOAP_STOP ? soap_send_fault(soap) : soap_closesock(soap);
+}
+END
+    sed -E -e '1,/#include "soapH.h"/d' \
+        -e 's/soap_begin_serve\(soap\)/soap_begin_message(soap)/' \
+        -e '/soap_get___VideoAnalytics__/{n;s/soap->error/soap_message_error(soap)/;}' \
+        -e '/soap_end_recv\(soap\)\)/{n;s/soap->error/soap_message_error(soap)/;}' "$out/soapServer.cpp"
+} >"$out/soapServer.new"
+mv "$out/soapServer.new" "$out/soapServer.cpp"
+
+# 5. Schema. The polymorphic wrappers (C++ names with a trailing underscore) repeat the names of the
+#    simple types that they wrap, which no validator accepts; they are no types of the schema.
+#    'mixed' says nothing on simple content, and some tools refuse it.
+for file in "$out/VideoAnalytics.xsd" "$out/VideoAnalytics.wsdl"
+do
+    sed -E -i \
+        -e '/<complexType name="[A-Za-z0-9]+"><!-- VideoAnalytics__[A-Za-z0-9]+_+ -->/,/<\/complexType>/d' \
+        -e 's/ mixed="true"//' \
+        "$file"
+done
+
+# 6. Both SOAP versions in one WSDL: the generator writes one binding a run.
+{
+    sed -n '/<binding /,/<\/binding>/p' "$out/soap12/VideoAnalytics.wsdl" |
+        sed -e 's/<binding name="VideoAnalytics"/<binding name="VideoAnalyticsSoap12"/' \
+            -e 's/<\(\/*\)SOAP:/<\1SOAP12:/g'
+} >"$out/soap12/binding.xml"
+sed -n '/<port /,/<\/port>/p' "$out/soap12/VideoAnalytics.wsdl" |
+    sed -e 's/name="VideoAnalytics"/name="VideoAnalyticsSoap12"/' \
+        -e 's/binding="tns:VideoAnalytics"/binding="tns:VideoAnalyticsSoap12"/' \
+        -e 's/<SOAP:/<SOAP12:/' >"$out/soap12/port.xml"
+sed -i \
+    -e 's|^  xmlns:SOAP="http://schemas.xmlsoap.org/wsdl/soap/"|&\n  xmlns:SOAP12="http://schemas.xmlsoap.org/wsdl/soap12/"|' \
+    -e "/<\/binding>/r $out/soap12/binding.xml" \
+    -e "/<\/port>/r $out/soap12/port.xml" \
+    "$out/VideoAnalytics.wsdl"
+rm -rf "$out/soap12"

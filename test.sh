@@ -1,0 +1,16 @@
+#!/usr/bin/env bash
+# Installs what is missing, builds, and runs every test: as a user builds it, then under
+# AddressSanitizer with UndefinedBehaviorSanitizer, then under ThreadSanitizer. Options go to ctest, as
+# in: ./test.sh -R Settings. PRESETS="dev" runs the first alone.
+set -euo pipefail
+root=$(cd "$(dirname "$0")" && pwd)
+
+"$root/cmake/install-packages.sh" build test
+cd "$root"
+export UBSAN_OPTIONS=print_stacktrace=1 TSAN_OPTIONS="halt_on_error=0 ${TSAN_OPTIONS:-}"
+for preset in ${PRESETS:-dev asan tsan}
+do
+    cmake --preset "$preset" >/dev/null
+    cmake --build --preset "$preset"
+    ctest --preset "$preset" "$@"
+done

@@ -1,0 +1,188 @@
+#include "FakePlatform.h"
+
+#include <analytics/PluginManager.h>
+#include <analytics/ProfileManager.h>
+#include <analytics/Settings.h>
+
+#include <algorithm>
+#include <cassert>
+#include <cstdlib>
+
+namespace fake
+{
+namespace
+{
+Platform* gPlatform = nullptr;
+
+const Plugin* Find(const std::string& id)
+{
+    const auto& plugins = Platform::Current().plugins;
+    const auto it = std::find_if(plugins.begin(), plugins.end(),
+                                 [&](const Plugin& plugin)
+                                 { return plugin.fields.id == id || plugin.fields.alias == id; });
+    return it == plugins.end() ? nullptr : &*it;
+}
+
+std::vector<std::string> Setting(const std::string& key)
+{
+    Platform::Current().onSetting();
+    const auto it = Platform::Current().settings.find(key);
+    return it == Platform::Current().settings.end() ? std::vector<std::string>() : it->second;
+}
+} // namespace
+
+Platform::Platform()
+{
+    assert(gPlatform == nullptr);
+    gPlatform = this;
+}
+
+Platform::~Platform() { gPlatform = nullptr; }
+
+Platform& Platform::Current()
+{
+    assert(gPlatform != nullptr);
+    return *gPlatform;
+}
+
+} // namespace fake
+
+using fake::Platform;
+
+namespace analytics
+{
+
+class ProfileStore
+{
+};
+
+ProfileManager::ProfileManager()
+{
+    Platform::Current().onManagerMade();
+    ++Platform::Current().managersMade;
+}
+ProfileManager::~ProfileManager() { ++Platform::Current().managersDeleted; }
+
+bool ProfileManager::CreateProfile(int& id, const std::string& name)
+{
+    return Platform::Current().profiles.CreateProfile(id, name);
+}
+bool ProfileManager::DeleteProfile(int id) { return Platform::Current().profiles.DeleteProfile(id); }
+bool ProfileManager::ExecuteProfile(int id) { return Platform::Current().profiles.ExecuteProfile(id); }
+bool ProfileManager::StopProfile(int id) { return Platform::Current().profiles.StopProfile(id); }
+bool ProfileManager::AlgorithmControl(int command)
+{
+    return Platform::Current().profiles.AlgorithmControl(command);
+}
+bool ProfileManager::GetActiveProfile(int& id) const
+{
+    return Platform::Current().profiles.GetActiveProfile(id);
+}
+bool ProfileManager::GetProfileList(std::vector<ProfileSummary>& list) const
+{
+    return Platform::Current().profiles.GetProfileList(list);
+}
+std::string ProfileManager::GetProfileName(int id) { return Platform::Current().profiles.GetProfileName(id); }
+std::string ProfileManager::GetCameraPreset(int id)
+{
+    return Platform::Current().profiles.GetCameraPreset(id);
+}
+std::string ProfileManager::GetConfig(int id) { return Platform::Current().profiles.GetConfig(id); }
+bool ProfileManager::GetActiveRules(int id, std::vector<std::string>& rules) const
+{
+    return Platform::Current().profiles.GetActiveRules(id, rules);
+}
+bool ProfileManager::SetRuleConfig(int profile, const std::string& id, const std::string& config, bool active)
+{
+    return Platform::Current().profiles.SetRuleConfig(profile, id, config, active);
+}
+bool ProfileManager::DeleteRule(int profile, const std::string& id)
+{
+    return Platform::Current().profiles.DeleteRule(profile, id);
+}
+bool ProfileManager::GetEngineConfig(int profile, const std::string& id, std::string& config)
+{
+    return Platform::Current().profiles.GetEngineConfig(profile, id, config);
+}
+bool ProfileManager::SetEngineConfig(int profile, const std::string& id, const std::string& config)
+{
+    return Platform::Current().profiles.SetEngineConfig(profile, id, config);
+}
+bool ProfileManager::SetEngineConfig(int profile, const std::string& id, const std::string& config,
+                                     const std::string& name, const std::string& preset)
+{
+    return Platform::Current().profiles.SetEngineConfig(profile, id, config, name, preset);
+}
+bool ProfileManager::GetMDActiveState() { return Platform::Current().profiles.GetMDActiveState(); }
+
+void PluginManager::GetManifest(Manifest& manifest, const std::string& id) const
+{
+    if (const fake::Plugin* const plugin = fake::Find(id))
+        manifest = Manifest(plugin->fields);
+}
+void PluginManager::GetRulesManifests(ManifestArray& manifests) const
+{
+    for (const fake::Plugin& plugin : Platform::Current().plugins)
+        if (plugin.fields.type == "rule")
+            manifests.emplace_back(plugin.fields);
+}
+std::string PluginManager::GetDefaultConfiguration(const std::string& id) const
+{
+    const fake::Plugin* const plugin = fake::Find(id);
+    return plugin == nullptr ? std::string() : plugin->engineDocument;
+}
+std::string PluginManager::GetVarloDefaultConfiguration(const std::string& id) const
+{
+    const fake::Plugin* const plugin = fake::Find(id);
+    return plugin == nullptr ? std::string() : plugin->behaviorDocument;
+}
+
+std::string Settings::GetValue(const std::string& key)
+{
+    const std::vector<std::string> values = fake::Setting(key);
+    return values.empty() ? std::string() : values.front();
+}
+int Settings::GetValue(const std::string& key, int defaultValue)
+{
+    const std::vector<std::string> values = fake::Setting(key);
+    return values.empty() ? defaultValue : std::atoi(values.front().c_str());
+}
+std::vector<std::string> Settings::GetValues(const std::string& key) { return fake::Setting(key); }
+std::uint32_t Settings::MaxResource() { return Platform::Current().maxResource; }
+std::string Settings::OnvifPrefix() { return "tt"; }
+std::string Settings::RulesTag() { return "RuleEngineConfiguration"; }
+std::string Settings::EnginePattern() { return "com.varlo.engine."; }
+
+} // namespace analytics
+
+namespace tarno::osa
+{
+
+class TcpServer::Loop
+{
+};
+
+TcpServer::TcpServer(const char* address, unsigned short port)
+{
+    Platform::Current().serverCalls.push_back("TcpServer(" + std::string(address) + ", " +
+                                              std::to_string(port) + ")");
+    Platform::Current().onServerMade();
+}
+TcpServer::~TcpServer() { Platform::Current().serverCalls.emplace_back("~TcpServer()"); }
+bool TcpServer::Listening() const { return false; }
+void TcpServer::Stop()
+{
+    Platform::Current().serverCalls.emplace_back("Stop()");
+    Platform::Current().onServerStopped();
+}
+void TcpServer::SetBufferSize(unsigned int bytes) const
+{
+    Platform::Current().serverCalls.push_back("SetBufferSize(" + std::to_string(bytes) + ")");
+}
+void TcpServer::Start(ITcpSocketAccept* acceptor, unsigned short backlog)
+{
+    Platform::Current().serverCalls.push_back("Start(" + std::to_string(backlog) + ")");
+    Platform::Current().onServerStarted(acceptor);
+}
+
+} // namespace tarno::osa

@@ -1,0 +1,189 @@
+// How a server ends: at once, or after what is in progress.
+
+#include "platform/net/ServerFixture.h"
+
+#include <future>
+#include <vector>
+
+namespace tarno::osa
+{
+namespace
+{
+
+using testing::EndsWith;
+
+using ServerEnd = ServerFixture;
+
+constexpr std::chrono::seconds kLong(60);
+
+TEST_F(ServerEnd, StopsUnderLoadWithNoAcceptSocketRunning)
+{
+    acceptor.script = [](TcpSocket& socket)
+    {
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        ScriptedAcceptor::SendAll(socket, "done");
+    };
+    Start();
+    std::atomic<bool> enough = false;
+    std::vector<std::thread> clients;
+    for (int i = 0; i < 8; ++i)
+        clients.emplace_back(
+            [this, &enough]
+            {
+                while (!enough)
+                {
+                    const Client client;
+                    if (client.TryConnect(url) && client.Send(Post("body")))
+                        client.ReadAll();
+                }
+            });
+    EXPECT_TRUE(Eventually([this] { return acceptor.served > 50; }));
+    server->Stop();
+    EXPECT_EQ(acceptor.running, 0);
+    EXPECT_FALSE(server->Listening());
+    const int served = acceptor.served;
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    EXPECT_EQ(acceptor.served, served);
+    enough = true;
+    for (std::thread& client : clients)
+        client.join();
+}
+
+TEST_F(ServerEnd, StopClosesConnectionsThatWait)
+{
+    Start();
+    const Client silent(url);
+    const Client partial(url);
+    partial.Send("POST");
+    EXPECT_THAT(Ask(), EndsWith("body")); // so that both were accepted
+    server->Stop();
+    server->Stop();
+    EXPECT_EQ(silent.ReadAll(), "");
+    EXPECT_EQ(partial.ReadAll(), "");
+}
+
+TEST_F(ServerEnd, StopFromManyThreadsReturnsToEachWhenAllIsDone)
+{
+    acceptor.script = [](TcpSocket&) { std::this_thread::sleep_for(std::chrono::milliseconds(300)); };
+    Start();
+    const Client client(url);
+    client.Send(Post("body"));
+    ASSERT_TRUE(Eventually([this] { return acceptor.running == 1; }));
+    std::vector<std::thread> stops;
+    for (int i = 0; i < 4; ++i)
+        stops.emplace_back(
+            [this]
+            {
+                server->Stop();
+                EXPECT_EQ(acceptor.running, 0);
+            });
+    for (std::thread& stop : stops)
+        stop.join();
+}
+
+TEST_F(ServerEnd, StopLetsARunningRequestFinish)
+{
+    Gate gate;
+    acceptor.script = [&gate](TcpSocket& socket)
+    {
+        gate.Wait();
+        ScriptedAcceptor::SendAll(socket, "done");
+    };
+    Start();
+    const Client client(url);
+    client.Send(Post("body"));
+    ASSERT_TRUE(Eventually([this] { return acceptor.running == 1; }));
+    std::thread stop([this] { server->Stop(); });
+    EXPECT_TRUE(Eventually([this] { return !server->Listening(); }));
+    gate.Open();
+    stop.join();
+    EXPECT_EQ(client.ReadAll(), "done");
+}
+
+TEST_F(ServerEnd, DrainFinishesWhatIsInProgressAndTakesNothingNew)
+{
+    Gate gate;
+    const std::string large(2 * 1024 * 1024, 'x');
+    acceptor.script = [&](TcpSocket& socket)
+    {
+        gate.Wait();
+        ScriptedAcceptor::SendAll(socket, large);
+    };
+    options.bufferBytes = 65536;
+    Start();
+    // One more than there are workers: the last one waits for its turn.
+    std::vector<Client> clients;
+    for (int i = 0; i < 17; ++i)
+    {
+        clients.emplace_back(url);
+        clients.back().Send(Post("body"));
+    }
+    const Client silent(url);
+    ASSERT_TRUE(Eventually([this] { return acceptor.running == 16; }));
+    std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    auto drained = std::async(std::launch::async, [this] { return server->Drain(kLong); });
+    EXPECT_EQ(silent.ReadAll(), "");
+    EXPECT_FALSE(server->Listening());
+    const Client late;
+    EXPECT_FALSE(late.TryConnect(url));
+    EXPECT_EQ(drained.wait_for(std::chrono::milliseconds(200)), std::future_status::timeout);
+    gate.Open();
+    for (const Client& client : clients)
+        EXPECT_EQ(client.ReadAll().size(), large.size());
+    EXPECT_TRUE(drained.get());
+}
+
+TEST_F(ServerEnd, DrainSaysIfTheTimeWasNotEnough)
+{
+    Gate gate;
+    acceptor.script = [&gate](TcpSocket&) { gate.Wait(); };
+    Start();
+    const Client client(url);
+    client.Send(Post("body"));
+    ASSERT_TRUE(Eventually([this] { return acceptor.running == 1; }));
+    EXPECT_FALSE(server->Drain(std::chrono::milliseconds(100)));
+    gate.Open();
+    EXPECT_TRUE(server->Drain(kLong));
+    EXPECT_TRUE(server->Drain(kLong));
+    server->Stop();
+    EXPECT_TRUE(server->Drain(kLong));
+}
+
+TEST_F(ServerEnd, DrainDoesNotWaitForClientsThatWereAnswered)
+{
+    Start();
+    const Client client(url);
+    client.Send(Post("body"));
+    client.ReadSome(10);
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_TRUE(server->Drain(kLong));
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2));
+}
+
+TEST_F(ServerEnd, DrainAndStopMeet)
+{
+    for (int i = 0; i < 20; ++i)
+    {
+        Start();
+        const Client client(url);
+        client.Send(Post("body"));
+        auto drained = std::async(std::launch::async, [this] { return server->Drain(kLong); });
+        server->Stop();
+        EXPECT_TRUE(drained.get());
+    }
+}
+
+TEST_F(ServerEnd, StartsAndStopsAgainAndAgain)
+{
+    for (int i = 0; i < 50; ++i)
+    {
+        Start();
+        EXPECT_THAT(Ask(), EndsWith("body"));
+        server->Stop();
+        options.port = PortOf(url); // free again at once
+    }
+    EXPECT_EQ(acceptor.served, 50);
+}
+
+} // namespace
+} // namespace tarno::osa

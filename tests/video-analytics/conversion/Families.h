@@ -1,0 +1,52 @@
+#pragma once
+
+#include <fake-platform/FakePlatform.h>
+
+#include <analytics/Document.h>
+
+#include <Factory.h>
+
+#include <memory>
+#include <ostream>
+#include <string>
+#include <vector>
+
+// The families as rows, and a platform that has the plug-in of each, with the configurations that an
+// installation starts with.
+namespace conversiontest
+{
+
+struct Family
+{
+    const char* name; // of its folder below tests/data
+    const char* id;
+    const char* alias;
+    const char* engine; // that its plug-in depends on
+    bool emptyWhenIdle; // writes nothing for a behavior without rules that isn't active
+    bool zones = true;  // has rules, one for each zone
+};
+inline void PrintTo(const Family& family, std::ostream* out) { *out << family.name; }
+
+const std::vector<Family>& Families();
+std::vector<Family> ZoneFamilies(); // those with zones
+
+// A file as text; empty if there is none.
+std::string ReadFile(const std::string& path);
+
+// Stands behind the plug-in manager as long as it lives.
+struct Plugins : fake::Platform
+{
+    Plugins();
+    fake::Plugin& Of(const std::string& id);
+};
+
+std::unique_ptr<profile_conversion::ProfileDocConverter> Converter(const std::string& id);
+
+// The text of the first match in a document, and how many matches there are.
+std::string TextAt(const std::string& xml, const std::string& query);
+std::size_t CountAt(const std::string& xml, const std::string& query);
+
+// A document without the white space between its tags, for comparison.
+std::string Canonical(const std::string& xml);
+
+} // namespace conversiontest

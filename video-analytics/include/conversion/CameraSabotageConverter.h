@@ -1,0 +1,13 @@
+#pragma once
+
+#include <CameraSabotageOnvifDoc.h>
+#include <CameraSabotageVarloDoc.h>
+#include <frame/BehaviorConverter.h>
+
+namespace profile_conversion
+{
+
+using CameraSabotageConverter =
+    frame::BehaviorConverter<camerasabotage::Config, camerasabotage::VarloDoc, camerasabotage::OnvifDoc>;
+
+} // namespace profile_conversion

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <LoiteringOnvifDoc.h>
+#include <LoiteringVarloDoc.h>
+#include <frame/BehaviorConverter.h>
+
+namespace profile_conversion
+{
+
+using LoiteringConverter =
+    frame::BehaviorConverter<loitering::Config, loitering::VarloDoc, loitering::OnvifDoc>;
+
+} // namespace profile_conversion

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <ObjectCountingOnvifDoc.h>
+#include <ObjectCountingVarloDoc.h>
+#include <frame/BehaviorConverter.h>
+
+namespace profile_conversion
+{
+
+using ObjectCountingConverter =
+    frame::BehaviorConverter<objectcounting::Config, objectcounting::VarloDoc, objectcounting::OnvifDoc>;
+
+} // namespace profile_conversion

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace profile_conversion::frame
+{
+
+// The alias of the plug-in's manifest, empty if there is none.
+std::string AliasOf(const std::string& id);
+
+// The model of a behavior with rules, which it owns. A family derives its Config, with an Id() and an
+// Alias() that need no object.
+template <class RuleT>
+class BehaviorConfig
+{
+  public:
+    using RuleType = RuleT;
+    using Rules = std::vector<RuleT*>;
+
+    BehaviorConfig() = default;
+    ~BehaviorConfig() { DeleteAllRules(); }
+    BehaviorConfig(const BehaviorConfig&) = delete;
+    BehaviorConfig& operator=(const BehaviorConfig&) = delete;
+
+    bool Active() const { return m_active; }
+    void Active(bool active) { m_active = active; }
+
+    const Rules& GetRules() const { return m_rules; }
+    // Deletes those it has, then takes over these.
+    void SetRules(const Rules& rules)
+    {
+        DeleteAllRules();
+        m_rules = rules;
+    }
+    // Takes over the rule; null is ignored.
+    void AddRule(RuleT* rule)
+    {
+        if (rule != nullptr)
+            m_rules.push_back(rule);
+    }
+    void DeleteAllRules()
+    {
+        for (const RuleT* rule : m_rules)
+            delete rule;
+        m_rules.clear();
+    }
+
+  private:
+    bool m_active = false;
+    Rules m_rules;
+};
+
+} // namespace profile_conversion::frame

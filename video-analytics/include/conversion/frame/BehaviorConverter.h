@@ -1,0 +1,48 @@
+#pragma once
+
+#include <ProfileDocConverter.h>
+
+#include <string>
+
+namespace profile_conversion::frame
+{
+
+// The converter of a family, from its model and its two documents.
+template <class Config, class VarloDoc, class OnvifDoc>
+class BehaviorConverter : public ProfileDocConverter
+{
+  public:
+    static bool CanConvert(const std::string& id) { return id == Config::Id() || id == Config::Alias(); }
+
+    std::string FromVarloToOnvif(const std::string& varloDoc, ProfileParameters& params) override
+    {
+        std::string result;
+        Config config;
+        VarloDoc varloParser;
+        if (!varloParser.DocToConfig(varloDoc, config))
+            return result;
+        params.Active(config.Active());
+        OnvifDoc onvifParser;
+        onvifParser.ConfigToDoc(config, result); // on failure the result stays empty, which says it
+        TakeEngine(onvifParser);
+        return result;
+    }
+
+    std::string FromOnvifToVarlo(const std::string& onvifDoc, const ProfileParameters&) override
+    {
+        std::string result;
+        Config config;
+        OnvifDoc onvifParser;
+        if (!onvifParser.DocToConfig(onvifDoc, config))
+            return result;
+        VarloDoc varloParser;
+        varloParser.ConfigToDoc(config, result);
+        return result;
+    }
+
+  private:
+    // What the writer has made beside the rule document, also when it made none.
+    virtual void TakeEngine(OnvifDoc&) {}
+};
+
+} // namespace profile_conversion::frame

@@ -1,0 +1,27 @@
+#include <DeleteProfileBehaviorRequest.h>
+
+#include <AnalyticsId.h>
+#include <BehaviorFault.h>
+
+#include <analytics/ProfileManager.h>
+
+namespace analyticsapi
+{
+
+DeleteProfileBehaviorRequest::DeleteProfileBehaviorRequest(int profileId, const std::string& behaviorId,
+                                                           soap* soap)
+    : SoapRequest("DeleteProfileBehavior", soap), m_profileId(profileId), m_behaviorId(behaviorId)
+{
+}
+
+DeleteProfileBehaviorRequest::~DeleteProfileBehaviorRequest() = default;
+
+int DeleteProfileBehaviorRequest::DoExecute()
+{
+    const std::string analyticsId = varloapi::AnalyticsId::AnalyticsIdFromVarloId(m_behaviorId);
+    if (analyticsId.empty())
+        return UnsupportedBehavior(m_soap);
+    return GetProfileManager()->DeleteRule(m_profileId, analyticsId) ? 0 : -1;
+}
+
+} // namespace analyticsapi

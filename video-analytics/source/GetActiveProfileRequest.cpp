@@ -1,0 +1,24 @@
+#include <GetActiveProfileRequest.h>
+
+#include <analytics/ProfileManager.h>
+
+namespace analyticsapi
+{
+namespace
+{
+constexpr int kInvalidProfileId = -1;
+} // namespace
+
+GetActiveProfileRequest::GetActiveProfileRequest(soap* soap)
+    : SoapRequest("GetActiveProfile", soap), m_activeProfileId(kInvalidProfileId)
+{
+}
+
+GetActiveProfileRequest::~GetActiveProfileRequest() = default;
+
+int GetActiveProfileRequest::DoExecute()
+{
+    return GetProfileManager()->GetActiveProfile(m_activeProfileId) ? 0 : -1;
+}
+
+} // namespace analyticsapi

@@ -1,0 +1,29 @@
+#include <GetDefaultConfigurationRequest.h>
+
+#include <AnalyticsId.h>
+#include <BehaviorFault.h>
+#include <XmlHelper.h>
+
+#include <analytics/PluginManager.h>
+
+namespace analyticsapi
+{
+
+GetDefaultConfigurationRequest::GetDefaultConfigurationRequest(const std::string& behaviorId, soap* soap)
+    : SoapRequest("GetDefaultConfiguration", soap), m_behaviorId(behaviorId)
+{
+}
+
+GetDefaultConfigurationRequest::~GetDefaultConfigurationRequest() = default;
+
+int GetDefaultConfigurationRequest::DoExecute()
+{
+    const std::string analyticsId = varloapi::AnalyticsId::AnalyticsIdFromVarloId(m_behaviorId);
+    if (analyticsId.empty())
+        return UnsupportedBehavior(m_soap);
+    const analytics::PluginManager pm;
+    m_config = varloapi::XmlHelper::RemoveXmlDeclaration(pm.GetVarloDefaultConfiguration(analyticsId));
+    return 0;
+}
+
+} // namespace analyticsapi

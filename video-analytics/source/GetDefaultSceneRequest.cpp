@@ -1,0 +1,23 @@
+#include <GetDefaultSceneRequest.h>
+
+#include <AnalyticsId.h>
+#include <XmlHelper.h>
+
+#include <analytics/PluginManager.h>
+
+namespace analyticsapi
+{
+
+GetDefaultSceneRequest::GetDefaultSceneRequest(soap* soap) : SoapRequest("GetDefaultScene", soap) {}
+
+GetDefaultSceneRequest::~GetDefaultSceneRequest() = default;
+
+int GetDefaultSceneRequest::DoExecute()
+{
+    const analytics::PluginManager pm;
+    m_scene = varloapi::XmlHelper::RemoveXmlDeclaration(
+        pm.GetVarloDefaultConfiguration(varloapi::AnalyticsId::SceneAnalyzerId()));
+    return 0;
+}
+
+} // namespace analyticsapi

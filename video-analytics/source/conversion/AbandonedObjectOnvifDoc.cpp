@@ -1,0 +1,21 @@
+#include <AbandonedObjectOnvifDoc.h>
+
+#include "frame/StillObjectForms.h"
+
+namespace profile_conversion::frame
+{
+using abandonedobject::Config;
+
+template <>
+struct RuleForm<Config> : StillObjectRuleForm<Config>
+{
+};
+template <>
+struct EnginePart<Config> : StillObjectEnginePart<Config>
+{
+};
+
+template class RuleDoc<Config>;
+template class EngineRuleDoc<Config>;
+
+} // namespace profile_conversion::frame

@@ -1,0 +1,41 @@
+#include <ObjectRemovalOnvifDoc.h>
+
+#include "frame/EngineRuleDocTemplate.h"
+
+namespace profile_conversion::frame
+{
+using objectremoval::Config;
+using objectremoval::Rule;
+
+template <>
+struct RuleForm<Config> : RuleFormDefaults<Config>
+{
+    static constexpr RuleItem<Rule> kItems[] = {
+        {{"EnableAlarm", &Rule::EnableAlarm, &Rule::EnableAlarm}, 0},
+        {{"Severity", &Rule::Severity, &Rule::Severity}, 0},
+        {{"DwellTime", &Rule::DwellTime, &Rule::DwellTime}, 5},
+        // A missing delay is 5 here and 3 in the clients' form, and that stands.
+        {{"AlarmDelay", &Rule::AlarmDelay, &Rule::AlarmDelay}, 5},
+    };
+};
+
+template <>
+struct EnginePart<Config> : CopiedRules<Config>
+{
+    static constexpr Field<Rule> kCopied[] = {
+        {"AlarmDelay", &Rule::AlarmDelay, &Rule::AlarmDelay},
+        {"DwellTime", &Rule::DwellTime, &Rule::DwellTime},
+    };
+    // Unlike in the rule, the polygon stands in no item of its own, and also for an empty zone.
+    static void CopyZone(OnvifDoc& writer, analytics::DocumentNode& copy, const Points& zone)
+    {
+        const NodePointer polygon = AddContainer(copy, "Polygon");
+        for (const Point& point : zone)
+            writer.AddPointNode(polygon.get(), point);
+    }
+};
+
+template class RuleDoc<Config>;
+template class EngineRuleDoc<Config>;
+
+} // namespace profile_conversion::frame

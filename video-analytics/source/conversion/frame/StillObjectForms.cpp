@@ -1,0 +1,125 @@
+#include "frame/StillObjectForms.h"
+
+#include "frame/ObjectSizes.h"
+
+#include <analytics/Settings.h>
+
+namespace profile_conversion::frame
+{
+namespace
+{
+constexpr SizeFilter<StillObjectConfig> kSizes[] = {
+    {"minObj", "MinSize", &StillObjectConfig::MinSizeFilter, &StillObjectConfig::MinSizeFilter},
+    {"maxObj", "MaxSize", &StillObjectConfig::MaxSizeFilter, &StillObjectConfig::MaxSizeFilter},
+};
+
+std::string Step(const std::string& name) { return analytics::Settings::OnvifPrefix() + ":" + name; }
+
+std::string ItemQry(analytics::ProfileDoc& doc, const std::string& name)
+{
+    return doc.ElementItemQry(true) + "[@Name=\"" + name + "\"]";
+}
+
+NodePointer FindOrAddItem(const std::string& name, analytics::DocumentNode& module,
+                          analytics::DocumentNode& parameters, OnvifDoc& writer, analytics::ProfileDoc& doc)
+{
+    NodePointer item = SelectNode(doc, ItemQry(doc, name), &module);
+    return item != nullptr ? std::move(item) : NodePointer(writer.AddElementItem(&parameters, "Name", name));
+}
+} // namespace
+
+std::string StillObjectTemplate(const std::string& word)
+{
+    const std::string size =
+        "</name><resize>3</resize><moveable>3</moveable><vertices></vertices></objectsize>";
+    return R"(<?xml version="1.0" encoding="utf-8"?>)"
+           R"(<behavior version="2.0" id="urn:varlo-com:AlgorithmId:)" +
+           word +
+           R"(:1" active="0" advanceMode="0"><minPoints>3</minPoints><maxPoints>6</maxPoints>)"
+           R"(<sensitivity>5</sensitivity>)"
+           R"(<objectSizeFilters reqd="1"><filter>minObj</filter><filter>maxObj</filter></objectSizeFilters>)"
+           R"(<filters><objectsizes><objectsize><name>minObj)" +
+           size + "<objectsize><name>maxObj" + size +
+           "</objectsizes></filters><excludeZones></excludeZones><rois/></behavior>";
+}
+
+void AddExcludeZoneNode(int number, const Polygon& zone, analytics::DocumentNode* parent)
+{
+    const NodePointer node = parent == nullptr ? nullptr : AddContainer(*parent, "excludeZone");
+    if (node == nullptr)
+        return;
+    NodePointer(node->AddNewChild("name", "Exclude " + std::to_string(number)));
+    const NodePointer vertices = AddContainer(*node, "vertices");
+    BehaviorNodes().AddPointsNodes(zone, vertices.get());
+}
+
+void ReadStillObjectHead(StillObjectConfig& config, analytics::DocumentNode& behavior,
+                         analytics::Document& doc)
+{
+    // The line is kept from one size to the next: points that the maxObj lacks are those of the minObj.
+    // The engine's reader below starts each size anew.
+    Line line;
+    for (const SizeFilter<StillObjectConfig>& size : kSizes)
+    {
+        ReadObjectSize(line, size.object, behavior, doc);
+        (config.*size.set)(line);
+    }
+    // Names are not read: the zones are numbered anew whenever they are written.
+    for (const NodePointer& zone : SelectNodes(doc, "excludeZones/excludeZone", &behavior))
+        config.AddExcludeZone(BehaviorNodes().ReadPoints("vertices/vertex", zone.get(), doc));
+}
+
+void WriteStillObjectHead(const StillObjectConfig& config, analytics::DocumentNode& behavior,
+                          analytics::Document& doc)
+{
+    for (const SizeFilter<StillObjectConfig>& size : kSizes)
+        WriteObjectSize((config.*size.get)(), size.object, behavior, doc);
+    const NodePointer zones = SelectNode(doc, "excludeZones", &behavior);
+    int number = 0;
+    for (const Polygon& zone : config.ExcludeZones())
+        AddExcludeZoneNode(++number, zone, zones.get());
+}
+
+void ReadStillObjectModule(StillObjectConfig& config, analytics::DocumentNode& module,
+                           analytics::ProfileDoc& doc)
+{
+    if (const NodePointer filters = SelectNode(doc, ItemQry(doc, kObjectSizeFilters), &module))
+        for (const SizeFilter<StillObjectConfig>& size : kSizes)
+        {
+            Line line;
+            ReadRectangle(line, size.rectangle, *filters, doc);
+            (config.*size.set)(line);
+        }
+    for (const NodePointer& zone :
+         SelectNodes(doc, ItemQry(doc, "ExcludeZones") + "/" + Step("Polygon"), &module))
+    {
+        Polygon polygon;
+        doc.GetPoints(polygon, Step("Point"), zone.get());
+        config.AddExcludeZone(polygon);
+    }
+}
+
+bool WriteStillObjectModule(const StillObjectConfig& config, const std::string& engineId, OnvifDoc& writer,
+                            analytics::ProfileDoc& doc)
+{
+    const NodePointer module(doc.SelectEngine(engineId));
+    const NodePointer parameters =
+        module == nullptr ? nullptr : SelectNode(doc, Step("Parameters"), module.get());
+    if (parameters == nullptr)
+        return false;
+    // The default rectangles give way. The default polygons stay: they are zones that an integrator
+    // excludes for good. Clients read them among their own, and have them twice if they send them back.
+    const NodePointer filters = FindOrAddItem(kObjectSizeFilters, *module, *parameters, writer, doc);
+    if (filters != nullptr)
+        doc.DeleteNodes(Step("Rectangle"), filters.get());
+    for (const SizeFilter<StillObjectConfig>& size : kSizes)
+        AddRectangle((config.*size.get)(), size.rectangle, filters.get());
+    const NodePointer zones = FindOrAddItem("ExcludeZones", *module, *parameters, writer, doc);
+    // An empty zone writes nothing and leaves a gap in the numbers.
+    int number = 0;
+    for (const Polygon& zone : config.ExcludeZones())
+        writer.AddPolygonOrLineNode(zones.get(), "Exclude " + std::to_string(++number), zone, false, false);
+    return true;
+}
+
+} // namespace profile_conversion::frame
