@@ -1,6 +1,7 @@
 """The connections of the soak: raw bytes over TCP or TLS, in whatever way a peer may send them."""
 
 import socket
+import ssl
 import struct
 import subprocess
 import time
@@ -25,7 +26,7 @@ class Wire:
         with self.connect() as connection:
             try:
                 connection.sendall(data)
-            except (BrokenPipeError, ConnectionResetError):
+            except (BrokenPipeError, ConnectionResetError, ssl.SSLError):
                 pass  # refused before it was all sent: the answer says why
             return read_all(connection)
 

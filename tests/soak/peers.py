@@ -16,7 +16,7 @@ class SlowPeers:
         self.ended = 0
         self.complaints = []
         self.ending = threading.Event()
-        self.threads = [threading.Thread(target=self.run, args=(n % 2 == 0,)) for n in range(count)]
+        self.threads = [threading.Thread(target=self.run, args=(n % 2 == 0,), daemon=True) for n in range(count)]
         for thread in self.threads:
             thread.start()
 
