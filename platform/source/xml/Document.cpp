@@ -25,8 +25,8 @@ std::vector<xmlNode*> All(xml::Tree* tree, const std::string& query, const Docum
 }
 xmlNode* First(xml::Tree* tree, const std::string& query, const DocumentNode* context)
 {
-    const std::vector<xmlNode*> matches = All(tree, query, context);
-    return matches.empty() ? nullptr : matches.front();
+    xmlNode* start = Start(tree, context);
+    return start == nullptr ? nullptr : Query::Get(query).First(*tree, start);
 }
 } // namespace
 

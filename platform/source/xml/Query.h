@@ -1,9 +1,12 @@
 #pragma once
 
+#include "xml/Path.h"
+
 #include <libxml/tree.h>
 #include <libxml/xpath.h>
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -24,6 +27,9 @@ class Query
 
     // What matches, in document order: elements, attributes, texts.
     std::vector<xmlNode*> Select(Tree& tree, xmlNode* context) const;
+    xmlNode* First(Tree& tree, xmlNode* context) const; // null if nothing does
+    // Shows the matches until `visit` returns false. It may not change the tree.
+    void ForEach(Tree& tree, xmlNode* context, const Path::Visit& visit) const;
 
   private:
     struct Deleter
@@ -31,7 +37,9 @@ class Query
         void operator()(xmlXPathCompExpr* expression) const { xmlXPathFreeCompExpr(expression); }
     };
     static xmlXPathCompExpr* Compile(const std::string& text);
+    std::vector<xmlNode*> Evaluate(Tree& tree, xmlNode* context) const;
 
+    std::optional<Path> m_path; // in the place of the expression, where the text is that plain
     std::unique_ptr<xmlXPathCompExpr, Deleter> m_expression; // null if the text is malformed
 };
 

@@ -18,6 +18,30 @@ std::string Take(xmlChar* text)
     xmlFree(text);
     return result;
 }
+
+// Shows the bindings of prefixes below `top` in document order until `visit` returns false.
+template <class Visit>
+void ForEachBinding(xmlNode* top, const Visit& visit)
+{
+    for (xmlNode* node = NextElement(top, top); node != nullptr; node = NextElement(node, top))
+        for (const xmlNs* space = node->nsDef; space != nullptr; space = space->next)
+            if (space->prefix != nullptr && !visit(*space))
+                return;
+}
+
+std::string FirstBinding(xmlNode* top, const std::string& prefix)
+{
+    std::string bound;
+    ForEachBinding(top,
+                   [&](const xmlNs& space)
+                   {
+                       if (View(space.prefix) != prefix)
+                           return true;
+                       bound = View(space.href);
+                       return false;
+                   });
+    return bound;
+}
 } // namespace
 
 xmlNode* NodeOf(const DocumentNode* handle)
@@ -31,11 +55,30 @@ bool IsElement(const xmlNode* node, std::string_view space, std::string_view nam
            View(node->ns == nullptr ? nullptr : node->ns->href) == space;
 }
 
-std::string Content(const xmlNode* node) { return Take(xmlNodeGetContent(node)); }
-
-std::string Attribute(const xmlNode* node, const char* name)
+std::string Content(const xmlNode* node)
 {
-    return IsElement(node) ? Take(xmlGetNoNsProp(node, Chars(name))) : std::string();
+    // Nearly all texts stand in one piece.
+    const bool leaf = IsElement(node) || node->type == XML_ATTRIBUTE_NODE;
+    const xmlNode* text = leaf ? node->children : nullptr;
+    if (leaf && text == nullptr)
+        return {};
+    if (leaf && text->next == nullptr && text->type == XML_TEXT_NODE)
+        return std::string(View(text->content));
+    return Take(xmlNodeGetContent(node));
+}
+
+const xmlNode* FindAttribute(const xmlNode* element, std::string_view name)
+{
+    const xmlAttr* attribute = element->properties;
+    while (attribute != nullptr && (attribute->ns != nullptr || View(attribute->name) != name))
+        attribute = attribute->next;
+    return reinterpret_cast<const xmlNode*>(attribute);
+}
+
+std::string Attribute(const xmlNode* node, std::string_view name)
+{
+    const xmlNode* attribute = IsElement(node) ? FindAttribute(node, name) : nullptr;
+    return attribute == nullptr ? std::string() : Content(attribute);
 }
 
 xmlNode* NextElement(xmlNode* from, const xmlNode* top)
@@ -80,24 +123,12 @@ Tree::~Tree()
 
 Tree& Tree::Of(const xmlNode* node) { return *static_cast<Tree*>(node->doc->_private); }
 
-const Tree::Prefixes& Tree::Bindings()
-{
-    if (m_prefixes == nullptr)
-    {
-        m_prefixes = std::make_unique<Prefixes>();
-        for (xmlNode* node = NextElement(Top(), Top()); node != nullptr; node = NextElement(node, Top()))
-            for (const xmlNs* space = node->nsDef; space != nullptr; space = space->next)
-                if (space->prefix != nullptr)
-                    m_prefixes->emplace(View(space->prefix), View(space->href));
-    }
-    return *m_prefixes;
-}
-
 const std::string& Tree::NamespaceOf(const std::string& prefix)
 {
-    static const std::string kNone;
-    const auto found = Bindings().find(prefix);
-    return found == Bindings().end() ? kNone : found->second;
+    const auto [entry, added] = m_prefixes.try_emplace(prefix);
+    if (added)
+        entry->second = FirstBinding(Top(), prefix);
+    return entry->second;
 }
 
 xmlXPathContext& Tree::Queries()
@@ -106,8 +137,13 @@ xmlXPathContext& Tree::Queries()
     {
         m_queries.reset(xmlXPathNewContext(Doc()));
         m_queries->error = Ignore;
-        for (const auto& [prefix, space] : Bindings())
-            xmlXPathRegisterNs(m_queries.get(), Chars(prefix), Chars(space));
+        ForEachBinding(Top(),
+                       [this](const xmlNs& space)
+                       {
+                           if (xmlXPathNsLookup(m_queries.get(), space.prefix) == nullptr)
+                               xmlXPathRegisterNs(m_queries.get(), space.prefix, space.href);
+                           return true;
+                       });
     }
     return *m_queries;
 }
@@ -115,7 +151,7 @@ xmlXPathContext& Tree::Queries()
 void Tree::ForgetPrefixes()
 {
     m_queries.reset();
-    m_prefixes.reset();
+    m_prefixes.clear();
 }
 
 bool Tree::Grow()
