@@ -67,30 +67,6 @@ void Query::ForEach(Tree& tree, xmlNode* context, const Path::Visit& visit) cons
     static_cast<void>(std::all_of(matches.begin(), matches.end(), visit));
 }
 
-std::vector<xmlNode*> Query::Select(Tree& tree, xmlNode* context) const
-{
-    std::vector<xmlNode*> matches;
-    ForEach(tree, context,
-            [&matches](xmlNode* node)
-            {
-                matches.push_back(node);
-                return true;
-            });
-    return matches;
-}
-
-xmlNode* Query::First(Tree& tree, xmlNode* context) const
-{
-    xmlNode* first = nullptr;
-    ForEach(tree, context,
-            [&first](xmlNode* node)
-            {
-                first = node;
-                return false;
-            });
-    return first;
-}
-
 std::vector<xmlNode*> Query::Evaluate(Tree& tree, xmlNode* context) const
 {
     std::vector<xmlNode*> matches;
@@ -107,6 +83,13 @@ std::vector<xmlNode*> Query::Evaluate(Tree& tree, xmlNode* context) const
                 matches.push_back(result->nodesetval->nodeTab[i]);
     xmlXPathFreeObject(result);
     return matches;
+}
+
+void ForEach(Tree* tree, const std::string& query, const DocumentNode* context, const Path::Visit& visit)
+{
+    xmlNode* start = tree == nullptr ? nullptr : context == nullptr ? tree->Top() : NodeOf(context);
+    if (start != nullptr)
+        Query::Get(query).ForEach(*tree, start, visit);
 }
 
 } // namespace analytics::xml

@@ -10,6 +10,11 @@
 #include <string>
 #include <vector>
 
+namespace analytics
+{
+class DocumentNode;
+}
+
 namespace analytics::xml
 {
 
@@ -25,10 +30,8 @@ class Query
     // compiled. Valid until the thread asks for another.
     static const Query& Get(const std::string& text);
 
-    // What matches, in document order: elements, attributes, texts.
-    std::vector<xmlNode*> Select(Tree& tree, xmlNode* context) const;
-    xmlNode* First(Tree& tree, xmlNode* context) const; // null if nothing does
-    // Shows the matches until `visit` returns false. It may not change the tree.
+    // Shows what matches, elements, attributes and texts, in document order until `visit` returns false. It
+    // may not change the tree.
     void ForEach(Tree& tree, xmlNode* context, const Path::Visit& visit) const;
 
   private:
@@ -42,5 +45,8 @@ class Query
     std::optional<Path> m_path; // in the place of the expression, where the text is that plain
     std::unique_ptr<xmlXPathCompExpr, Deleter> m_expression; // null if the text is malformed
 };
+
+// What the query selects from `context`, or from the document where that is null; nothing without a tree.
+void ForEach(Tree* tree, const std::string& query, const DocumentNode* context, const Path::Visit& visit);
 
 } // namespace analytics::xml

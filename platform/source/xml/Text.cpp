@@ -3,6 +3,7 @@
 #include <libxml/parserInternals.h>
 #include <libxml/xmlstring.h>
 
+#include <algorithm>
 #include <charconv>
 #include <limits>
 
@@ -28,19 +29,22 @@ std::size_t CharacterLength(std::string_view text)
     return text.starts_with(proper) ? proper.size() : 0;
 }
 
-bool IsPlain(char character) { return character >= 0x20 && character < 0x7F; }
+bool IsPlain(char character) { return (character >= 0x20 && character < 0x7F) || character == '\n'; }
 } // namespace
 
 bool IsXmlText(std::string_view text)
 {
-    while (!text.empty())
+    for (;;)
     {
-        const std::size_t length = IsPlain(text.front()) ? 1 : CharacterLength(text);
+        const auto* const other = std::find_if_not(text.begin(), text.end(), IsPlain);
+        text.remove_prefix(static_cast<std::size_t>(other - text.begin()));
+        if (text.empty())
+            return true;
+        const std::size_t length = CharacterLength(text);
         if (length == 0)
             return false;
         text.remove_prefix(length);
     }
-    return true;
 }
 
 std::string ToXmlText(const std::string& text)

@@ -29,6 +29,35 @@ void ForEachBinding(xmlNode* top, const Visit& visit)
                 return;
 }
 
+// Gives a string that belongs to the dictionary of one document to the other. Names live in the other's,
+// contents on their own.
+void HandOver(const xmlChar*& text, xmlDict* from, xmlDict* to)
+{
+    if (text != nullptr && xmlDictOwns(from, text) == 1)
+        text = to == nullptr ? xmlStrdup(text) : xmlDictLookup(to, text, -1);
+}
+
+// The same for what hangs on an element: its name, its attributes and whatever else is no element.
+void HandOver(xmlNode* element, xmlDict* from, xmlDict* to)
+{
+    const auto one = [=](xmlNode* node)
+    {
+        HandOver(const_cast<const xmlChar*&>(node->name), from, to);
+        if (node->type != XML_ELEMENT_NODE && node->type != XML_ATTRIBUTE_NODE)
+            HandOver(const_cast<const xmlChar*&>(node->content), from, nullptr);
+    };
+    one(element);
+    for (xmlAttr* attribute = element->properties; attribute != nullptr; attribute = attribute->next)
+    {
+        one(reinterpret_cast<xmlNode*>(attribute));
+        for (xmlNode* text = attribute->children; text != nullptr; text = text->next)
+            one(text);
+    }
+    for (xmlNode* child = element->children; child != nullptr; child = child->next)
+        if (!IsElement(child))
+            one(child);
+}
+
 std::string FirstBinding(xmlNode* top, const std::string& prefix)
 {
     std::string bound;
@@ -102,9 +131,10 @@ void Move(xmlNode* node, xmlNode* parent)
 {
     Tree::Of(node).Release(node);
     xmlUnlinkNode(node);
+    if (node->doc != parent->doc)
+        for (xmlNode* element = node; element != nullptr; element = NextElement(element, node))
+            HandOver(element, node->doc->dict, parent->doc->dict);
     xmlNode* moved = xmlAddChild(parent, node);
-    if (!IsElement(moved))
-        return;
     xmlReconciliateNs(parent->doc, moved);
     bool declares = false;
     for (xmlNode* element = moved; element != nullptr; element = NextElement(element, moved))

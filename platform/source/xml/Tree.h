@@ -39,7 +39,7 @@ std::string Attribute(const xmlNode* node, std::string_view name);
 const xmlNode* FindAttribute(const xmlNode* element, std::string_view name); // null where absent
 // The next element in document order below `top`, `from` being `top` or the one before; null at the end.
 xmlNode* NextElement(xmlNode* from, const xmlNode* top);
-// Moves `node`, of whichever document, behind the children of `parent`. Its namespaces come along.
+// Moves an element, of whichever document, behind the children of `parent`. Its namespaces come along.
 void Move(xmlNode* node, xmlNode* parent);
 
 // What a Document and the handles to its nodes share. Each node finds it through its document.
