@@ -110,6 +110,23 @@ std::string Attribute(const xmlNode* node, std::string_view name)
     return attribute == nullptr ? std::string() : Content(attribute);
 }
 
+void AddText(xmlNode* parent, const std::string& text)
+{
+    xmlNode* node = xmlNewText(nullptr);
+    // A short one stands in the node, as the parser places it (XML_PARSE_COMPACT).
+    if (text.size() < sizeof(node->properties) + sizeof(node->nsDef))
+    {
+        node->content = reinterpret_cast<xmlChar*>(&node->properties);
+        text.copy(reinterpret_cast<char*>(node->content), text.size());
+        node->content[text.size()] = 0;
+    }
+    else
+        node->content = xmlStrndup(Chars(text), static_cast<int>(text.size()));
+    node->parent = parent;
+    node->doc = parent->doc;
+    parent->children = parent->last = node;
+}
+
 xmlNode* NextElement(xmlNode* from, const xmlNode* top)
 {
     xmlNode* node = from;

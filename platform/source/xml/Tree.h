@@ -37,6 +37,8 @@ bool IsElement(const xmlNode* node, std::string_view space, std::string_view nam
 std::string Content(const xmlNode* node);
 std::string Attribute(const xmlNode* node, std::string_view name);
 const xmlNode* FindAttribute(const xmlNode* element, std::string_view name); // null where absent
+// Appends a text to an element or an attribute that has no content yet.
+void AddText(xmlNode* parent, const std::string& text);
 // The next element in document order below `top`, `from` being `top` or the one before; null at the end.
 xmlNode* NextElement(xmlNode* from, const xmlNode* top);
 // Moves an element, of whichever document, behind the children of `parent`. Its namespaces come along.
