@@ -36,7 +36,7 @@ class Server:
                                         stdin=subprocess.DEVNULL, stderr=subprocess.PIPE, text=True)
         self.port = int(re.search(r":(\d+)/", self.process.stderr.readline()).group(1))
 
-    def stop(self):
+    def end(self):
         self.process.kill()
         self.process.wait()
         self.process.stderr.close()
@@ -66,8 +66,9 @@ class OurHost(Host):
         self.start()
         return time.perf_counter() - begin
 
-    def stop(self, *arguments):
-        return super().stop(*arguments)
+    def end(self):
+        self.stop()
+        self.clean()
 
 
 def resident_kib(server):
@@ -92,3 +93,26 @@ def fixed_peer():
 
 def plain_peer(stored=None):
     return Server("plain gSOAP", [str(PROGRAMS / "plain-peer"), "{folder}", WORKERS] + ([str(stored)] if stored else []))
+
+
+ZONE = ("<roi><name>Vary {number}</name><enable>1</enable><alarmSeverity>2</alarmSeverity><dwellTime>30</dwellTime>"
+        "<alarmDelay>60</alarmDelay><vertices>" + "".join(
+            f"<vertex><x>{x}</x><y>{y}</y></vertex>" for x, y in ((117, 42), (300, 42), (300, 200), (117, 200)))
+        + "</vertices></roi>")
+LOITERING = "urn:varlo-com:AlgorithmId:LoiteringDetection:1"
+NUMBER = "@@@@@@@@"
+
+
+def behavior(host, urn=LOITERING, zones=4):
+    """The client's document of a behavior, as the host delivers it, with so many zones; active."""
+    document = host.call("GetDefaultConfiguration", behaviorId=urn).findtext("config")
+    rois = "<rois>" + ZONE.format(number=NUMBER) * zones + "</rois>"
+    return document.replace('active="0"', 'active="1"').replace("<rois/>", rois)
+
+
+def stored(host, profile):
+    """What the host's store holds of the behavior of a profile."""
+    with sqlite3.connect(host.state / "profiles.db") as database:
+        text, = database.execute("SELECT document FROM configuration WHERE profile = ?", (profile,)).fetchone()
+    database.close()
+    return text
