@@ -6,7 +6,9 @@
 #include <analytics/PluginManager.h>
 #include <analytics/ProfileManager.h>
 
+#include <SQLiteCpp/SQLiteCpp.h>
 #include <benchmark/benchmark.h>
+#include <sqlite3.h>
 
 #include <filesystem>
 #include <memory>
@@ -46,12 +48,13 @@ std::unique_ptr<ProfileManager> Filled(int profiles)
     auto manager = std::make_unique<ProfileManager>();
     std::vector<analytics::ProfileSummary> list;
     manager->GetProfileList(list);
-    for (int i = static_cast<int>(list.size()); i < profiles; ++i)
-    {
-        int id = 0;
-        manager->CreateProfile(id, "Profile " + std::to_string(i));
-    }
-    return manager;
+    if (!list.empty())
+        return manager;
+    manager.reset();
+    SQLite::Database(Folder() / std::to_string(profiles) / "profiles.db", SQLITE_OPEN_READWRITE)
+        .exec("WITH RECURSIVE n(i) AS (VALUES (1) UNION ALL SELECT i + 1 FROM n WHERE i < " +
+              std::to_string(profiles) + ") INSERT INTO profile (name) SELECT 'Profile ' || i FROM n");
+    return std::make_unique<ProfileManager>();
 }
 
 std::string DefaultOf(const std::string& rule)
@@ -82,20 +85,24 @@ void List(benchmark::State& state)
 void ActiveRules(benchmark::State& state)
 {
     const auto manager = Filled(10);
-    AddRules(*manager, 1, static_cast<int>(state.range(0)));
+    const auto rules = static_cast<int>(state.range(0));
+    const int profile = rules + 1; // of its own
+    AddRules(*manager, profile, rules);
     for (auto _ : state)
     {
-        std::vector<std::string> rules;
-        benchmark::DoNotOptimize(manager->GetActiveRules(1, rules));
+        std::vector<std::string> ids;
+        benchmark::DoNotOptimize(manager->GetActiveRules(profile, ids));
     }
 }
 
 void MergedDocument(benchmark::State& state)
 {
     const auto manager = Filled(10);
-    AddRules(*manager, 1, static_cast<int>(state.range(0)));
+    const auto rules = static_cast<int>(state.range(0));
+    const int profile = rules + 1; // of its own
+    AddRules(*manager, profile, rules);
     for (auto _ : state)
-        benchmark::DoNotOptimize(manager->GetConfig(1));
+        benchmark::DoNotOptimize(manager->GetConfig(profile));
 }
 
 // The document differs each time: what doesn't change isn't written.
