@@ -2,6 +2,7 @@
 
 #include "xml/Text.h"
 #include "xml/Tree.h"
+#include "xml/Writer.h"
 
 #include <algorithm>
 
@@ -38,11 +39,7 @@ std::string Dump(xmlNode* node)
     const xml::DocPointer doc(xmlNewDoc(Chars("1.0")));
     xmlNode* copy = xmlDocCopyNode(node, doc.get(), 1);
     xmlDocSetRootElement(doc.get(), copy);
-    xmlBuffer* buffer = xmlBufferCreate();
-    xmlNodeDump(buffer, doc.get(), copy, 0, 0);
-    std::string text(xml::View(xmlBufferContent(buffer)));
-    xmlBufferFree(buffer);
-    return text;
+    return xml::Write(*copy);
 }
 
 bool Contains(const xmlNode* outer, const xmlNode* node)
