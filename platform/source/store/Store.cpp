@@ -4,6 +4,7 @@
 
 #include "store/StoreConnection.h"
 #include "store/StoreFault.h"
+#include "store/StoreRecovery.h"
 
 #include <unistd.h>
 
@@ -14,9 +15,34 @@ namespace analytics::platform
 namespace
 {
 constexpr const char* kLogSuffix = "-wal";
-}
 
-Store::Store(const std::string& folder) : m_database(folder + "/profiles.db"), m_folder(folder) { Open(); }
+// A commit of which nobody knows whether it has come to pass.
+class Uncertain : public SQLite::Exception
+{
+  public:
+    explicit Uncertain(const SQLite::Exception& error) : Exception(error) {}
+};
+
+// What the client is told and what is stored then must not contradict each other.
+void Commit(StoreConnection& connection, SQLite::Transaction& transaction)
+{
+    try
+    {
+        transaction.commit();
+    }
+    catch (const SQLite::Exception& error)
+    {
+        const int systemError = errno;
+        const bool dropped = connection.DropUnfinished();
+        errno = systemError;
+        if (!dropped)
+            throw Uncertain(error);
+        throw;
+    }
+}
+} // namespace
+
+Store::Store(const std::string& folder) : m_database(DatabaseIn(folder)), m_folder(folder) { Open(); }
 
 Store::~Store()
 {
@@ -66,6 +92,7 @@ void Store::Open()
         return;
     CloseConnections();
     m_folder.Take();
+    FinishRecovery(m_database);
     OpenConnections();
     SetUsable(true);
 }
@@ -133,7 +160,7 @@ void Store::Write(const Operation& operation)
             {
                 SQLite::Transaction transaction(writer->Database(), SQLite::TransactionBehavior::IMMEDIATE);
                 operation(*writer);
-                transaction.commit();
+                Commit(*writer, transaction);
             });
     }
 }
@@ -147,19 +174,23 @@ void Store::Guarded(const std::function<void()>& action)
     {
         action();
     }
+    catch (const Uncertain& error)
+    {
+        Fail(error, errno, ". Whether the change was stored isn't known: look before you repeat it");
+    }
     catch (const SQLite::Exception& error)
     {
-        Fail(error.getErrorCode(), errno, error.what());
+        Fail(error, errno, "");
     }
 }
 
-void Store::Fail(int code, int systemError, const std::string& detail)
+void Store::Fail(const SQLite::Exception& error, int systemError, const std::string& advice)
 {
     const std::string folder = m_database.substr(0, m_database.rfind('/'));
-    const StoreFault fault = ExplainStoreFault(code, systemError, folder, detail);
+    const StoreFault fault = ExplainStoreFault(error.getErrorCode(), systemError, folder, error.what());
     if (fault.reopen)
         SetUsable(false);
-    throw AnalyticsFault(fault.sentence);
+    throw AnalyticsFault(fault.sentence + advice);
 }
 
 } // namespace analytics::platform

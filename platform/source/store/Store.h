@@ -8,6 +8,11 @@
 #include <memory>
 #include <string>
 
+namespace SQLite
+{
+class Exception;
+}
+
 namespace analytics::platform
 {
 
@@ -27,7 +32,8 @@ class Store
     ~Store();
 
     void Read(const Operation& operation);
-    // In one transaction, which is on the disk on return. What the operation throws takes it back.
+    // In one transaction, which is on the disk on return. What the operation throws takes it back, and so
+    // does a fault, except one that says to look.
     void Write(const Operation& operation);
 
   private:
@@ -50,7 +56,7 @@ class Store
     Files FilesOpened();
     void SetUsable(bool usable);
     void Guarded(const std::function<void()>& action);
-    [[noreturn]] void Fail(int code, int systemError, const std::string& detail);
+    [[noreturn]] void Fail(const SQLite::Exception& error, int systemError, const std::string& advice);
 
     const std::string m_database; // path of the file
     // Where several are taken, in this order.
