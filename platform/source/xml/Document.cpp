@@ -49,9 +49,7 @@ std::string Document::DumpToString() const
     xmlChar* text = nullptr;
     int size = 0;
     xmlDocDumpMemoryEnc(m_tree->Doc(), &text, &size, "UTF-8");
-    std::string result(xml::View(text));
-    xmlFree(text);
-    return result;
+    return xml::Take(text);
 }
 
 DocumentNode* Document::SelectNode(const std::string& query, DocumentNode* context)
@@ -62,10 +60,7 @@ DocumentNode* Document::SelectNode(const std::string& query, DocumentNode* conte
 
 std::vector<DocumentNode*> Document::SelectNodes(const std::string& query, DocumentNode* context)
 {
-    std::vector<DocumentNode*> handles;
-    for (xmlNode* node : All(Content(), query, context))
-        handles.push_back(new DocumentNode(node));
-    return handles;
+    return xml::HandlesOf(All(Content(), query, context));
 }
 
 std::string Document::GetSingleValue(const std::string& query, DocumentNode* context)

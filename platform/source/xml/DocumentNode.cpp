@@ -1,7 +1,10 @@
 #include <analytics/DocumentNode.h>
 
+#include "xml/Memory.h"
 #include "xml/Text.h"
 #include "xml/Tree.h"
+
+#include <memory>
 
 namespace analytics
 {
@@ -20,13 +23,14 @@ std::string Dump(xmlNode* node)
 {
     // A copy of its own gets the declarations that reach the node from above.
     const xml::DocPointer doc(xmlNewDoc(Chars("1.0")));
+    xml::RequireMemory();
     xmlNode* copy = xmlDocCopyNode(node, doc.get(), 1);
     xmlDocSetRootElement(doc.get(), copy);
-    xmlBuffer* buffer = xmlBufferCreate();
-    xmlNodeDump(buffer, doc.get(), copy, 0, 0);
-    std::string text(xml::View(xmlBufferContent(buffer)));
-    xmlBufferFree(buffer);
-    return text;
+    const std::unique_ptr<xmlBuffer, decltype(&xmlBufferFree)> buffer(xmlBufferCreate(), xmlBufferFree);
+    xml::RequireMemory();
+    xmlNodeDump(buffer.get(), doc.get(), copy, 0, 0);
+    xml::RequireMemory();
+    return std::string(xml::View(xmlBufferContent(buffer.get())));
 }
 
 bool Contains(const xmlNode* outer, const xmlNode* node)
@@ -61,11 +65,12 @@ void DocumentNode::SetValue(const std::string& value)
     if (IsAttribute(node) && node->parent != nullptr)
         xmlSetNsProp(node->parent, node->ns, node->name, Chars(text));
     if (!IsElement(node))
-        return;
+        return xml::RequireMemory();
     // Content that is set is read as markup, content that is added as text.
     xmlNodeSetContent(node, nullptr);
     if (!text.empty())
         xmlNodeAddContent(node, Chars(text));
+    xml::RequireMemory();
 }
 
 int DocumentNode::GetProperty(const std::string& name, int defaultValue) const
@@ -87,6 +92,7 @@ void DocumentNode::SetProperty(const std::string& name, const std::string& value
 {
     if (IsElement(NodeOf(this)) && IsName(name))
         xmlSetNsProp(NodeOf(this), nullptr, Chars(name), Chars(xml::ToXmlText(value)));
+    xml::RequireMemory();
 }
 
 DocumentNode* DocumentNode::AddNewChild(const std::string& name, int value)
@@ -100,8 +106,10 @@ DocumentNode* DocumentNode::AddNewChild(const std::string& name, const std::stri
     if (!IsElement(node) || !IsName(name) || !Tree::Of(node).Grow())
         return nullptr;
     const std::string text = xml::ToXmlText(value);
-    return new DocumentNode(
-        xmlNewTextChild(node, node->ns, Chars(name), text.empty() ? nullptr : Chars(text)));
+    auto child = std::make_unique<DocumentNode>();
+    child->Handle(xmlNewTextChild(node, node->ns, Chars(name), text.empty() ? nullptr : Chars(text)));
+    xml::RequireMemory();
+    return child.release();
 }
 
 void DocumentNode::AddChild(DocumentNode* child)
@@ -118,6 +126,8 @@ void DocumentNode::Unlink(bool destroy)
     if (!IsElement(node) && !IsAttribute(node))
         return;
     Tree& tree = Tree::Of(node);
+    if (!destroy)
+        tree.Keep(node); // which may throw, and then nothing has changed
     xmlUnlinkNode(node);
     if (destroy)
     {
@@ -126,7 +136,6 @@ void DocumentNode::Unlink(bool destroy)
         m_handle = nullptr;
         return;
     }
-    tree.Keep(node);
     // The declarations above may end before this node does.
     ReconciliateNs();
 }
@@ -135,6 +144,7 @@ void DocumentNode::ReconciliateNs()
 {
     if (IsElement(NodeOf(this)))
         xmlReconciliateNs(NodeOf(this)->doc, NodeOf(this));
+    xml::RequireMemory();
 }
 
 std::string DocumentNode::DumpToString() const

@@ -30,9 +30,10 @@ class Query
     {
         void operator()(xmlXPathCompExpr* expression) const { xmlXPathFreeCompExpr(expression); }
     };
-    static xmlXPathCompExpr* Compile(const std::string& text);
+    using Expression = std::unique_ptr<xmlXPathCompExpr, Deleter>;
+    static Expression Compile(const std::string& text);
 
-    std::unique_ptr<xmlXPathCompExpr, Deleter> m_expression; // null if the text is malformed
+    Expression m_expression; // null if the text is malformed
 };
 
 } // namespace analytics::xml

@@ -2,7 +2,11 @@
 
 #include <analytics/DocumentNode.h>
 
+#include "xml/Memory.h"
+
 #include <libxml/xpathInternals.h>
+
+#include <algorithm>
 
 namespace analytics::xml
 {
@@ -12,17 +16,29 @@ constexpr int kMaxAdded = 1'000'000;
 
 void Ignore(void*, xmlErrorPtr) {}
 
+} // namespace
+
 std::string Take(xmlChar* text)
 {
-    std::string result(View(text));
-    xmlFree(text);
-    return result;
+    const std::unique_ptr<xmlChar, void (*)(void*)> owned(text, xmlFree);
+    RequireMemory();
+    return std::string(View(text));
 }
-} // namespace
 
 xmlNode* NodeOf(const DocumentNode* handle)
 {
     return handle == nullptr ? nullptr : static_cast<xmlNode*>(handle->Handle());
+}
+
+std::vector<DocumentNode*> HandlesOf(const std::vector<xmlNode*>& nodes)
+{
+    std::vector<std::unique_ptr<DocumentNode>> owned;
+    for (xmlNode* node : nodes)
+        owned.push_back(std::make_unique<DocumentNode>(node));
+    std::vector<DocumentNode*> handles(owned.size());
+    std::transform(owned.begin(), owned.end(), handles.begin(),
+                   [](auto& handle) { return handle.release(); });
+    return handles;
 }
 
 bool IsElement(const xmlNode* node, std::string_view space, std::string_view name)
@@ -61,13 +77,14 @@ void Move(xmlNode* node, xmlNode* parent)
     xmlUnlinkNode(node);
     xmlNode* moved = xmlAddChild(parent, node);
     if (!IsElement(moved))
-        return;
+        return RequireMemory();
     xmlReconciliateNs(parent->doc, moved);
     bool declares = false;
     for (xmlNode* element = moved; element != nullptr; element = NextElement(element, moved))
         declares = declares || element->nsDef != nullptr;
     if (declares)
         Tree::Of(parent).ForgetPrefixes();
+    RequireMemory();
 }
 
 Tree::Tree(DocPointer doc) : m_doc(std::move(doc)) { m_doc->_private = this; }
@@ -84,11 +101,12 @@ const Tree::Prefixes& Tree::Bindings()
 {
     if (m_prefixes == nullptr)
     {
-        m_prefixes = std::make_unique<Prefixes>();
+        auto prefixes = std::make_unique<Prefixes>();
         for (xmlNode* node = NextElement(Top(), Top()); node != nullptr; node = NextElement(node, Top()))
             for (const xmlNs* space = node->nsDef; space != nullptr; space = space->next)
                 if (space->prefix != nullptr)
-                    m_prefixes->emplace(View(space->prefix), View(space->href));
+                    prefixes->emplace(View(space->prefix), View(space->href));
+        m_prefixes = std::move(prefixes);
     }
     return *m_prefixes;
 }
@@ -104,10 +122,14 @@ xmlXPathContext& Tree::Queries()
 {
     if (m_queries == nullptr)
     {
-        m_queries.reset(xmlXPathNewContext(Doc()));
-        m_queries->error = Ignore;
-        for (const auto& [prefix, space] : Bindings())
-            xmlXPathRegisterNs(m_queries.get(), Chars(prefix), Chars(space));
+        const Prefixes& bindings = Bindings();
+        std::unique_ptr<xmlXPathContext, ContextDeleter> queries(xmlXPathNewContext(Doc()));
+        RequireMemory();
+        queries->error = Ignore;
+        for (const auto& [prefix, space] : bindings)
+            xmlXPathRegisterNs(queries.get(), Chars(prefix), Chars(space));
+        RequireMemory();
+        m_queries = std::move(queries);
     }
     return *m_queries;
 }
