@@ -1,13 +1,14 @@
 #!/usr/bin/env bash
 # Installs the Debian packages that are missing.
 #
-#   install-packages.sh build [test]
+#   install-packages.sh build [test] [coverage]
 set -euo pipefail
 
 build="cmake ninja-build g++ pkg-config gsoap libgsoap-dev libxml2-dev libsqlite3-dev libsqlitecpp-dev
     libboost-dev libcli11-dev libsystemd-dev libssl-dev libcrypt-dev"
 test="clang libclang-rt-dev lld libgtest-dev libgmock-dev libbenchmark-dev python3 python3-lxml python3-zeep
     curl openssl binutils procps"
+coverage="llvm"
 
 missing=()
 for group in "$@"
