@@ -73,12 +73,14 @@ mv "$out/soapServer.new" "$out/soapServer.cpp"
 
 # 5. Schema. The polymorphic wrappers (C++ names with a trailing underscore) repeat the names of the
 #    simple types that they wrap, which no validator accepts; they are no types of the schema.
-#    'mixed' says nothing on simple content, and some tools refuse it.
+#    'mixed' says nothing on simple content, and some tools refuse it. Nothing of the encoding's
+#    namespace is used, and its import would send a tool to look for it.
 for file in "$out/VideoAnalytics.xsd" "$out/VideoAnalytics.wsdl"
 do
     sed -E -i \
         -e '/<complexType name="[A-Za-z0-9]+"><!-- VideoAnalytics__[A-Za-z0-9]+_+ -->/,/<\/complexType>/d' \
         -e 's/ mixed="true"//' \
+        -e '/<import namespace="http:\/\/schemas.xmlsoap.org\/soap\/encoding\/"\/>/d' \
         "$file"
 done
 

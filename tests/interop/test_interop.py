@@ -116,6 +116,8 @@ class Interop(unittest.TestCase):
             (text,) = result.values()
             self.assertTrue(same_document(text, expected), text)
             return
+        if result.get("profiles") == []:
+            del result["profiles"]
         if "behaviors" in result:
             result["behaviors"] = short(result["behaviors"])
         self.assertEqual(plain(result), plain(expected))
@@ -129,6 +131,8 @@ class Interop(unittest.TestCase):
             watchdog.start()
             try:
                 for operation, fields, expected in TOUR:
+                    if process.poll() is not None:
+                        self.fail(f"the client ended before {operation}")
                     with self.subTest(client=name, version=version, operation=operation, fields=fields):
                         self.check(self.call(process, operation, fields, version, name == "curl"), expected, version)
                         passed.setdefault((operation, name), {}).setdefault(version, 0)

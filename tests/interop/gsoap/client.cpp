@@ -133,7 +133,13 @@ int main(int, char** arguments)
     Proxy proxy(SOAP_C_UTFSTRING);
     proxy.soap_endpoint = arguments[2];
     proxy.soap->recv_timeout = 60;
-    soap_set_version(proxy.soap, std::string(arguments[3]) == "1.2" ? 2 : 1);
+    if (std::string(arguments[3]) == "1.1")
+    {
+        // The proxy speaks SOAP 1.2 unless told otherwise.
+        namespaces[0].ns = namespaces[0].in;
+        namespaces[1].ns = namespaces[1].in;
+    }
+    soap_set_namespaces(proxy.soap, namespaces);
     for (std::string line; std::getline(std::cin, line); proxy.destroy())
     {
         const Json call = Json::parse(line);

@@ -1,6 +1,6 @@
 // node client.js WSDL URL VERSION: calls what standard input asks for, a line each, and prints each answer.
 const soap = require('soap');
-const lines = require('readline').createInterface({ input: process.stdin });
+const readline = require('readline');
 
 const [wsdl, url, version] = process.argv.slice(2);
 
@@ -30,6 +30,6 @@ async function call(client, operation, parameters) {
 
 (async () => {
     const client = await soap.createClientAsync(wsdl, { endpoint: url, forceSoap12Headers: version === '1.2' });
-    for await (const line of lines)
+    for await (const line of readline.createInterface({ input: process.stdin }))
         console.log(JSON.stringify(await call(client, ...JSON.parse(line))));
 })();
