@@ -47,8 +47,9 @@ class Options(unittest.TestCase):
             text += help_text
             part = re.split(r"^Subcommands:\n", help_text, flags=re.M)
             if len(part) > 1:
-                pending += [(*words, name) for name in re.findall(r"^  ([a-z][\w-]*)\b", part[1], re.M)]
-                for name in re.findall(r"^  ([a-z][\w-]*)\b", part[1], re.M):
+                names = re.findall(r"^  ([a-z][\w-]*)\b", part[1].split("\n\n")[0], re.M)
+                pending += [(*words, name) for name in names]
+                for name in names:
                     self.assertRegex(text_of("varlo-analytics.1"), rf"\b{name}\b")
         self.assertEqual(options_in(text_of("varlo-analytics.1")), options_in(text))
 
