@@ -5,7 +5,7 @@
 set -euo pipefail
 
 build="cmake ninja-build g++ pkg-config gsoap libgsoap-dev libxml2-dev libsqlite3-dev libsqlitecpp-dev
-    libboost-dev libcli11-dev libsystemd-dev"
+    libboost-dev libcli11-dev libssl-dev zlib1g-dev libsystemd-dev"
 test="clang libclang-rt-dev lld libgtest-dev libgmock-dev libbenchmark-dev python3 python3-lxml python3-zeep
     curl binutils procps"
 
