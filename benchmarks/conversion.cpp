@@ -24,7 +24,7 @@ namespace
 using profile_conversion::ProfileDocConverter;
 using profile_conversion::ProfileParameters;
 
-constexpr int kZones[] = {1, 10, 1000, 10000};
+constexpr int kZones[] = {1, 4, 10, 1000, 10000};
 constexpr int kFewZones = 10;
 constexpr int kManyZones = 10000;
 

@@ -5,9 +5,9 @@
 set -euo pipefail
 
 build="cmake ninja-build g++ pkg-config gsoap libgsoap-dev libxml2-dev libsqlite3-dev libsqlitecpp-dev
-    libboost-dev libcli11-dev libssl-dev zlib1g-dev libsystemd-dev"
+    libboost-dev libcli11-dev libssl-dev zlib1g-dev libsystemd-dev libcrypt-dev"
 test="clang libclang-rt-dev lld libgtest-dev libgmock-dev libbenchmark-dev python3 python3-lxml python3-zeep
-    curl binutils procps"
+    curl openssl binutils procps"
 
 missing=()
 for group in "$@"

@@ -9,8 +9,11 @@
 #include <openssl/err.h>
 #include <openssl/ssl.h>
 #include <openssl/x509v3.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
 #include <limits>
 #include <mutex>
 #include <utility>
@@ -37,9 +40,11 @@ std::string HostOf(const std::string& url)
 
 [[noreturn]] void RefuseFile(const std::string& what, const std::string& file)
 {
-    char reason[256] = "";
-    ERR_error_string_n(ERR_peek_last_error(), reason, sizeof reason);
+    const char* const known = ERR_reason_error_string(ERR_peek_last_error());
     ERR_clear_error();
+    std::string reason = known == nullptr ? "it holds none" : known;
+    if (access(file.c_str(), R_OK) != 0)
+        reason = std::strerror(errno);
     throw Failure(Exit::Document, "The " + what + " can't be used from " + file + ": " + reason +
                                       ". It has to be a readable file in PEM form");
 }
@@ -73,6 +78,7 @@ Connection::Connection(const Access& access, std::optional<Clock::time_point> de
     }
     catch (...)
     {
+        Clear();
         soap_done(&m_soap);
         throw;
     }
@@ -80,9 +86,14 @@ Connection::Connection(const Access& access, std::optional<Clock::time_point> de
 
 Connection::~Connection()
 {
+    Clear();
+    soap_done(&m_soap);
+}
+
+void Connection::Clear()
+{
     soap_destroy(&m_soap);
     soap_end(&m_soap);
-    soap_done(&m_soap);
 }
 
 void Connection::UseTls()
@@ -128,8 +139,7 @@ int Connection::Send(soap* context, const char* data, std::size_t size)
 
 void Connection::Begin()
 {
-    soap_destroy(&m_soap);
-    soap_end(&m_soap);
+    Clear();
     m_end = Clock::now() + m_access.timeout;
     if (m_deadline)
         m_end = std::min(m_end, *m_deadline);

@@ -40,6 +40,8 @@ class Connection
     static int Send(soap* context, const char* data, std::size_t size);
     // What is left of the call's time, as the context takes it; 0 if nothing.
     int Left() const;
+    // Frees what the last call has left.
+    void Clear();
     void UseTls();
     void Begin();
     [[noreturn]] void Fail();

@@ -2,17 +2,31 @@
 
 #include "Runtime.h"
 #include "settings/SettingsSource.h"
+#include "threads/OncePerRequest.h"
 
 namespace analytics::platform
 {
 namespace
 {
+thread_local std::uint64_t gRequests = 0; // that this thread has begun
+thread_local bool gWithinRequest = false;
+
 Configuration& Stored()
 {
     static Configuration configuration;
     return configuration;
 }
 } // namespace
+
+RequestScope::RequestScope()
+{
+    ++gRequests;
+    gWithinRequest = true;
+}
+
+RequestScope::~RequestScope() { gWithinRequest = false; }
+
+std::uint64_t RequestOfThread() { return gWithinRequest ? gRequests : 0; }
 
 Configuration::Configuration()
     : settingsFile(INSTALLED_SETTINGS), pluginFolder(INSTALLED_PLUGINS), stateFolder(INSTALLED_STATE)

@@ -51,6 +51,8 @@ class Host:
         self.plugins = Path(plugins or DATA / "plugins")
         self.options = list(options)
         self.port = port
+        self.scheme = "http"
+        self.tls = None  # an ssl.SSLContext, for a host that is met through TLS
         self.process = None
         self.errors = []
 
@@ -77,14 +79,15 @@ class Host:
             if line is None:
                 self.process.wait(timeout=60)
                 raise RuntimeError(f"the host ended with {self.process.returncode}: " + "\n".join(self.errors))
-            match = re.fullmatch(r"listening on http://127\.0\.0\.1:(\d+)/\n", line)
+            match = re.fullmatch(r"listening on (https?)://127\.0\.0\.1:(\d+)/\n", line)
             if match:
-                self.port = int(match.group(1))
+                self.scheme = match.group(1)
+                self.port = int(match.group(2))
                 return self
 
     @property
     def url(self):
-        return f"http://127.0.0.1:{self.port}/"
+        return f"{self.scheme}://127.0.0.1:{self.port}/"
 
     def stop(self, signal_number=signal.SIGTERM):
         """Ends the host and returns its exit code."""
@@ -125,7 +128,10 @@ class Host:
 
     def post(self, body, version="1.1", headers=None, timeout=60):
         """Posts an HTTP body; returns (status, headers, text). A closed connection gives (None, {}, "")."""
-        connection = http.client.HTTPConnection("127.0.0.1", self.port, timeout=timeout)
+        if self.tls is None:
+            connection = http.client.HTTPConnection("127.0.0.1", self.port, timeout=timeout)
+        else:
+            connection = http.client.HTTPSConnection("127.0.0.1", self.port, timeout=timeout, context=self.tls)
         try:
             connection.request("POST", "/", body.encode() if isinstance(body, str) else body,
                                {"Content-Type": CONTENT_TYPES[version], **(headers or {})})

@@ -187,7 +187,9 @@ class Tls(ClientTest):
                     run("profile", "list", "--cacert", self.folder / "other.pem", url=self.end("other"))):
             self.assertEqual((ran.code, ran.out), (3, ""))
             self.assertRegex(ran.err, r"^varlo-analytics: The certificate of \S+ isn't trusted: .*--cacert\.\n$")
-        self.assertEqual(run("profile", "list", "--cacert", self.folder / "none.pem", url=url).code, 4)
+        missing = run("profile", "list", "--cacert", self.folder / "none.pem", url=url)
+        self.assertEqual(missing.code, 4)
+        self.assertIn("none.pem: No such file or directory", missing.err)
 
     def test_our_own_certificate(self):
         url = self.end(client="client.pem")

@@ -32,6 +32,18 @@ struct Configuration
 // Throws AnalyticsFault, with file and line, if the settings document can't be read.
 void Configure(const Configuration& configuration);
 
+// While one lives, its thread serves one request, and sees settings and plug-ins as they were when the
+// request first asked for them; without one they are looked up at each call. The server has one around
+// each request. One at a time on a thread.
+class RequestScope
+{
+  public:
+    RequestScope();
+    ~RequestScope();
+    RequestScope(const RequestScope&) = delete;
+    RequestScope& operator=(const RequestScope&) = delete;
+};
+
 // Why the last server could not come up; empty if it did or none was started. Any thread.
 std::string ServerFailure();
 

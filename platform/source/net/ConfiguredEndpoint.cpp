@@ -1,6 +1,7 @@
 #include "net/ConfiguredEndpoint.h"
 
 #include "Runtime.h"
+#include "access/AccessSettings.h"
 
 #include <analytics/Settings.h>
 
@@ -29,14 +30,31 @@ Endpoint EndpointInSettings()
             static_cast<std::uint16_t>(valid ? port : kDefaultPort)};
 }
 
+bool IsName(const std::string& address, unsigned short port) { return address == kServerName && port == 0; }
+
 } // namespace
 
 Endpoint ConfiguredEndpoint(const std::string& address, unsigned short port)
 {
-    if (address != kServerName || port != 0)
+    if (!IsName(address, port))
         return {address, port};
     const auto& listen = analytics::platform::CurrentConfiguration().listen;
     return listen.has_value() ? *listen : EndpointInSettings();
+}
+
+Access ConfiguredAccess(const std::string& address, unsigned short port)
+{
+    Access access;
+    if (!IsName(address, port))
+        return access;
+    const AccessSettings settings = AccessInSettings(kServerName);
+    CheckAccess(settings, ConfiguredEndpoint(address, port).address);
+    if (!settings.certificate.empty())
+        access.tls = std::make_unique<TlsSource>(settings.certificate, settings.privateKey,
+                                                 settings.clientCertificates);
+    if (!settings.users.empty())
+        access.passwords = std::make_unique<PasswordGate>(settings.users);
+    return access;
 }
 
 } // namespace tarno::osa

@@ -1,9 +1,10 @@
 #pragma once
 
 #include "net/Budget.h"
+#include "net/PasswordGate.h"
 #include "net/RequestReader.h"
+#include "net/Stream.h"
 
-#include <boost/asio/ip/tcp.hpp>
 #include <boost/asio/steady_timer.hpp>
 
 #include <chrono>
@@ -29,6 +30,8 @@ class ConnectionHost
     virtual std::span<char> Scratch() = 0;
     // True once nobody is to be waited for any longer than an answer needs.
     virtual bool Ending() const = 0;
+    // Null if nobody has to say who he is.
+    virtual PasswordGate* Passwords() = 0;
     // Has a worker serve the exchange.
     virtual void Serve(std::shared_ptr<Exchange> exchange) = 0;
     virtual void Ended(Connection& connection) = 0;
@@ -37,14 +40,15 @@ class ConnectionHost
     ~ConnectionHost() = default;
 };
 
-// One accepted connection: reads a whole request, has it worked on, sends the answer, closes. Held to
+// One accepted connection: reads a whole request, finds out whether its sender may make it, has it
+// worked on, sends the answer, closes. Held to
 // a deadline wherever it waits for its peer. Everything happens on the loop's thread.
 class Connection : public std::enable_shared_from_this<Connection>
 {
   public:
-    using Socket = boost::asio::ip::tcp::socket;
+    using Socket = Stream::Socket;
 
-    Connection(Socket socket, ConnectionHost& host);
+    Connection(Stream stream, ConnectionHost& host);
 
     void Start();
     // Closes now unless a request is in progress.
@@ -55,6 +59,7 @@ class Connection : public std::enable_shared_from_this<Connection>
     enum class Stage
     {
         Reading,
+        Admitting,
         Working,
         Sending,
         Lingering,
@@ -67,11 +72,17 @@ class Connection : public std::enable_shared_from_this<Connection>
     // Goes on with `next`, if the stage is still the same by then.
     void Await(Socket::wait_type event, Step next);
 
+    // The same, with what `result` waits for. False if it waits for nothing.
+    bool Await(const StreamResult& result, Step next);
+
+    void Open();
     void ReadRequest();
-    void AwaitRequest() { Await(Socket::wait_read, &Connection::ReadRequest); }
+    void AwaitRequest();
     void Judge(RequestReader::Outcome outcome);
     void SendContinue();
     void Refuse(Refusal reason);
+    void Admit();
+    void OnVerdict(PasswordGate::Verdict verdict);
     void Work();
     void OnPeerGone();
     void Send(std::string answer);
@@ -80,11 +91,11 @@ class Connection : public std::enable_shared_from_this<Connection>
     void DropInput();
 
     ConnectionHost& m_host;
-    Socket m_socket;
+    Stream m_stream;
     boost::asio::steady_timer m_timer;
     Budget::Share m_share;
     Stage m_stage = Stage::Reading;
-    std::optional<RequestReader> m_reader; // while reading
+    std::optional<RequestReader> m_reader; // while reading and admitting
     std::shared_ptr<Exchange> m_exchange;  // while working
     std::string m_answer;
     std::size_t m_sent = 0;

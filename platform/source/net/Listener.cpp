@@ -5,6 +5,8 @@
 #include <boost/asio/error.hpp>
 #include <boost/asio/ip/address.hpp>
 
+#include <fcntl.h>
+
 #include <algorithm>
 #include <array>
 #include <chrono>
@@ -55,6 +57,9 @@ std::string Sentence(const Tcp::endpoint& endpoint, const Error& error)
     return Text(endpoint) + " can't be listened on (" + error.message() + "); choose another with --listen";
 }
 
+// A program that this process starts gets none of the service's connections.
+void CloseOnExec(int socket) { fcntl(socket, F_SETFD, FD_CLOEXEC); }
+
 Tcp::endpoint EndpointOf(const ListenOptions& options)
 {
     Error error;
@@ -79,7 +84,7 @@ std::string Listener::Listen(const ListenOptions& options)
     try
     {
         Open(endpoint, options);
-        return "http://" + Text(m_acceptor.local_endpoint()) + "/";
+        return options.scheme + "://" + Text(m_acceptor.local_endpoint()) + "/";
     }
     catch (const boost::system::system_error& failure)
     {
@@ -91,6 +96,7 @@ std::string Listener::Listen(const ListenOptions& options)
 void Listener::Open(const Tcp::endpoint& endpoint, const ListenOptions& options)
 {
     m_acceptor.open(endpoint.protocol());
+    CloseOnExec(m_acceptor.native_handle());
     m_acceptor.set_option(asio::socket_base::reuse_address(true));
     if (options.bufferBytes > 0)
     {
@@ -133,6 +139,7 @@ try
         return; // It may have come in just before.
     if (error)
         return TryLater();
+    CloseOnExec(socket.native_handle());
     m_accepted(std::move(socket));
     AcceptNext();
 }

@@ -16,6 +16,7 @@ struct ListenOptions
     std::uint16_t port = 0;            // 0 takes a free port
     std::uint16_t backlog = 128;
     unsigned int bufferBytes = 0; // send and receive buffer of each connection; 0 leaves the system's
+    std::string scheme = "http";  // for the URL
 };
 
 // The listening socket. Whatever goes wrong with a connection that comes in, it tries again a little

@@ -1,9 +1,12 @@
 #include "net/Refusal.h"
 
+#include <strings.h>
+
 #include <algorithm>
 #include <array>
 #include <cassert>
 #include <cstdint>
+#include <string_view>
 
 namespace tarno::osa
 {
@@ -22,15 +25,15 @@ struct Row
     Refusal refusal;
     const char* status;
     const char* text; // '#' stands for the limit
-    std::uint64_t (*limit)(const Limits&);
+    std::uint64_t (*limit)(const Limits&) = nullptr;
+    const char* fields = "";
 };
 
 constexpr std::array kRows = {
     Row{Refusal::NotHttp, "400 Bad Request",
-        "The bytes received are not a valid HTTP/1.1 request; post a SOAP envelope with its Content-Length",
-        nullptr},
+        "The bytes received are not a valid HTTP/1.1 request; post a SOAP envelope with its Content-Length"},
     Row{Refusal::Truncated, "400 Bad Request",
-        "The connection ended in the middle of the request; send the whole request before closing", nullptr},
+        "The connection ended in the middle of the request; send the whole request before closing"},
     Row{Refusal::TooSlow, "408 Request Timeout",
         "The request did not arrive whole within # seconds; send it faster or in smaller parts", Seconds},
     Row{Refusal::HeaderTooLarge, "413 Payload Too Large",
@@ -40,6 +43,17 @@ constexpr std::array kRows = {
         "The request is larger than the # bytes that this server accepts; send a smaller one, or raise "
         "maxRequestBytes in the settings document",
         Bytes},
+    Row{Refusal::NeedsTls, "400 Bad Request",
+        "This address is served through TLS only; use a URL that begins with https"},
+    Row{Refusal::Unauthorized, "401 Unauthorized",
+        "The request has no valid user name and password; send those of a user of this service by HTTP Basic",
+        nullptr, "WWW-Authenticate: Basic realm=\"Video analytics\", charset=\"UTF-8\"\r\n"},
+    Row{Refusal::TooManyAttempts, "429 Too Many Requests",
+        "Too many wrong passwords have come from this address; wait a while, then send the right one",
+        nullptr, "Retry-After: 10\r\n"},
+    Row{Refusal::Busy, "503 Service Unavailable",
+        "Too many passwords are being verified at this moment; send the request again a little later",
+        nullptr, "Retry-After: 5\r\n"},
 };
 
 std::string Sentence(const Row& row, const Limits& limits)
@@ -50,12 +64,18 @@ std::string Sentence(const Row& row, const Limits& limits)
     return text;
 }
 
-std::string FaultEnvelope(const std::string& sentence)
+std::string FaultEnvelope(const std::string& sentence, SoapVersion version)
 {
-    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-           "<SOAP-ENV:Envelope xmlns:SOAP-ENV=\"http://schemas.xmlsoap.org/soap/envelope/\"><SOAP-ENV:Body>"
-           "<SOAP-ENV:Fault><faultcode>SOAP-ENV:Client</faultcode><faultstring>" +
-           sentence + "</faultstring></SOAP-ENV:Fault></SOAP-ENV:Body></SOAP-ENV:Envelope>\n";
+    const bool soap11 = version == SoapVersion::Soap11;
+    return std::string("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<SOAP-ENV:Envelope xmlns:SOAP-ENV=\"") +
+           (soap11 ? "http://schemas.xmlsoap.org/soap/envelope/"
+                   : "http://www.w3.org/2003/05/soap-envelope") +
+           "\"><SOAP-ENV:Body><SOAP-ENV:Fault>" +
+           (soap11 ? "<faultcode>SOAP-ENV:Client</faultcode><faultstring>"
+                   : "<SOAP-ENV:Code><SOAP-ENV:Value>SOAP-ENV:Sender</SOAP-ENV:Value></SOAP-ENV:Code>"
+                     "<SOAP-ENV:Reason><SOAP-ENV:Text xml:lang=\"en\">") +
+           sentence + (soap11 ? "</faultstring>" : "</SOAP-ENV:Text></SOAP-ENV:Reason>") +
+           "</SOAP-ENV:Fault></SOAP-ENV:Body></SOAP-ENV:Envelope>\n";
 }
 
 } // namespace
@@ -65,15 +85,23 @@ std::size_t HeaderLimit(std::size_t maxRequestBytes)
     return std::min<std::size_t>(maxRequestBytes, 65'536);
 }
 
-std::string RefusalResponse(Refusal refusal, const Limits& limits)
+SoapVersion SoapVersionOf(const std::string& contentType)
+{
+    constexpr std::string_view kSoap12 = "application/soap+xml";
+    const bool soap12 = strncasecmp(contentType.c_str(), kSoap12.data(), kSoap12.size()) == 0;
+    return soap12 ? SoapVersion::Soap12 : SoapVersion::Soap11;
+}
+
+std::string RefusalResponse(Refusal refusal, const Limits& limits, SoapVersion version)
 {
     const auto* const row = std::find_if(
         kRows.begin(), kRows.end(), [refusal](const Row& candidate) { return candidate.refusal == refusal; });
     assert(row != kRows.end());
-    const std::string body = FaultEnvelope(Sentence(*row, limits));
-    return std::string("HTTP/1.1 ") + row->status +
-           "\r\nContent-Type: text/xml; charset=utf-8\r\nContent-Length: " + std::to_string(body.size()) +
-           "\r\nConnection: close\r\n\r\n" + body;
+    const std::string body = FaultEnvelope(Sentence(*row, limits), version);
+    const char* const type = version == SoapVersion::Soap11 ? "text/xml" : "application/soap+xml";
+    return std::string("HTTP/1.1 ") + row->status + "\r\nContent-Type: " + type +
+           "; charset=utf-8\r\nContent-Length: " + std::to_string(body.size()) + "\r\n" + row->fields +
+           "Connection: close\r\n\r\n" + body;
 }
 
 } // namespace tarno::osa

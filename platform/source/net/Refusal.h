@@ -14,14 +14,27 @@ enum class Refusal
     Truncated,
     TooSlow,
     HeaderTooLarge,
-    TooLarge
+    TooLarge,
+    NeedsTls,
+    Unauthorized,
+    TooManyAttempts,
+    Busy
 };
+
+enum class SoapVersion
+{
+    Soap11,
+    Soap12
+};
+
+// The version that goes with a Content-Type; 1.1 for any that is not SOAP 1.2's.
+SoapVersion SoapVersionOf(const std::string& contentType);
 
 // The largest header that a request may have, in bytes.
 std::size_t HeaderLimit(std::size_t maxRequestBytes);
 
-// The whole HTTP response, with a SOAP 1.1 fault as its body: by then nobody knows which SOAP the
-// client would have spoken.
-std::string RefusalResponse(Refusal refusal, const Limits& limits);
+// The whole HTTP response, with a SOAP fault as its body. Before a whole header has come, nobody knows
+// which SOAP the client speaks; then it is 1.1.
+std::string RefusalResponse(Refusal refusal, const Limits& limits, SoapVersion version = SoapVersion::Soap11);
 
 } // namespace tarno::osa

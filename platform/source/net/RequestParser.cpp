@@ -1,6 +1,7 @@
 #include "net/RequestParser.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace tarno::osa
 {
@@ -53,10 +54,22 @@ void RequestParser::on_field_impl(Field field, Text name, Text value, Error& err
         wantsContinue = m_http11 && boost::beast::iequals(value, "100-continue");
         return;
     }
+    if (field == Field::authorization)
+        return TakeAuthorization(value);
+    if (field == Field::content_type)
+        contentType.assign(value.data(), value.size());
     Append(request, name);
     request += ": ";
     Append(request, value);
     request += "\r\n";
+}
+
+void RequestParser::TakeAuthorization(Text value)
+{
+    if (std::exchange(m_authorized, true))
+        authorization.clear();
+    else
+        Append(authorization, value);
 }
 
 void RequestParser::on_header_impl(Error& /*error*/)

@@ -24,6 +24,10 @@ class RequestParser final : public boost::beast::http::basic_parser<true>
     std::string request;
     // The client waits for a "100 Continue". HTTP/1.0 knows none.
     bool wantsContinue = false;
+    // The values of these fields. Whoever reads the request has no use for a password, so it isn't
+    // written down; of two, none counts.
+    std::string authorization;
+    std::string contentType;
 
   private:
     void on_request_impl(Verb verb, Text method, Text target, int version, Error& error) override;
@@ -37,7 +41,10 @@ class RequestParser final : public boost::beast::http::basic_parser<true>
     // Responses don't come here.
     void on_response_impl(int status, Text reason, int version, Error& error) override;
 
+    void TakeAuthorization(Text value);
+
     bool m_http11 = false;
+    bool m_authorized = false; // the field has come
     bool m_headerDone = false; // fields from then on are trailers
     std::size_t m_lengthAt = 0;
     std::size_t m_bodyAt = 0;

@@ -128,8 +128,13 @@ bool RequestReader::Started() const { return m_parser != nullptr; }
 
 std::size_t RequestReader::Held() const
 {
-    return m_parser == nullptr ? 0 : m_pending.size() + m_parser->request.size();
+    return m_parser == nullptr ? 0
+                               : m_pending.size() + m_parser->request.size() + m_parser->authorization.size();
 }
+
+const std::string& RequestReader::Authorization() const { return m_parser->authorization; }
+
+SoapVersion RequestReader::Version() const { return SoapVersionOf(m_parser->contentType); }
 
 std::string RequestReader::TakeRequest() { return std::move(m_parser->request); }
 

@@ -14,7 +14,7 @@ class RequestParser;
 
 // Frames one HTTP/1.x request out of the bytes of a connection, in whatever pieces they come, without
 // doing any input or output itself. What it yields is for a reader that knows nothing of framing: the
-// request line as it came, the fields without Expect, Transfer-Encoding and the sender's
+// request line as it came, the fields without Authorization, Expect, Transfer-Encoding and the sender's
 // Content-Length, a Content-Length of its own, an empty line and the decoded body. What follows the
 // request is dropped. Holds memory only for what has arrived.
 class RequestReader
@@ -42,6 +42,9 @@ class RequestReader
     std::size_t Held() const;
     // After Refused.
     Refusal Reason() const { return m_reason; }
+    // After Complete. The value of the field, empty if there was none.
+    const std::string& Authorization() const;
+    SoapVersion Version() const;
     // After Complete; moves the request out.
     std::string TakeRequest();
 

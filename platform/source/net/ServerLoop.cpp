@@ -30,10 +30,11 @@ Limits Allowed(Limits limits)
 
 } // namespace
 
-ServerLoop::ServerLoop(ITcpSocketAccept& acceptor, const Limits& limits)
+ServerLoop::ServerLoop(ITcpSocketAccept& acceptor, const Limits& limits, Access access)
     : m_acceptor(acceptor),
       m_limits(Allowed(limits)),
       m_memory(MemoryFor(limits)),
+      m_access(std::move(access)),
       m_listener(m_io, [this](Connection::Socket socket) { Adopt(std::move(socket)); })
 {
 }
@@ -98,7 +99,8 @@ bool ServerLoop::Post(std::function<void()> task)
 void ServerLoop::Adopt(Connection::Socket socket)
 {
     ConnectionHost& host = *this;
-    const auto connection = std::make_shared<Connection>(std::move(socket), host);
+    const auto tls = m_access.tls == nullptr ? nullptr : m_access.tls->Current();
+    const auto connection = std::make_shared<Connection>(Stream(std::move(socket), tls), host);
     m_connections.emplace(connection.get(), connection);
     m_listener.Accepting(m_connections.size() < m_limits.maxConnections);
     connection->Start();
@@ -172,6 +174,8 @@ void ServerLoop::EndThreads()
                 closed->set_value();
             });
         closed->get_future().wait();
+        if (m_access.passwords != nullptr)
+            m_access.passwords->Stop();
         m_workers->Stop();
         // What the workers left was posted before this, so every answer has begun to go out.
         Post(

@@ -1,11 +1,13 @@
 #pragma once
 
+#include "access/TlsSource.h"
 #include "net/Budget.h"
 #include "net/Connection.h"
 #include "net/Limits.h"
 #include "net/Listener.h"
-#include "threads/Lock.h"
+#include "net/PasswordGate.h"
 #include "net/Workers.h"
+#include "threads/Lock.h"
 
 #include <boost/asio/executor_work_guard.hpp>
 #include <boost/asio/io_context.hpp>
@@ -28,12 +30,19 @@ namespace tarno::osa
 
 class ITcpSocketAccept;
 
+// Who gets to the service, and how. What is null asks nothing of its clients.
+struct Access
+{
+    std::unique_ptr<TlsSource> tls;
+    std::unique_ptr<PasswordGate> passwords;
+};
+
 // One server: a thread that accepts, reads, times and sends for all connections, and a fixed number
 // of workers that serve whole requests. Public operations may be called from any thread but a worker.
 class ServerLoop final : private ConnectionHost
 {
   public:
-    ServerLoop(ITcpSocketAccept& acceptor, const Limits& limits);
+    ServerLoop(ITcpSocketAccept& acceptor, const Limits& limits, Access access = {});
     ~ServerLoop(); // stops
     ServerLoop(const ServerLoop&) = delete;
     ServerLoop& operator=(const ServerLoop&) = delete;
@@ -51,6 +60,7 @@ class ServerLoop final : private ConnectionHost
     Budget& Memory() override { return m_memory; }
     std::span<char> Scratch() override { return m_scratch; }
     bool Ending() const override { return m_ending; }
+    PasswordGate* Passwords() override { return m_access.passwords.get(); }
     void Serve(std::shared_ptr<Exchange> exchange) override;
     void Ended(Connection& connection) override;
 
@@ -75,6 +85,7 @@ class ServerLoop final : private ConnectionHost
     // Everything below belongs to the loop's thread.
     Budget m_memory;
     boost::asio::io_context m_io{1};
+    const Access m_access; // goes first: its answers are on their way to the loop
     std::optional<boost::asio::executor_work_guard<boost::asio::io_context::executor_type>> m_keepRunning;
     std::array<char, 64 * 1024> m_scratch = {};
     Listener m_listener;

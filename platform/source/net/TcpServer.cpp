@@ -54,8 +54,10 @@ std::string TcpServer::Loop::Start(ITcpSocketAccept* acceptor, unsigned short ba
     if (m_running != nullptr && m_running->Listening())
         throw SocketException(SocketException::kInvalid, "The server is listening already; stop it first");
     const auto endpoint = ConfiguredEndpoint(m_address, m_port);
-    const auto loop = std::make_shared<ServerLoop>(*acceptor, LimitsFromSettings());
-    std::string url = loop->Start({endpoint.address, endpoint.port, backlog, m_bufferBytes});
+    Access access = ConfiguredAccess(m_address, m_port);
+    const char* const scheme = access.tls == nullptr ? "http" : "https";
+    const auto loop = std::make_shared<ServerLoop>(*acceptor, LimitsFromSettings(), std::move(access));
+    std::string url = loop->Start({endpoint.address, endpoint.port, backlog, m_bufferBytes, scheme});
     m_running = loop;
     RegisterServer(loop);
     return url;

@@ -1,5 +1,6 @@
 #include "net/Workers.h"
 
+#include <analytics/Platform.h>
 #include <tarno/osa/TcpServer.h>
 
 #include <boost/asio/post.hpp>
@@ -30,7 +31,10 @@ void Workers::Serve(std::shared_ptr<Exchange> exchange)
 void Workers::Work(const std::shared_ptr<Exchange>& exchange)
 {
     if (!m_stopping)
+    {
+        const analytics::platform::RequestScope scope;
         m_acceptor.AcceptSocket(new MemorySocket(exchange)); // which owns it from here on
+    }
     // The connection ends here even if the acceptor couldn't release its socket.
     exchange->Finish();
     --m_busy;

@@ -4,6 +4,7 @@
 
 #include "Runtime.h"
 #include "plugins/PluginFolder.h"
+#include "threads/OncePerRequest.h"
 #include "threads/PerPath.h"
 
 #include <iterator>
@@ -19,7 +20,8 @@ using platform::PluginText;
 std::shared_ptr<const PluginCatalog> Catalog()
 {
     static platform::PerPath<platform::PluginFolder> folders;
-    return folders.At(platform::CurrentConfiguration().pluginFolder)->Current();
+    thread_local platform::OncePerRequest<const PluginCatalog> catalog;
+    return catalog.Get([] { return folders.At(platform::CurrentConfiguration().pluginFolder)->Current(); });
 }
 
 // What `value` makes of plug-in `id`; what an empty T is if there is no such plug-in.

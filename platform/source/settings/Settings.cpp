@@ -10,8 +10,8 @@ namespace analytics
 {
 namespace
 {
+using platform::CurrentSettings;
 using platform::CurrentSettingsFile;
-using platform::SettingsFile;
 
 constexpr std::uint32_t kMaxResource = 100;
 
@@ -30,22 +30,22 @@ std::optional<T> ToNumber(const std::string& text)
 template <class T>
 T GetNumber(const std::string& key, T defaultValue)
 {
-    const std::shared_ptr<SettingsFile> file = CurrentSettingsFile();
-    const auto document = file->Current();
+    const auto document = CurrentSettings();
     const auto& texts = document->Texts(key);
     if (texts.empty() || texts.front().empty())
         return defaultValue;
     const std::optional<T> number = ToNumber<T>(texts.front());
     if (!number && document->FirstComplaint(key))
-        platform::Say(file->Path() + ": the value of " + key + ", \"" + texts.front().substr(0, 40) +
-                      "\", is no whole number in range; " + std::to_string(defaultValue) + " is used.");
+        platform::Say(CurrentSettingsFile()->Path() + ": the value of " + key + ", \"" +
+                      texts.front().substr(0, 40) + "\", is no whole number in range; " +
+                      std::to_string(defaultValue) + " is used.");
     return number.value_or(defaultValue);
 }
 } // namespace
 
 std::string Settings::GetValue(const std::string& key)
 {
-    const auto document = CurrentSettingsFile()->Current();
+    const auto document = CurrentSettings();
     const auto& texts = document->Texts(key);
     return texts.empty() ? std::string() : texts.front();
 }
@@ -54,7 +54,7 @@ int Settings::GetValue(const std::string& key, int defaultValue) { return GetNum
 
 std::vector<std::string> Settings::GetValues(const std::string& key)
 {
-    const auto document = CurrentSettingsFile()->Current();
+    const auto document = CurrentSettings();
     return document->Texts(key);
 }
 

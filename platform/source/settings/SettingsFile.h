@@ -1,6 +1,6 @@
 #pragma once
 
-#include "files/FileText.h"
+#include "files/WatchedFile.h"
 #include "settings/SettingsDocument.h"
 #include "threads/Lock.h"
 
@@ -14,7 +14,7 @@ namespace analytics::platform
 class SettingsFile
 {
   public:
-    explicit SettingsFile(std::string path) : m_path(std::move(path)) {}
+    explicit SettingsFile(const std::string& path) : m_path(path), m_file(path) {}
 
     // As the file stands now; while it is missing or broken, as it last stood, and standard error says
     // so once for each change of the file. Throws AnalyticsFault if it could never be read.
@@ -22,15 +22,11 @@ class SettingsFile
     const std::string& Path() const { return m_path; }
 
   private:
-    void Reread() ANALYTICS_REQUIRES(m_lock);
     void Parse(const FileText& file) ANALYTICS_REQUIRES(m_lock);
 
     const std::string m_path;
     Lock m_lock;
-    FileStamp m_stamp ANALYTICS_GUARDED_BY(m_lock);
-    bool m_trusted ANALYTICS_GUARDED_BY(m_lock) = false; // an equal stamp means an equal file
-    std::string m_text ANALYTICS_GUARDED_BY(m_lock);     // of the last reading, and why there is none
-    std::string m_unreadable ANALYTICS_GUARDED_BY(m_lock) = "never read";
+    WatchedFile m_file ANALYTICS_GUARDED_BY(m_lock);
     std::string m_failure ANALYTICS_GUARDED_BY(m_lock); // of the last reading; empty if it was good
     std::shared_ptr<SettingsDocument> m_document ANALYTICS_GUARDED_BY(m_lock);
 };

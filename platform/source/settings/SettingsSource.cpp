@@ -1,6 +1,7 @@
 #include "settings/SettingsSource.h"
 
 #include "Runtime.h"
+#include "threads/OncePerRequest.h"
 #include "threads/PerPath.h"
 
 namespace analytics::platform
@@ -17,6 +18,12 @@ PerPath<SettingsFile>& Files()
 std::shared_ptr<SettingsFile> CurrentSettingsFile()
 {
     return Files().At(CurrentConfiguration().settingsFile);
+}
+
+std::shared_ptr<SettingsDocument> CurrentSettings()
+{
+    thread_local OncePerRequest<SettingsDocument> settings;
+    return settings.Get([] { return CurrentSettingsFile()->Current(); });
 }
 
 void LoadSettings() { Files().Renew(CurrentConfiguration().settingsFile)->Current(); }

@@ -4,6 +4,9 @@
 
 #include "store/StoreConnection.h"
 #include "store/StoreFault.h"
+#include "store/StoreTransaction.h"
+
+#include <sqlite3.h>
 
 #include <unistd.h>
 
@@ -121,6 +124,18 @@ void Store::Read(const Operation& operation)
 
 void Store::Write(const Operation& operation)
 {
+    CommitGroup::Member member{operation};
+    const CommitGroup::Turn turn(m_group, member);
+    if (turn.Members().size() > 1)
+        WriteTogether(turn.Members());
+    if (member.outcome == CommitGroup::Outcome::kFailed)
+        Fail(member.failure.code, member.failure.systemError, member.failure.detail);
+    if (member.outcome == CommitGroup::Outcome::kAlone)
+        WriteAlone(operation);
+}
+
+void Store::WriteAlone(const Operation& operation)
+{
     for (;;)
     {
         Open();
@@ -131,11 +146,57 @@ void Store::Write(const Operation& operation)
         return Guarded(
             [&]
             {
-                SQLite::Transaction transaction(writer->Database(), SQLite::TransactionBehavior::IMMEDIATE);
+                StoreTransaction transaction(*writer);
                 operation(*writer);
-                transaction.commit();
+                transaction.Commit();
             });
     }
+}
+
+// Whatever isn't committed here is left to its own thread, which then meets the failure itself. Except
+// one of the disk at the end: the disk may yet hold what it reported as failed, so nothing is repeated.
+// Where there is no room, though, there may be enough for the others.
+void Store::WriteTogether(const std::vector<CommitGroup::Member*>& members)
+{
+    using Outcome = CommitGroup::Outcome;
+    const auto conclude = [&](Outcome outcome, const CommitGroup::Failure& failure)
+    {
+        for (CommitGroup::Member* const member : members)
+        {
+            member->outcome = outcome;
+            member->failure = failure;
+        }
+    };
+    bool within = false;
+    errno = 0;
+    try
+    {
+        Open();
+        const Hold hold(m_writerLock);
+        if (m_writer)
+            CommitTogether(*m_writer, members, within);
+    }
+    catch (const SQLite::Exception& error)
+    {
+        const bool repeat = within || error.getErrorCode() == SQLITE_FULL;
+        conclude(repeat ? Outcome::kAlone : Outcome::kFailed, {error.getErrorCode(), errno, error.what()});
+    }
+    catch (const std::exception&)
+    {
+        conclude(Outcome::kAlone, {});
+    }
+}
+
+void Store::CommitTogether(StoreConnection& writer, const std::vector<CommitGroup::Member*>& members,
+                           bool& within)
+{
+    StoreTransaction transaction(writer);
+    within = true;
+    for (CommitGroup::Member* const member : members)
+        if (transaction.Try(member->operation))
+            member->outcome = CommitGroup::Outcome::kCommitted;
+    within = false;
+    transaction.Commit();
 }
 
 // SQLite keeps no errno for every error; what the action leaves is that of its last failed call, for

@@ -1,12 +1,14 @@
 #pragma once
 
 #include "files/FileStamp.h"
+#include "store/CommitGroup.h"
 #include "store/StateFolder.h"
 #include "threads/Lock.h"
 
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace analytics::platform
 {
@@ -20,15 +22,19 @@ class StoreConnection;
 class Store
 {
   public:
-    using Operation = std::function<void(StoreConnection&)>;
+    using Operation = CommitGroup::Operation;
 
     // Throws AnalyticsFault if the folder or the database can't be had.
     explicit Store(const std::string& folder);
     ~Store();
 
     void Read(const Operation& operation);
-    // In one transaction, which is on the disk on return. What the operation throws takes it back.
+    // In one transaction, which is on the disk on return. What the operation throws takes it back, and
+    // nothing else. Operations that come at the same time may share a transaction, on a thread of any of
+    // them; an operation may run again after it was taken back.
     void Write(const Operation& operation);
+    // How many changes wait for the one that is being written.
+    std::size_t Waiting() { return m_group.Waiting(); }
 
   private:
     using Connection = std::unique_ptr<StoreConnection>;
@@ -44,6 +50,11 @@ class Store
 
     bool Fresh();
     void Open();
+    void WriteAlone(const Operation& operation);
+    void WriteTogether(const std::vector<CommitGroup::Member*>& members);
+    // `within` is true while the operations run.
+    void CommitTogether(StoreConnection& writer, const std::vector<CommitGroup::Member*>& members,
+                        bool& within);
     void OpenConnections() ANALYTICS_REQUIRES(m_writerLock, m_readerLock);
     void CloseConnections() ANALYTICS_REQUIRES(m_writerLock, m_readerLock);
     Files FilesNow() const;
@@ -53,6 +64,7 @@ class Store
     [[noreturn]] void Fail(int code, int systemError, const std::string& detail);
 
     const std::string m_database; // path of the file
+    CommitGroup m_group;
     // Where several are taken, in this order.
     Lock m_writerLock;
     Lock m_readerLock;

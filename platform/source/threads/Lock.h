@@ -2,6 +2,7 @@
 
 #include <analytics/Annotations.h>
 
+#include <condition_variable>
 #include <mutex>
 
 namespace analytics::platform
@@ -15,7 +16,25 @@ class ANALYTICS_CAPABILITY("lock") Lock
     void Release() ANALYTICS_RELEASE() { m_mutex.unlock(); }
 
   private:
+    friend class Condition;
     std::mutex m_mutex;
+};
+
+// What a thread waits for while it lets go of the Lock. It may wake without having been woken.
+class Condition
+{
+  public:
+    void Wait(Lock& lock) ANALYTICS_REQUIRES(lock)
+    {
+        std::unique_lock<std::mutex> hold(lock.m_mutex, std::adopt_lock);
+        m_condition.wait(hold);
+        hold.release();
+    }
+    // Wakes one. Called with the Lock held, so that the condition is still there.
+    void Wake() { m_condition.notify_one(); }
+
+  private:
+    std::condition_variable m_condition;
 };
 
 // Holds a Lock for the length of a scope.

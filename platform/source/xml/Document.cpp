@@ -3,30 +3,34 @@
 #include "xml/Query.h"
 #include "xml/Text.h"
 #include "xml/Tree.h"
+#include "xml/Writer.h"
 
 namespace analytics
 {
-using xml::Query;
-
 namespace
 {
-// Where a query starts; null if that is nowhere.
-xmlNode* Start(const xml::Tree* tree, const DocumentNode* context)
-{
-    if (tree == nullptr)
-        return nullptr;
-    return context == nullptr ? tree->Top() : xml::NodeOf(context);
-}
-
 std::vector<xmlNode*> All(xml::Tree* tree, const std::string& query, const DocumentNode* context)
 {
-    xmlNode* start = Start(tree, context);
-    return start == nullptr ? std::vector<xmlNode*>() : Query::Get(query).Select(*tree, start);
+    std::vector<xmlNode*> matches;
+    xml::ForEach(tree, query, context,
+                 [&matches](xmlNode* node)
+                 {
+                     matches.push_back(node);
+                     return true;
+                 });
+    return matches;
 }
+
 xmlNode* First(xml::Tree* tree, const std::string& query, const DocumentNode* context)
 {
-    const std::vector<xmlNode*> matches = All(tree, query, context);
-    return matches.empty() ? nullptr : matches.front();
+    xmlNode* first = nullptr;
+    xml::ForEach(tree, query, context,
+                 [&first](xmlNode* node)
+                 {
+                     first = node;
+                     return false;
+                 });
+    return first;
 }
 } // namespace
 
@@ -46,12 +50,7 @@ std::string Document::DumpToString() const
 {
     if (m_tree == nullptr || m_tree->Overgrown())
         return {};
-    xmlChar* text = nullptr;
-    int size = 0;
-    xmlDocDumpMemoryEnc(m_tree->Doc(), &text, &size, "UTF-8");
-    std::string result(xml::View(text));
-    xmlFree(text);
-    return result;
+    return xml::Write(*m_tree->Doc());
 }
 
 DocumentNode* Document::SelectNode(const std::string& query, DocumentNode* context)

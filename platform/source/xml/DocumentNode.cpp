@@ -3,6 +3,8 @@
 #include "xml/Text.h"
 #include "xml/Tree.h"
 
+#include <algorithm>
+
 namespace analytics
 {
 using xml::Chars;
@@ -14,7 +16,21 @@ namespace
 {
 bool IsAttribute(const xmlNode* node) { return node != nullptr && node->type == XML_ATTRIBUTE_NODE; }
 
-bool IsName(const std::string& name) { return xmlValidateNCName(Chars(name), 0) == 0; }
+bool IsLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
+
+bool IsName(const std::string& name)
+{
+    return (!name.empty() && std::all_of(name.begin(), name.end(), IsLetter)) ||
+           xmlValidateNCName(Chars(name), 0) == 0;
+}
+
+void SetAttribute(xmlNode* element, const std::string& name, const std::string& value)
+{
+    if (xml::FindAttribute(element, name) != nullptr)
+        xmlSetNsProp(element, nullptr, Chars(name), Chars(value));
+    else if (xmlAttr* attribute = xmlNewNsProp(element, nullptr, Chars(name), nullptr))
+        xml::AddText(reinterpret_cast<xmlNode*>(attribute), value);
+}
 
 std::string Dump(xmlNode* node)
 {
@@ -86,7 +102,7 @@ void DocumentNode::SetProperty(const std::string& name, int value)
 void DocumentNode::SetProperty(const std::string& name, const std::string& value)
 {
     if (IsElement(NodeOf(this)) && IsName(name))
-        xmlSetNsProp(NodeOf(this), nullptr, Chars(name), Chars(xml::ToXmlText(value)));
+        SetAttribute(NodeOf(this), name, xml::ToXmlText(value));
 }
 
 DocumentNode* DocumentNode::AddNewChild(const std::string& name, int value)
@@ -99,9 +115,10 @@ DocumentNode* DocumentNode::AddNewChild(const std::string& name, const std::stri
     xmlNode* node = NodeOf(this);
     if (!IsElement(node) || !IsName(name) || !Tree::Of(node).Grow())
         return nullptr;
-    const std::string text = xml::ToXmlText(value);
-    return new DocumentNode(
-        xmlNewTextChild(node, node->ns, Chars(name), text.empty() ? nullptr : Chars(text)));
+    xmlNode* child = xmlNewChild(node, node->ns, Chars(name), nullptr);
+    if (!value.empty())
+        xml::AddText(child, xml::ToXmlText(value));
+    return new DocumentNode(child);
 }
 
 void DocumentNode::AddChild(DocumentNode* child)

@@ -16,8 +16,8 @@ constexpr std::size_t kMaxBytes = 64U << 20U;
 constexpr int kMaxAttributes = 256;
 
 // The encoding that a text declares is ignored: it has been a string of UTF-8 since it came in.
-// Names are not shared in a dictionary of the document, so that nodes can move to another one.
-constexpr int kOptions = XML_PARSE_NONET | XML_PARSE_NOCDATA | XML_PARSE_IGNORE_ENC | XML_PARSE_NODICT;
+// A short text stands in its node, without memory of its own.
+constexpr int kOptions = XML_PARSE_NONET | XML_PARSE_NOCDATA | XML_PARSE_IGNORE_ENC | XML_PARSE_COMPACT;
 
 // What the parser is spared.
 enum class Markup
@@ -38,13 +38,17 @@ constexpr Section kSections[] = {{"<!--", "-->"}, {"<![CDATA[", "]]>"}, {"<?", "
 int SkipTag(std::string_view text, std::size_t& position)
 {
     int attributes = 0;
-    position = text.find_first_of("\"'>", position);
-    while (position != std::string_view::npos && text[position] != '>')
+    while (position < text.size() && text[position] != '>')
     {
-        ++attributes;
-        position = text.find(text[position], position + 1);
-        if (position != std::string_view::npos)
-            position = text.find_first_of("\"'>", position + 1);
+        const char c = text[position];
+        if (c == '"' || c == '\'')
+        {
+            ++attributes;
+            position = text.find(c, position + 1);
+            if (position == std::string_view::npos)
+                return attributes;
+        }
+        ++position;
     }
     return attributes;
 }
@@ -59,8 +63,11 @@ Markup Inspect(std::string_view text)
     while (position != std::string_view::npos)
     {
         const std::string_view rest = text.substr(position);
-        const auto* section = std::find_if(std::begin(kSections), std::end(kSections),
-                                           [&](const Section& s) { return rest.starts_with(s.begin); });
+        const bool element = rest.size() > 1 && rest[1] != '!' && rest[1] != '?';
+        const auto* section = element
+                                  ? std::end(kSections)
+                                  : std::find_if(std::begin(kSections), std::end(kSections),
+                                                 [&](const Section& s) { return rest.starts_with(s.begin); });
         if (section != std::end(kSections))
             position = text.find(section->end, position + section->begin.size());
         else if (rest.starts_with("<!"))

@@ -3,10 +3,11 @@
 #include <analytics/Settings.h>
 
 #include "xml/EngineForm.h"
+#include "xml/Query.h"
 #include "xml/Text.h"
 #include "xml/Tree.h"
 
-#include <memory>
+#include <algorithm>
 
 namespace analytics
 {
@@ -14,10 +15,6 @@ using namespace engineform;
 
 namespace
 {
-using Nodes = std::vector<std::unique_ptr<DocumentNode>>;
-
-Nodes Own(const std::vector<DocumentNode*>& handles) { return Nodes(handles.begin(), handles.end()); }
-
 // The elements below `top` of that name whose attribute `attribute` is `value`.
 std::vector<xmlNode*> Find(const xmlNode* top, std::string_view space, std::string_view name,
                            const char* attribute, const std::string& value)
@@ -51,18 +48,25 @@ std::string ItemQry(const char* item, bool inParameters)
 }
 
 // Compares the names here: a name may hold quotes, which a query couldn't.
-std::unique_ptr<DocumentNode> FindSimpleItem(ProfileDoc& doc, const std::string& name, DocumentNode* context,
-                                             bool inParameters)
+xmlNode* FindSimpleItem(xml::Tree* tree, const std::string& name, const DocumentNode* context,
+                        bool inParameters)
 {
-    for (auto& item : Own(doc.SelectNodes(doc.SimpleItemQry(inParameters), context)))
-        if (item->GetProperty(kName) == name)
-            return std::move(item);
-    return nullptr;
+    static const std::string kInParameters = ItemQry(kSimpleItem, true);
+    static const std::string kBelow = ItemQry(kSimpleItem, false);
+    xmlNode* found = nullptr;
+    xml::ForEach(tree, inParameters ? kInParameters : kBelow, context,
+                 [&](xmlNode* item)
+                 {
+                     if (xml::Attribute(item, kName) == name)
+                         found = item;
+                     return found == nullptr;
+                 });
+    return found;
 }
 
-types::Point PointOf(const DocumentNode& node)
+int Number(const xmlNode* node, const char* attribute, int defaultValue)
 {
-    return {node.GetProperty("x", 0), node.GetProperty("y", 0)};
+    return xml::ToInt(xml::Attribute(node, attribute), defaultValue);
 }
 } // namespace
 
@@ -111,29 +115,33 @@ DocumentNode* ProfileDoc::SelectElementItemNode(DocumentNode* context, bool inPa
 int ProfileDoc::GetSimpleItemValue(const std::string& name, int defaultValue, DocumentNode* context,
                                    bool inParameters)
 {
-    const std::unique_ptr<DocumentNode> item = FindSimpleItem(*this, name, context, inParameters);
-    return item == nullptr ? defaultValue : item->GetProperty(kValue, defaultValue);
+    const xmlNode* item = FindSimpleItem(Content(), name, context, inParameters);
+    return item == nullptr ? defaultValue : Number(item, kValue, defaultValue);
 }
 
 void ProfileDoc::SetSimpleItemValue(const std::string& name, int value, DocumentNode* context)
 {
-    if (const std::unique_ptr<DocumentNode> item = FindSimpleItem(*this, name, context, true))
-        item->SetProperty(kValue, value);
+    if (xmlNode* item = FindSimpleItem(Content(), name, context, true))
+        DocumentNode(item).SetProperty(kValue, value);
 }
 
 void ProfileDoc::GetPoints(std::vector<types::Point>& points, const std::string& query, DocumentNode* context)
 {
-    for (const auto& node : Own(SelectNodes(query, context)))
-        points.push_back(PointOf(*node));
+    xml::ForEach(Content(), query, context,
+                 [&points](const xmlNode* node)
+                 {
+                     points.emplace_back(Number(node, "x", 0), Number(node, "y", 0));
+                     return true;
+                 });
 }
 
 bool ProfileDoc::GetLine(types::Point (&line)[2], const std::string& query, DocumentNode* context)
 {
-    const Nodes nodes = Own(SelectNodes(query, context));
-    if (nodes.size() < 2)
+    std::vector<types::Point> points;
+    GetPoints(points, query, context);
+    if (points.size() < 2)
         return false;
-    line[0] = PointOf(*nodes[0]);
-    line[1] = PointOf(*nodes[1]);
+    std::copy_n(points.begin(), 2, line);
     return true;
 }
 

@@ -4,6 +4,7 @@
 
 #include <libxml/xpathInternals.h>
 
+#include <algorithm>
 #include <unordered_map>
 
 namespace analytics::xml
@@ -33,7 +34,10 @@ class Silence
 };
 } // namespace
 
-Query::Query(const std::string& text) : m_expression(Compile(text)) {}
+Query::Query(const std::string& text)
+    : m_path(Path::Read(text)), m_expression(m_path ? nullptr : Compile(text))
+{
+}
 
 const Query& Query::Get(const std::string& text)
 {
@@ -55,7 +59,15 @@ xmlXPathCompExpr* Query::Compile(const std::string& text)
     return expression;
 }
 
-std::vector<xmlNode*> Query::Select(Tree& tree, xmlNode* context) const
+void Query::ForEach(Tree& tree, xmlNode* context, const Path::Visit& visit) const
+{
+    if (m_path)
+        return m_path->ForEach(tree, context, visit);
+    const std::vector<xmlNode*> matches = Evaluate(tree, context);
+    static_cast<void>(std::all_of(matches.begin(), matches.end(), visit));
+}
+
+std::vector<xmlNode*> Query::Evaluate(Tree& tree, xmlNode* context) const
 {
     std::vector<xmlNode*> matches;
     if (m_expression == nullptr)
@@ -71,6 +83,13 @@ std::vector<xmlNode*> Query::Select(Tree& tree, xmlNode* context) const
                 matches.push_back(result->nodesetval->nodeTab[i]);
     xmlXPathFreeObject(result);
     return matches;
+}
+
+void ForEach(Tree* tree, const std::string& query, const DocumentNode* context, const Path::Visit& visit)
+{
+    xmlNode* start = tree == nullptr ? nullptr : context == nullptr ? tree->Top() : NodeOf(context);
+    if (start != nullptr)
+        Query::Get(query).ForEach(*tree, start, visit);
 }
 
 } // namespace analytics::xml

@@ -1,11 +1,19 @@
 #pragma once
 
+#include "xml/Path.h"
+
 #include <libxml/tree.h>
 #include <libxml/xpath.h>
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
+
+namespace analytics
+{
+class DocumentNode;
+}
 
 namespace analytics::xml
 {
@@ -22,8 +30,9 @@ class Query
     // compiled. Valid until the thread asks for another.
     static const Query& Get(const std::string& text);
 
-    // What matches, in document order: elements, attributes, texts.
-    std::vector<xmlNode*> Select(Tree& tree, xmlNode* context) const;
+    // Shows what matches, elements, attributes and texts, in document order until `visit` returns false. It
+    // may not change the tree.
+    void ForEach(Tree& tree, xmlNode* context, const Path::Visit& visit) const;
 
   private:
     struct Deleter
@@ -31,8 +40,13 @@ class Query
         void operator()(xmlXPathCompExpr* expression) const { xmlXPathFreeCompExpr(expression); }
     };
     static xmlXPathCompExpr* Compile(const std::string& text);
+    std::vector<xmlNode*> Evaluate(Tree& tree, xmlNode* context) const;
 
+    std::optional<Path> m_path; // in the place of the expression, where the text is that plain
     std::unique_ptr<xmlXPathCompExpr, Deleter> m_expression; // null if the text is malformed
 };
+
+// What the query selects from `context`, or from the document where that is null; nothing without a tree.
+void ForEach(Tree* tree, const std::string& query, const DocumentNode* context, const Path::Visit& visit);
 
 } // namespace analytics::xml

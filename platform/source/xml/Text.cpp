@@ -3,7 +3,10 @@
 #include <libxml/parserInternals.h>
 #include <libxml/xmlstring.h>
 
+#include <algorithm>
 #include <charconv>
+#include <cstdint>
+#include <cstring>
 #include <limits>
 
 namespace analytics::xml
@@ -28,19 +31,38 @@ std::size_t CharacterLength(std::string_view text)
     return text.starts_with(proper) ? proper.size() : 0;
 }
 
-bool IsPlain(char character) { return character >= 0x20 && character < 0x7F; }
+bool IsPlain(char character) { return (character >= 0x20 && character < 0x7F) || character == '\n'; }
+
+// The length of a start of `text` that is plain, by eight characters at a time: none is above 0x7F, and
+// none goes below zero when 0x20 is taken from each.
+std::size_t PlainBlocks(std::string_view text)
+{
+    constexpr std::uint64_t kHighBits = 0x8080808080808080;
+    constexpr std::uint64_t kSpaces = 0x2020202020202020;
+    std::size_t length = 0;
+    for (std::uint64_t block = 0; length + sizeof(block) <= text.size(); length += sizeof(block))
+    {
+        std::memcpy(&block, text.data() + length, sizeof(block));
+        if (((block | (block - kSpaces)) & kHighBits) != 0)
+            break;
+    }
+    return length;
+}
 } // namespace
 
 bool IsXmlText(std::string_view text)
 {
-    while (!text.empty())
+    for (;;)
     {
-        const std::size_t length = IsPlain(text.front()) ? 1 : CharacterLength(text);
+        const auto* const other = std::find_if_not(text.begin() + PlainBlocks(text), text.end(), IsPlain);
+        text.remove_prefix(static_cast<std::size_t>(other - text.begin()));
+        if (text.empty())
+            return true;
+        const std::size_t length = CharacterLength(text);
         if (length == 0)
             return false;
         text.remove_prefix(length);
     }
-    return true;
 }
 
 std::string ToXmlText(const std::string& text)

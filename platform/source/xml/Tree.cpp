@@ -18,6 +18,59 @@ std::string Take(xmlChar* text)
     xmlFree(text);
     return result;
 }
+
+// Shows the bindings of prefixes below `top` in document order until `visit` returns false.
+template <class Visit>
+void ForEachBinding(xmlNode* top, const Visit& visit)
+{
+    for (xmlNode* node = NextElement(top, top); node != nullptr; node = NextElement(node, top))
+        for (const xmlNs* space = node->nsDef; space != nullptr; space = space->next)
+            if (space->prefix != nullptr && !visit(*space))
+                return;
+}
+
+// Gives a string that belongs to the dictionary of one document to the other. Names live in the other's,
+// contents on their own.
+void HandOver(const xmlChar*& text, xmlDict* from, xmlDict* to)
+{
+    if (text != nullptr && xmlDictOwns(from, text) == 1)
+        text = to == nullptr ? xmlStrdup(text) : xmlDictLookup(to, text, -1);
+}
+
+// The same for what hangs on an element: its name, its attributes and whatever else is no element.
+void HandOver(xmlNode* element, xmlDict* from, xmlDict* to)
+{
+    const auto one = [=](xmlNode* node)
+    {
+        HandOver(const_cast<const xmlChar*&>(node->name), from, to);
+        if (node->type != XML_ELEMENT_NODE && node->type != XML_ATTRIBUTE_NODE)
+            HandOver(const_cast<const xmlChar*&>(node->content), from, nullptr);
+    };
+    one(element);
+    for (xmlAttr* attribute = element->properties; attribute != nullptr; attribute = attribute->next)
+    {
+        one(reinterpret_cast<xmlNode*>(attribute));
+        for (xmlNode* text = attribute->children; text != nullptr; text = text->next)
+            one(text);
+    }
+    for (xmlNode* child = element->children; child != nullptr; child = child->next)
+        if (!IsElement(child))
+            one(child);
+}
+
+std::string FirstBinding(xmlNode* top, const std::string& prefix)
+{
+    std::string bound;
+    ForEachBinding(top,
+                   [&](const xmlNs& space)
+                   {
+                       if (View(space.prefix) != prefix)
+                           return true;
+                       bound = View(space.href);
+                       return false;
+                   });
+    return bound;
+}
 } // namespace
 
 xmlNode* NodeOf(const DocumentNode* handle)
@@ -31,11 +84,47 @@ bool IsElement(const xmlNode* node, std::string_view space, std::string_view nam
            View(node->ns == nullptr ? nullptr : node->ns->href) == space;
 }
 
-std::string Content(const xmlNode* node) { return Take(xmlNodeGetContent(node)); }
-
-std::string Attribute(const xmlNode* node, const char* name)
+std::string Content(const xmlNode* node)
 {
-    return IsElement(node) ? Take(xmlGetNoNsProp(node, Chars(name))) : std::string();
+    // Nearly all texts stand in one piece.
+    const bool leaf = IsElement(node) || node->type == XML_ATTRIBUTE_NODE;
+    const xmlNode* text = leaf ? node->children : nullptr;
+    if (leaf && text == nullptr)
+        return {};
+    if (leaf && text->next == nullptr && text->type == XML_TEXT_NODE)
+        return std::string(View(text->content));
+    return Take(xmlNodeGetContent(node));
+}
+
+const xmlNode* FindAttribute(const xmlNode* element, std::string_view name)
+{
+    const xmlAttr* attribute = element->properties;
+    while (attribute != nullptr && (attribute->ns != nullptr || View(attribute->name) != name))
+        attribute = attribute->next;
+    return reinterpret_cast<const xmlNode*>(attribute);
+}
+
+std::string Attribute(const xmlNode* node, std::string_view name)
+{
+    const xmlNode* attribute = IsElement(node) ? FindAttribute(node, name) : nullptr;
+    return attribute == nullptr ? std::string() : Content(attribute);
+}
+
+void AddText(xmlNode* parent, const std::string& text)
+{
+    xmlNode* node = xmlNewText(nullptr);
+    // A short one stands in the node, as the parser places it (XML_PARSE_COMPACT).
+    if (text.size() < sizeof(node->properties) + sizeof(node->nsDef))
+    {
+        node->content = reinterpret_cast<xmlChar*>(&node->properties);
+        text.copy(reinterpret_cast<char*>(node->content), text.size());
+        node->content[text.size()] = 0;
+    }
+    else
+        node->content = xmlStrndup(Chars(text), static_cast<int>(text.size()));
+    node->parent = parent;
+    node->doc = parent->doc;
+    parent->children = parent->last = node;
 }
 
 xmlNode* NextElement(xmlNode* from, const xmlNode* top)
@@ -59,9 +148,10 @@ void Move(xmlNode* node, xmlNode* parent)
 {
     Tree::Of(node).Release(node);
     xmlUnlinkNode(node);
+    if (node->doc != parent->doc)
+        for (xmlNode* element = node; element != nullptr; element = NextElement(element, node))
+            HandOver(element, node->doc->dict, parent->doc->dict);
     xmlNode* moved = xmlAddChild(parent, node);
-    if (!IsElement(moved))
-        return;
     xmlReconciliateNs(parent->doc, moved);
     bool declares = false;
     for (xmlNode* element = moved; element != nullptr; element = NextElement(element, moved))
@@ -80,24 +170,12 @@ Tree::~Tree()
 
 Tree& Tree::Of(const xmlNode* node) { return *static_cast<Tree*>(node->doc->_private); }
 
-const Tree::Prefixes& Tree::Bindings()
-{
-    if (m_prefixes == nullptr)
-    {
-        m_prefixes = std::make_unique<Prefixes>();
-        for (xmlNode* node = NextElement(Top(), Top()); node != nullptr; node = NextElement(node, Top()))
-            for (const xmlNs* space = node->nsDef; space != nullptr; space = space->next)
-                if (space->prefix != nullptr)
-                    m_prefixes->emplace(View(space->prefix), View(space->href));
-    }
-    return *m_prefixes;
-}
-
 const std::string& Tree::NamespaceOf(const std::string& prefix)
 {
-    static const std::string kNone;
-    const auto found = Bindings().find(prefix);
-    return found == Bindings().end() ? kNone : found->second;
+    const auto [entry, added] = m_prefixes.try_emplace(prefix);
+    if (added)
+        entry->second = FirstBinding(Top(), prefix);
+    return entry->second;
 }
 
 xmlXPathContext& Tree::Queries()
@@ -106,8 +184,13 @@ xmlXPathContext& Tree::Queries()
     {
         m_queries.reset(xmlXPathNewContext(Doc()));
         m_queries->error = Ignore;
-        for (const auto& [prefix, space] : Bindings())
-            xmlXPathRegisterNs(m_queries.get(), Chars(prefix), Chars(space));
+        ForEachBinding(Top(),
+                       [this](const xmlNs& space)
+                       {
+                           if (xmlXPathNsLookup(m_queries.get(), space.prefix) == nullptr)
+                               xmlXPathRegisterNs(m_queries.get(), space.prefix, space.href);
+                           return true;
+                       });
     }
     return *m_queries;
 }
@@ -115,7 +198,7 @@ xmlXPathContext& Tree::Queries()
 void Tree::ForgetPrefixes()
 {
     m_queries.reset();
-    m_prefixes.reset();
+    m_prefixes.clear();
 }
 
 bool Tree::Grow()

@@ -35,10 +35,13 @@ inline bool IsElement(const xmlNode* node) { return node != nullptr && node->typ
 bool IsElement(const xmlNode* node, std::string_view space, std::string_view name);
 // Text content; an attribute without a namespace, empty where absent.
 std::string Content(const xmlNode* node);
-std::string Attribute(const xmlNode* node, const char* name);
+std::string Attribute(const xmlNode* node, std::string_view name);
+const xmlNode* FindAttribute(const xmlNode* element, std::string_view name); // null where absent
+// Appends a text to an element or an attribute that has no content yet.
+void AddText(xmlNode* parent, const std::string& text);
 // The next element in document order below `top`, `from` being `top` or the one before; null at the end.
 xmlNode* NextElement(xmlNode* from, const xmlNode* top);
-// Moves `node`, of whichever document, behind the children of `parent`. Its namespaces come along.
+// Moves an element, of whichever document, behind the children of `parent`. Its namespaces come along.
 void Move(xmlNode* node, xmlNode* parent);
 
 // What a Document and the handles to its nodes share. Each node finds it through its document.
@@ -75,11 +78,10 @@ class Tree
         void operator()(xmlXPathContext* context) const { xmlXPathFreeContext(context); }
     };
     using Prefixes = std::map<std::string, std::string>;
-    const Prefixes& Bindings();
 
     DocPointer m_doc;
     std::set<xmlNode*> m_detached;
-    std::unique_ptr<Prefixes> m_prefixes;
+    Prefixes m_prefixes; // that were asked for; empty: not bound
     std::unique_ptr<xmlXPathContext, ContextDeleter> m_queries;
     int m_added = 0;
 };

@@ -151,13 +151,17 @@ TEST_F(ServerEnd, DrainSaysIfTheTimeWasNotEnough)
 
 TEST_F(ServerEnd, DrainDoesNotWaitForClientsThatWereAnswered)
 {
-    Start();
-    const Client client(url);
-    client.Send(Post("body"));
-    client.ReadSome(10);
-    const auto start = std::chrono::steady_clock::now();
-    EXPECT_TRUE(server->Drain(kLong));
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2));
+    // Such a client is dropped after three seconds at the latest. On a machine that is busy, an end without
+    // waiting may take as long now and then.
+    const auto endsAtOnce = [this]
+    {
+        Start();
+        const Client client(url);
+        client.Send(Post("body"));
+        client.ReadSome(10);
+        return server->Drain(std::chrono::seconds(2));
+    };
+    EXPECT_TRUE(Eventually(endsAtOnce));
 }
 
 TEST_F(ServerEnd, DrainAndStopMeet)

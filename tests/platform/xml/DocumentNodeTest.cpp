@@ -224,6 +224,23 @@ TEST_F(DocumentNodeTest, MovesBetweenDocuments)
     EXPECT_EQ(SelectAll(again, "a/p:x/p:y").size(), 1U);
 }
 
+// What the parser shares among the nodes of one document has to come along.
+TEST_F(DocumentNodeTest, TakesItsStringsToAnotherDocument)
+{
+    auto other = std::make_unique<Document>();
+    const std::string moved =
+        "<x k=\"1\" long=\"a long value of an attribute\">t<!--c--><?do it?>\n    <y>a long text "
+        "in an element</y>\n    <y>,</y>\n  </x>";
+    ASSERT_TRUE(other->ParseString("<r><x/><y k='1'/>" + moved + "</r>"));
+    const Node x = Select(*other, "r/x[@k='1']");
+    root->AddChild(x.get());
+    other.reset();
+    EXPECT_EQ(x->DumpToString(), moved);
+    Node(x->AddNewChild("y", 2))->SetProperty("k", 3);
+    x->SetProperty("k", 4);
+    EXPECT_EQ(Texts(doc, "//x[@k='4']/y[@k='3']"), "2");
+}
+
 TEST_F(DocumentNodeTest, NeverBecomesItsOwnAncestor)
 {
     const std::string before = Body(doc);

@@ -1,0 +1,219 @@
+"""Measures everything and writes the tables of docs/performance.md; what stands around them stays.
+
+    measure.py           nine rounds, about a quarter of an hour
+    measure.py --smoke   tiny counts, nothing written: does everything still run and answer?
+"""
+
+import argparse
+import os
+import statistics
+import subprocess
+import sys
+import tempfile
+from pathlib import Path
+
+sys.path.insert(0, str(Path(__file__).parent / "wire"))
+
+import servers  # noqa: E402
+from servers import BUILD, LOITERING, NUMBER, SOURCE, envelope, load  # noqa: E402
+
+DOCUMENT = SOURCE / "docs/performance.md"
+BEGIN, END = "<!-- measured: begin -->", "<!-- measured: end -->"
+CLIENTS = (1, 8, 64)
+GOOGLE = ("availability", "conversion", "documents", "scene", "store")
+
+
+class Table:
+    def __init__(self, title, *columns):
+        self.lines = [f"### {title}", "", "| " + " | ".join(columns) + " |", "|---" * len(columns) + "|"]
+
+    def row(self, *cells):
+        self.lines.append("| " + " | ".join(str(cell) for cell in cells) + " |")
+
+    def text(self):
+        return "\n".join(self.lines) + "\n"
+
+
+def medians(results):
+    return {key: statistics.median(result[key] for result in results) for key in results[0]}
+
+
+def checked(result, what):
+    if result["unanswered"] or result["refused"]:
+        sys.exit(f"{what}: {result['unanswered']} requests without an answer, {result['refused']} refused")
+    return result
+
+
+class Numbers:
+    """Numbers for requests that must differ; each is given once."""
+
+    def __init__(self):
+        self.next = 1
+
+    def take(self, count):
+        self.next += count
+        return self.next - count
+
+
+NUMBERS = Numbers()
+
+
+def interleaved(options, bodies, clients):
+    """Rounds over pairs of server and body, in turn; the medians of each, in their order."""
+    results = [[] for _ in bodies]
+    for _ in range(options.rounds):
+        for (server, body), kept in zip(bodies, results):
+            round_ = load(server, body, clients, options.requests, NUMBERS.take(options.requests))
+            kept.append(checked(round_, server.name))
+    return [medians(kept) for kept in results]
+
+
+def compare(options, title, pairs):
+    """A table of servers that do the same, with ratios to the second one."""
+    table = Table(title, "clients", "server", "requests/s", "p50 µs", "p99 µs", "CPU µs/request", "memory KiB",
+                  "requests/s to peer", "CPU to peer", "p50 to peer")
+    for clients in CLIENTS:
+        figures = interleaved(options, pairs, clients)
+        peer = figures[1]
+        for (server, _), row in zip(pairs, figures):
+            table.row(clients, server.name, f"{row['rate']:.0f}", f"{row['p50']:.0f}", f"{row['p99']:.0f}",
+                      f"{row['cpu']:.1f}", f"{row['memory']:.0f}", f"{row['rate'] / peer['rate']:.2f}",
+                      f"{row['cpu'] / peer['cpu']:.2f}", f"{row['p50'] / peer['p50']:.2f}")
+    return table.text()
+
+
+def list_profiles(options):
+    host, plain, fixed = servers.OurHost(), servers.plain_peer(), servers.fixed_peer()
+    try:
+        body = envelope("GetProfileList")
+        return compare(options, "GetProfileList on five profiles, a new connection each",
+                       [(host, body), (plain, body), (fixed, body)])
+    finally:
+        for server in (host, plain, fixed):
+            server.end()
+
+
+def durable(options):
+    host = servers.OurHost()
+    document = servers.behavior(host)
+    body = envelope("SetProfileBehavior", profileId=1, behaviorId=LOITERING, config=document)
+    host.call("SetProfileBehavior", profileId=1, behaviorId=LOITERING, config=document)
+    with tempfile.NamedTemporaryFile("w", suffix=".xml") as file:
+        file.write(servers.stored(host, 1))
+        file.flush()
+        plain = servers.plain_peer(file.name)
+    try:
+        return compare(options, "Durable SetProfileBehavior, loitering with four zones, every document another",
+                       [(host, body), (plain, body)])
+    finally:
+        host.end()
+        plain.end()
+
+
+def operations(host):
+    """Every operation with a message for it. Those on profile NUMBER come in an order in which each finds
+    what it needs: created, given a behavior, relieved of it, deleted."""
+    document, scene = servers.behavior(host), host.call("GetDefaultScene").findtext("scene")
+    on_own = {"profileId": NUMBER, "behaviorId": LOITERING}
+    on_first = {"profileId": 1, "behaviorId": LOITERING}
+    yield "CreateProfile", {"name": f"Profile {NUMBER}"}
+    yield "SetProfileBehavior", {**on_own, "config": document}
+    yield "DeleteProfileBehavior", on_own
+    yield "DeleteProfile", {"profileId": NUMBER}
+    yield "GetProfileList", {}
+    yield "ExecuteProfile", {"id": 1}
+    yield "GetActiveProfile", {}
+    yield "GetBehaviorAvailability", {"profileId": 1}
+    yield "GetBehaviorAvailability2", {"activeBehaviors": [LOITERING]}
+    yield "GetProfileBehavior", on_first
+    yield "GetDefaultConfiguration", {"behaviorId": LOITERING}
+    yield "GetDefaultScene", {}
+    yield "SetProfileScene", {"profileId": 1, "scene": scene}
+    yield "GetProfileScene", {"profileId": 1}
+    yield "AlgorithmControl", {"command": 3}
+    yield "StopProfile", {"profileId": 1}
+
+
+def all_operations(options):
+    host, plain, fixed = servers.OurHost(), servers.plain_peer(), servers.fixed_peer()
+    host.call("SetProfileBehavior", profileId=1, behaviorId=LOITERING, config=servers.behavior(host))
+    bodies = [(name, envelope(name, **fields)) for name, fields in operations(host)]
+    listing = envelope("GetProfileList")
+    results = {name: ([], [], []) for name, _ in bodies}
+    first = len(servers.PROFILES) + 1
+    for _ in range(options.rounds):
+        for name, body in bodies:
+            for server, sent, kept in zip((host, plain, fixed), (body, listing, listing), results[name]):
+                kept.append(checked(load(server, sent, 8, options.requests, first), name))
+        first += options.requests
+    for server in (host, plain, fixed):
+        server.end()
+    table = Table("Every operation at 8 clients, beside the peers' lists", "operation", "requests/s", "p50 µs",
+                  "p99 µs", "CPU µs/request", "memory KiB", "CPU to plain gSOAP", "CPU to fixed answer")
+    for name, kept in results.items():
+        ours, peer, bare = (medians(results) for results in kept)
+        table.row(name, f"{ours['rate']:.0f}", f"{ours['p50']:.0f}", f"{ours['p99']:.0f}", f"{ours['cpu']:.1f}",
+                  f"{ours['memory']:.0f}", f"{ours['cpu'] / peer['cpu']:.2f}", f"{ours['cpu'] / bare['cpu']:.2f}")
+    return table.text()
+
+
+def growth(options):
+    """What a host of many profiles costs; start and memory before its first request."""
+    table = Table("Profiles stored", "profiles", "start to listening ms", "idle KiB", "GetProfileList p50 µs",
+                  "CPU µs/request", "CPU µs/profile")
+    body = envelope("GetProfileList")
+    for profiles in options.profiles:
+        host = servers.OurHost([f"Profile {i}" for i in range(profiles)])
+        start = statistics.median(host.seconds_to_listen() for _ in range(options.rounds))
+        idle = servers.resident_kib(host)
+        count = max(3, options.requests * 10 // profiles)
+        figures = medians([checked(load(host, body, 1, count), "GetProfileList") for _ in range(3)])
+        table.row(profiles, f"{start * 1000:.1f}", idle, f"{figures['p50']:.0f}", f"{figures['cpu']:.1f}",
+                  f"{figures['cpu'] / profiles:.2f}")
+        host.end()
+    return table.text()
+
+
+def library_size():
+    with tempfile.NamedTemporaryFile() as stripped:
+        subprocess.run(["strip", "-o", stripped.name, os.environ["LIBRARY"]], check=True)
+        size = os.path.getsize(stripped.name)
+    return f"The API library, stripped: {size} bytes.\n"
+
+
+def google(options):
+    text = []
+    for name in GOOGLE:
+        command = [BUILD / f"benchmarks/{name}-benchmark"]
+        if options.smoke:
+            command += ["--benchmark_min_time=0", "--benchmark_filter=-.*(/|:)1000+(/|$).*"]
+        output = subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True, check=True).stdout
+        if "ERROR" in output or len(output.splitlines()) < 4:
+            sys.exit(f"{name}-benchmark measured nothing:\n{output}")
+        text.append(f"### {name}-benchmark\n\n```\n{output.rstrip()}\n```\n")
+    return "\n".join(text)
+
+
+def write(tables):
+    head, _, rest = DOCUMENT.read_text().partition(BEGIN)
+    _, _, tail = rest.partition(END)
+    DOCUMENT.write_text(head + BEGIN + "\n\n" + "\n".join(tables) + "\n" + END + tail)
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("--smoke", action="store_true")
+    options = parser.parse_args()
+    options.rounds = 1 if options.smoke else 9
+    options.requests = 16 if options.smoke else 1000
+    options.profiles = (10,) if options.smoke else (10, 100, 1000, 10000, 100000)
+    steps = (list_profiles, durable, all_operations, growth)
+    tables = [step(options) for step in steps] + [library_size(), google(options)]
+    if options.smoke:
+        print("\n".join(tables))
+    else:
+        write(tables)
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,79 @@
+#include "access/TlsSession.h"
+
+#include "access/SocketBio.h"
+
+#include <openssl/err.h>
+#include <openssl/ssl.h>
+
+#include <new>
+
+namespace tarno::osa
+{
+
+void TlsSession::Free::operator()(ssl_st* session) const { SSL_free(session); }
+
+TlsSession::TlsSession(ssl_ctx_st& context, int socket) : m_session(SSL_new(&context))
+{
+    if (m_session == nullptr)
+        throw std::bad_alloc();
+    BIO* const bio = NewSocketBio(socket);
+    SSL_set_bio(m_session.get(), bio, bio);
+    SSL_set_accept_state(m_session.get());
+}
+
+StreamResult TlsSession::Outcome(int result)
+{
+    const auto done = static_cast<std::size_t>(result > 0 ? result : 0);
+    switch (SSL_get_error(m_session.get(), result))
+    {
+    case SSL_ERROR_NONE:
+        return {StreamState::Done, done};
+    case SSL_ERROR_WANT_READ:
+        return {StreamState::WaitRead};
+    case SSL_ERROR_WANT_WRITE:
+        return {StreamState::WaitWrite};
+    case SSL_ERROR_ZERO_RETURN:
+        return {StreamState::Ended};
+    default:
+        break;
+    }
+    m_sound = false;
+    const int reason = ERR_GET_REASON(ERR_peek_error());
+    ERR_clear_error();
+    return {reason == SSL_R_HTTP_REQUEST ? StreamState::NotTls : StreamState::Failed};
+}
+
+StreamResult TlsSession::Handshake()
+{
+    ERR_clear_error();
+    const StreamResult result = Outcome(SSL_do_handshake(m_session.get()));
+    m_sound = result.state == StreamState::Done;
+    return result;
+}
+
+StreamResult TlsSession::Read(std::span<char> room)
+{
+    ERR_clear_error();
+    return Outcome(SSL_read(m_session.get(), room.data(), static_cast<int>(room.size())));
+}
+
+StreamResult TlsSession::Write(std::string_view bytes)
+{
+    constexpr std::size_t kRecord = SSL3_RT_MAX_PLAIN_LENGTH;
+    ERR_clear_error();
+    return Outcome(SSL_write(m_session.get(), bytes.data(),
+                             static_cast<int>(bytes.size() < kRecord ? bytes.size() : kRecord)));
+}
+
+bool TlsSession::Buffered() const { return SSL_pending(m_session.get()) > 0; }
+
+void TlsSession::End()
+{
+    if (!m_sound)
+        return;
+    ERR_clear_error();
+    SSL_shutdown(m_session.get());
+    ERR_clear_error();
+}
+
+} // namespace tarno::osa

@@ -1,0 +1,71 @@
+#pragma once
+
+#include "threads/Lock.h"
+
+#include <cstddef>
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace analytics::platform
+{
+
+class StoreConnection;
+
+// Brings changes that come while another is being written into one transaction: the disk is waited for
+// once for all of them. The first thread leads; what comes until it is done waits, and of these the first
+// leads the next group. A change that comes alone waits for nobody. Any thread.
+class CommitGroup
+{
+  public:
+    using Operation = std::function<void(StoreConnection&)>;
+
+    enum class Outcome
+    {
+        kAlone,     // not done: its own thread is to do it in a transaction of its own
+        kCommitted, // on the disk
+        kFailed     // not done, for the reason in `failure`, which hit the whole group
+    };
+    struct Failure
+    {
+        int code = 0;
+        int systemError = 0;
+        std::string detail;
+    };
+    struct Member
+    {
+        const Operation& operation;
+        Outcome outcome = Outcome::kAlone;
+        Failure failure = {};
+        bool served = false; // by another thread
+        Condition called = {};
+    };
+
+    // A thread's part in a group. The constructor returns when the member is served or leads; a leader's
+    // destructor ends its group and calls the next leader. The member has to outlive it.
+    class Turn
+    {
+      public:
+        Turn(CommitGroup& group, Member& member);
+        ~Turn();
+        Turn(const Turn&) = delete;
+        Turn& operator=(const Turn&) = delete;
+
+        // Empty unless this thread leads; otherwise all that are to be served, its own one first.
+        const std::vector<Member*>& Members() const { return m_members; }
+
+      private:
+        CommitGroup& m_group;
+        std::vector<Member*> m_members;
+    };
+
+    // How many wait for the next group to begin.
+    std::size_t Waiting();
+
+  private:
+    Lock m_lock;
+    std::vector<Member*> m_waiting ANALYTICS_GUARDED_BY(m_lock);
+    const Member* m_leader ANALYTICS_GUARDED_BY(m_lock) = nullptr;
+};
+
+} // namespace analytics::platform
