@@ -7,7 +7,7 @@
 set -euo pipefail
 
 build="cmake ninja-build g++ pkg-config gsoap libgsoap-dev libxml2-dev libsqlite3-dev libsqlitecpp-dev
-    libboost-dev libcli11-dev libsystemd-dev libssl-dev libcrypt-dev"
+    libboost-dev libcli11-dev libssl-dev zlib1g-dev libsystemd-dev libcrypt-dev"
 test="clang libclang-rt-dev lld libgtest-dev libgmock-dev libbenchmark-dev python3 python3-lxml python3-zeep
     curl openssl binutils procps man-db php-cli php-soap libsoap-lite-perl nlohmann-json3-dev nodejs
     mmdebstrap lintian systemd-container dpkg-dev file"

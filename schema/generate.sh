@@ -3,8 +3,8 @@
 #
 #   generate.sh INPUT.h OUTPUT_FOLDER
 #
-# Leaves in OUTPUT_FOLDER the serialisers and the dispatcher (soapStub.h, soapH.h, soapC.cpp,
-# soapServer.cpp, VideoAnalytics.nsmap), VideoAnalytics.wsdl and VideoAnalytics.xsd.
+# Leaves in OUTPUT_FOLDER the serialisers, the dispatcher and the calls of a client (soapStub.h, soapH.h,
+# soapC.cpp, soapServer.cpp, soapClient.cpp, VideoAnalytics.nsmap), VideoAnalytics.wsdl and VideoAnalytics.xsd.
 set -eu
 input=$1
 out=$2
@@ -13,7 +13,7 @@ import=/usr/share/gsoap/import
 rm -rf "$out/soap12"
 mkdir -p "$out/soap12"
 # The generator says much on success; what it says is wanted only when it fails.
-generate() { soapcpp2 -S -L -x -c++11 "$@" "$input" >"$out/soapcpp2.log" 2>&1 || { cat "$out/soapcpp2.log" >&2; exit 1; }; }
+generate() { soapcpp2 -L -x -c++11 "$@" "$input" >"$out/soapcpp2.log" 2>&1 || { cat "$out/soapcpp2.log" >&2; exit 1; }; }
 generate -2 -I "$import" -d "$out/soap12"
 generate -I "$import" -d "$out"
 
