@@ -3,8 +3,8 @@
 #
 #   generate.sh INPUT.h OUTPUT_FOLDER
 #
-# Leaves in OUTPUT_FOLDER the serialisers and the dispatcher (soapStub.h, soapH.h, soapC.cpp,
-# soapServer.cpp, VideoAnalytics.nsmap), VideoAnalytics.wsdl and VideoAnalytics.xsd.
+# Leaves in OUTPUT_FOLDER the serialisers, the dispatcher and the calls of a client (soapStub.h, soapH.h,
+# soapC.cpp, soapServer.cpp, soapClient.cpp, VideoAnalytics.nsmap), VideoAnalytics.wsdl and VideoAnalytics.xsd.
 set -eu
 input=$1
 out=$2
@@ -13,7 +13,7 @@ import=/usr/share/gsoap/import
 rm -rf "$out/soap12"
 mkdir -p "$out/soap12"
 # The generator says much on success; what it says is wanted only when it fails.
-generate() { soapcpp2 -S -L -x -c++11 "$@" "$input" >"$out/soapcpp2.log" 2>&1 || { cat "$out/soapcpp2.log" >&2; exit 1; }; }
+generate() { soapcpp2 -L -x -c++11 "$@" "$input" >"$out/soapcpp2.log" 2>&1 || { cat "$out/soapcpp2.log" >&2; exit 1; }; }
 generate -2 -I "$import" -d "$out/soap12"
 generate -I "$import" -d "$out"
 
@@ -37,6 +37,8 @@ sed -E -i 's/^enum (VideoAnalytics__[A-Za-z]+) \{$/enum \1 : int {/' "$out/soapS
 # 4. Messages that end too early. gSOAP closes the connection without a word when the input ends within
 #    a message; the sender is to be told that it is broken. Only the reading changes: an operation that
 #    returns the end-of-file status still ends without an answer, and so does a silent client.
+#    An operation whose element says xsi:nil, as some clients write one without fields, arrives as no
+#    request at all; it gets one with every field at its default.
 #    And envelopes of other versions than those of SOAP, which it would answer with what is no SOAP.
 {
     sed '/#include "soapH.h"/q' "$out/soapServer.cpp"
@@ -72,7 +74,9 @@ END
     sed -E -e '1,/#include "soapH.h"/d' \
         -e 's/soap_begin_serve\(soap\)/soap_begin_message(soap)/' \
         -e '/soap_get___VideoAnalytics__/{n;s/soap->error/soap_message_error(soap)/;}' \
-        -e '/soap_end_recv\(soap\)\)/{n;s/soap->error/soap_message_error(soap)/;}' "$out/soapServer.cpp"
+        -e '/soap_end_recv\(soap\)\)/{n;s/soap->error/soap_message_error(soap)/;}' \
+        -e 's/^\tsoap->error = __VideoAnalytics__([A-Za-z0-9]+)\(soap, ([^,]+), &.*/\tif (!\2)\n\t{\t\2 = soap_new__VideoAnalytics__\1(soap);\n\t\tif (!\2)\n\t\t\treturn soap->error;\n\t\t\2->soap_default(soap);\n\t}\n&/' \
+        "$out/soapServer.cpp"
 } >"$out/soapServer.new"
 mv "$out/soapServer.new" "$out/soapServer.cpp"
 
@@ -83,12 +87,14 @@ grep -q 'soap_mend_answer(soap);' "$out/soapC.cpp"
 
 # 6. Schema. The polymorphic wrappers (C++ names with a trailing underscore) repeat the names of the
 #    simple types that they wrap, which no validator accepts; they are no types of the schema.
-#    'mixed' says nothing on simple content, and some tools refuse it.
+#    'mixed' says nothing on simple content, and some tools refuse it. Nothing of the encoding's
+#    namespace is used, and its import would send a tool to look for it.
 for file in "$out/VideoAnalytics.xsd" "$out/VideoAnalytics.wsdl"
 do
     sed -E -i \
         -e '/<complexType name="[A-Za-z0-9]+"><!-- VideoAnalytics__[A-Za-z0-9]+_+ -->/,/<\/complexType>/d' \
         -e 's/ mixed="true"//' \
+        -e '/<import namespace="http:\/\/schemas.xmlsoap.org\/soap\/encoding\/"\/>/d' \
         "$file"
 done
 

@@ -1,0 +1,103 @@
+#include "Access.h"
+
+#include "Failure.h"
+#include "Text.h"
+
+#include <fcntl.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <memory>
+
+namespace client
+{
+namespace
+{
+
+constexpr char kVariable[] = "VARLO_ANALYTICS_PASSWORD";
+
+[[noreturn]] void RefuseUrl(const std::string& text, const std::string& why)
+{
+    throw Failure(Exit::Usage, "'" + Printable(text) + "' is no address of a service: " + why +
+                                   ". Write it as http://192.168.0.90:8080/ or https://camera.example/");
+}
+
+std::string FirstLineOf(const std::string& file)
+{
+    std::ifstream stream(file);
+    std::string line;
+    if (!stream || (!std::getline(stream, line) && stream.bad()))
+        throw Failure(Exit::Usage, "The password can't be read from " + file + ": " + std::strerror(errno));
+    if (!line.empty() && line.back() == '\r')
+        line.pop_back();
+    return line;
+}
+
+// Asks at the terminal of the process, whatever its input is, and shows nothing of the answer.
+std::string Ask(const std::string& user)
+{
+    const int terminal = open("/dev/tty", O_RDWR | O_CLOEXEC);
+    if (terminal < 0)
+        throw Failure(Exit::Usage,
+                      std::string("There is no password: name a file with --password-file, or set ") +
+                          kVariable);
+    termios shown = {};
+    tcgetattr(terminal, &shown);
+    termios hidden = shown;
+    hidden.c_lflag &= ~static_cast<tcflag_t>(ECHO);
+    tcsetattr(terminal, TCSAFLUSH, &hidden);
+    const std::string question = "Password of " + Printable(user) + ": ";
+    std::string answer;
+    char c = 0;
+    if (write(terminal, question.data(), question.size()) >= 0)
+        while (read(terminal, &c, 1) == 1 && c != '\n')
+            answer += c;
+    tcsetattr(terminal, TCSAFLUSH, &shown);
+    if (write(terminal, "\n", 1) < 0)
+        answer.clear();
+    close(terminal);
+    return answer;
+}
+
+} // namespace
+
+std::string WholeUrl(const std::string& text)
+{
+    std::string url = text.find("://") == std::string::npos ? "http://" + text : text;
+    const std::size_t host = url.find("://") + 3;
+    const std::string scheme = url.substr(0, host);
+    if (scheme != "http://" && scheme != "https://")
+        RefuseUrl(text, "it has to begin with http:// or https://");
+    if (url.find_first_of("/?#", host) == std::string::npos)
+        url += '/';
+    const std::string authority = url.substr(host, url.find_first_of("/?#", host) - host);
+    if (authority.empty() || authority.front() == ':')
+        RefuseUrl(text, "there is no host in it");
+    if (authority.find('@') != std::string::npos)
+        RefuseUrl(text, "a user is named with --user, and a password never on the command line");
+    for (const char c : url)
+        if (static_cast<unsigned char>(c) <= ' ' || c == '\x7F')
+            RefuseUrl(text, "it holds white space or a control character");
+    const std::size_t colon = authority.find(':', authority.front() == '[' ? authority.find(']') : 0);
+    if (colon == std::string::npos)
+        return url;
+    const std::string port = authority.substr(colon + 1);
+    if (port.empty() || port.size() > 5 || port.find_first_not_of("0123456789") != std::string::npos ||
+        std::stoi(port) < 1 || std::stoi(port) > 65535)
+        RefuseUrl(text, "its port is no number from 1 to 65535");
+    return url;
+}
+
+std::string ReadPassword(const std::string& user, const std::string& file)
+{
+    if (!file.empty())
+        return FirstLineOf(file);
+    if (const char* const password = std::getenv(kVariable))
+        return password;
+    return Ask(user);
+}
+
+} // namespace client

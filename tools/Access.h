@@ -1,0 +1,28 @@
+#pragma once
+
+#include <chrono>
+#include <string>
+
+namespace client
+{
+
+// Where the service is and how it lets us in.
+struct Access
+{
+    std::string url;
+    std::string user; // empty: none
+    std::string password;
+    std::string authorities; // PEM file; empty: those of the system
+    std::string certificate; // PEM file of the client's certificate; empty: none
+    std::string key;         // PEM file of its key; empty: in the file of the certificate
+    std::chrono::seconds timeout{10};
+};
+
+// The whole URL for "http://…", "https://…", or a bare "HOST" or "HOST:PORT". Throws Failure (usage).
+std::string WholeUrl(const std::string& text);
+
+// The password of `user`: from the file if one is named, else from VARLO_ANALYTICS_PASSWORD, else asked for
+// at the terminal. Throws Failure if there is none of them.
+std::string ReadPassword(const std::string& user, const std::string& file);
+
+} // namespace client

@@ -1,0 +1,131 @@
+#include "Behaviors.h"
+#include "Documents.h"
+#include "Failure.h"
+#include "Session.h"
+#include "Text.h"
+
+#include <CLI/CLI.hpp>
+
+namespace client
+{
+namespace
+{
+
+struct Arguments
+{
+    std::string profile;
+    std::string behavior;
+    std::string file = "-";
+};
+
+Record About(int profile, const std::string& id)
+{
+    return {{"profile", static_cast<long long>(profile)}, {"behavior", BehaviorCalled(id)}, {"id", id}};
+}
+
+void Get(Session& session, const Arguments& arguments)
+{
+    const std::string id = BehaviorId(arguments.behavior);
+    const int profile = ProfileId(session.Service(), arguments.profile);
+    const std::string document = session.Service().ProfileBehavior(profile, id);
+    if (Trimmed(document).empty() && !session.json)
+        throw Failure(Exit::Refused,
+                      "Profile " + std::to_string(profile) + " has no document of " + BehaviorCalled(id) +
+                          ": it isn't active and has no zones. 'varlo-analytics behavior default " +
+                          BehaviorCalled(id) + "' gives one to start from");
+    session.Out().Document(About(profile, id), document);
+}
+
+void Set(Session& session, const Arguments& arguments)
+{
+    const std::string id = BehaviorId(arguments.behavior);
+    const Source source = ReadSource(arguments.file);
+    CheckBehavior(source, id, Model(), false);
+    Service& service = session.Service();
+    const int profile = ProfileId(service, arguments.profile);
+    CheckBehavior(source, id, BehaviorModel(id, {service.DefaultBehavior(id)}), session.strict);
+    service.SetProfileBehavior(profile, id, source.text);
+    const std::string stored = service.ProfileBehavior(profile, id);
+    const std::vector<Change> changes = ChangesIn(source, stored, "behavior");
+    std::string sentence = "Profile " + std::to_string(profile) + " has stored " + BehaviorCalled(id);
+    if (Trimmed(stored).empty())
+        sentence += ", which is idle: not active and without zones.";
+    else
+        sentence += changes.empty() ? " as it was sent." : ". This came back different:";
+    session.Out().Report(About(profile, id), sentence, "differences", Listed(changes));
+}
+
+void Delete(Session& session, const Arguments& arguments)
+{
+    const std::string id = BehaviorId(arguments.behavior);
+    const int profile = ProfileId(session.Service(), arguments.profile);
+    session.Service().DeleteProfileBehavior(profile, id);
+    session.Out().Result(About(profile, id), "Profile " + std::to_string(profile) + " has no " +
+                                                 BehaviorCalled(id) + " any more.");
+}
+
+void Default(Session& session, const Arguments& arguments)
+{
+    const std::string id = BehaviorId(arguments.behavior);
+    const std::string document = session.Service().DefaultBehavior(id);
+    if (Trimmed(document).empty() && !session.json)
+        throw Failure(Exit::Refused, "The service delivers no default document of " + BehaviorCalled(id) +
+                                         ". Look for behavior.xml in the folder of its plug-in");
+    session.Out().Document({{"behavior", BehaviorCalled(id)}, {"id", id}}, document);
+}
+
+void Example(Session& session, const Arguments& arguments)
+{
+    const std::string id = BehaviorId(arguments.behavior);
+    session.Out().Document({{"behavior", BehaviorCalled(id)}, {"id", id}}, BehaviorExample(id));
+}
+
+using Action = void (*)(Session&, const Arguments&);
+
+// A command on one behavior: of a profile, if there is `ofProfile`.
+CLI::App* Add(CLI::App& group, Session& session, const std::string& name, const std::string& description,
+              const std::string& examples, Action action, bool ofProfile,
+              std::shared_ptr<Arguments> arguments)
+{
+    CLI::App* const command = AddCommand(group, session, name, description, examples,
+                                         [&session, action, arguments] { action(session, *arguments); });
+    if (ofProfile)
+        command->add_option("PROFILE", arguments->profile, "Number or name of the profile")->required();
+    command->add_option("BEHAVIOR", arguments->behavior, "Name or identifier of the behavior")->required();
+    return command;
+}
+
+} // namespace
+
+void AddBehaviorCommands(CLI::App& app, Session& session)
+{
+    CLI::App* const group =
+        app.add_subcommand("behavior", "Read, write and delete the behaviors of a profile");
+    group->require_subcommand(1);
+    std::string names;
+    for (const std::string& name : BehaviorNames())
+        names += "\n  " + name;
+    group->footer("A BEHAVIOR is an identifier, or one of these names:" + names);
+
+    const auto arguments = [] { return std::make_shared<Arguments>(); };
+    Add(*group, session, "get", "Write the document of a behavior to standard output",
+        "  varlo-analytics behavior get \"Car park\" loitering >loitering.xml", Get, true, arguments());
+    const auto set = arguments();
+    CLI::App* const command =
+        Add(*group, session, "set",
+            "Check and store the document of a behavior, and tell what came back different",
+            "  varlo-analytics behavior set \"Car park\" loitering loitering.xml\n"
+            "  varlo-analytics behavior example loitering | varlo-analytics behavior set 1 loitering",
+            Set, true, set);
+    command->add_option("FILE", set->file, "The document; standard input without it, or with -");
+    AddStrict(*command, session);
+    Add(*group, session, "delete", "Delete a behavior from a profile",
+        "  varlo-analytics behavior delete \"Car park\" loitering", Delete, true, arguments());
+    Add(*group, session, "default", "Write the service's default document of a behavior to standard output",
+        "  varlo-analytics behavior default loitering", Default, false, arguments());
+    Add(*group, session, "example",
+        "Write a full document with a zone to standard output, without asking the service",
+        "  varlo-analytics behavior example loitering >loitering.xml", Example, false, arguments());
+}
+
+} // namespace client

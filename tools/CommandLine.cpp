@@ -1,0 +1,142 @@
+#include "CommandLine.h"
+
+#include "Failure.h"
+#include "Session.h"
+#include "Text.h"
+
+#include <CLI/CLI.hpp>
+
+#include <cstdio>
+
+namespace client
+{
+namespace
+{
+
+constexpr char kFooter[] = R"(Examples:
+  varlo-analytics profile create "Car park"
+  varlo-analytics behavior example loitering | varlo-analytics behavior set "Car park" loitering
+  varlo-analytics profile run "Car park"
+  varlo-analytics availability "Car park"
+  varlo-analytics --url https://camera.example/ --user admin --cacert ca.pem profile list
+
+Environment:
+  VARLO_ANALYTICS_URL       the address, if --url isn't given
+  VARLO_ANALYTICS_PASSWORD  the password of --user, if --password-file isn't given; without
+                            either it is asked for at the terminal
+
+Exit codes:
+  0  done
+  1  the service has refused; of several hosts, not all could be done
+  2  the command line is wrong
+  3  no answer: connection, certificate, access or time
+  4  a file or a document can't be used, or --strict met a warning
+
+Each command has a --help of its own, and options may stand in front of a command or behind it.)";
+
+void AddOptions(CLI::App& app, Session& session)
+{
+    Access& access = session.access;
+    access.url = "http://127.0.0.1:8080/";
+    app.add_option("--url", access.url, "Address of the service, http or https")
+        ->type_name("URL")
+        ->envname("VARLO_ANALYTICS_URL")
+        ->capture_default_str();
+    app.add_option("--user", access.user, "User of the service; see below for the password")
+        ->type_name("NAME");
+    app.add_option("--password-file", session.passwordFile, "File with the password in its first line")
+        ->type_name("FILE");
+    app.add_option("--cacert", access.authorities,
+                   "Authorities to trust with https, in PEM form; else those of the system")
+        ->type_name("FILE");
+    CLI::Option* const certificate =
+        app.add_option("--cert", access.certificate, "Our certificate, in PEM form, if the service wants one")
+            ->type_name("FILE");
+    app.add_option("--key", access.key, "Its key, in PEM form; else it is in the file of --cert")
+        ->type_name("FILE")
+        ->needs(certificate);
+    app.add_option_function<int>(
+           "--timeout", [&access](const int& seconds) { access.timeout = std::chrono::seconds(seconds); },
+           "Time for one exchange with the service")
+        ->type_name("SECONDS")
+        ->check(CLI::Range(1, 1800))
+        ->default_str("10");
+    app.add_flag("--json", session.json, "Write results as JSON");
+    app.set_version_flag("--version", "varlo-analytics " VERSION);
+    app.set_help_all_flag("--help-all", "Print the help of all commands and exit");
+}
+
+// What is wrong with the command line, and what to do.
+std::string UsageMessage(const CLI::App* app, const CLI::Error& error)
+{
+    const CLI::App* command = app;
+    while (!command->get_subcommands().empty())
+        command = command->get_subcommands().front();
+    const std::vector<std::string> unknown = app->remaining(true);
+    std::string message = "varlo-analytics: ";
+    if (error.get_name() == "RequiredError" && !command->get_subcommands({}).empty())
+    {
+        message += unknown.empty() ? "A command is missing. Name one of"
+                                   : "'" + unknown.front() + "' is no command. Name one of";
+        for (const CLI::App* one : command->get_subcommands({}))
+            message += " " + one->get_name();
+    }
+    else
+        message += error.what();
+    std::string path;
+    for (; command != nullptr; command = command->get_parent())
+        path.insert(0, command->get_name() + " ");
+    return Printable(message, true) + "\nMore: " + path + "--help\n";
+}
+
+int Report(const Failure& failure)
+{
+    std::fflush(stdout);
+    std::string sentence = Printable(failure.what(), true);
+    if (sentence.back() != '.')
+        sentence += '.';
+    std::fprintf(stderr, "varlo-analytics: %s\n", sentence.c_str());
+    return static_cast<int>(failure.Code());
+}
+
+int Perform(const Session& session)
+{
+    try
+    {
+        session.run();
+    }
+    catch (const Failure& failure)
+    {
+        return Report(failure);
+    }
+    if (std::fflush(stdout) != 0)
+        return Report(Failure(Exit::Document, "The result can't be written to standard output"));
+    return static_cast<int>(Exit::Done);
+}
+
+} // namespace
+
+int RunCommandLine(int argc, char** argv)
+{
+    Session session;
+    CLI::App app("Creates, edits, runs and copies the analytic profiles of cameras.", "varlo-analytics");
+    app.fallthrough();
+    app.require_subcommand(1);
+    app.footer(kFooter);
+    app.failure_message(UsageMessage);
+    AddOptions(app, session);
+    for (const auto add : {AddProfileCommands, AddAvailabilityCommand, AddBehaviorCommands, AddSceneCommands,
+                           AddControlCommands, AddFolderCommands, AddApplyCommand})
+        add(app, session);
+    try
+    {
+        app.parse(argc, argv);
+    }
+    catch (const CLI::ParseError& error)
+    {
+        return app.exit(error) == 0 ? 0 : static_cast<int>(Exit::Usage);
+    }
+    return Perform(session);
+}
+
+} // namespace client

@@ -1,0 +1,168 @@
+#include "Connection.h"
+
+#include "Explanation.h"
+#include "Failure.h"
+
+#include <VideoAnalytics.nsmap>
+
+#include <arpa/inet.h>
+#include <openssl/err.h>
+#include <openssl/ssl.h>
+#include <openssl/x509v3.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <limits>
+#include <mutex>
+#include <utility>
+
+namespace client
+{
+namespace
+{
+
+// A document of the service has some megabytes at most; an answer of any size would fill the memory.
+constexpr ULONG64 kLongestAnswer = 64 << 20;
+// A wait may end a little before its time.
+constexpr std::chrono::milliseconds kTolerance(20);
+
+// The host of a URL, without port and brackets.
+std::string HostOf(const std::string& url)
+{
+    const std::size_t start = url.find("://") + 3;
+    const std::string authority = url.substr(start, url.find_first_of("/?#", start) - start);
+    if (authority.front() == '[')
+        return authority.substr(1, authority.find(']') - 1);
+    return authority.substr(0, authority.find(':'));
+}
+
+[[noreturn]] void RefuseFile(const std::string& what, const std::string& file)
+{
+    const char* const known = ERR_reason_error_string(ERR_peek_last_error());
+    ERR_clear_error();
+    std::string reason = known == nullptr ? "it holds none" : known;
+    if (access(file.c_str(), R_OK) != 0)
+        reason = std::strerror(errno);
+    throw Failure(Exit::Document, "The " + what + " can't be used from " + file + ": " + reason +
+                                      ". It has to be a readable file in PEM form");
+}
+
+void TakeCertificate(SSL_CTX* context, const Access& access)
+{
+    if (access.certificate.empty())
+        return;
+    if (SSL_CTX_use_certificate_chain_file(context, access.certificate.c_str()) != 1)
+        RefuseFile("certificate", access.certificate);
+    const std::string& key = access.key.empty() ? access.certificate : access.key;
+    if (SSL_CTX_use_PrivateKey_file(context, key.c_str(), SSL_FILETYPE_PEM) != 1)
+        RefuseFile("key of the certificate", key);
+}
+
+} // namespace
+
+Connection::Connection(const Access& access, std::optional<Clock::time_point> deadline)
+    : m_access(access), m_deadline(deadline)
+{
+    soap_init2(&m_soap, SOAP_C_UTFSTRING | SOAP_XML_TREE, SOAP_C_UTFSTRING);
+    m_soap.recv_maxlength = kLongestAnswer;
+    m_soap.socket_flags = MSG_NOSIGNAL;
+    m_soap.user = this;
+    m_receive = std::exchange(m_soap.frecv, Receive);
+    m_send = std::exchange(m_soap.fsend, Send);
+    try
+    {
+        if (m_access.url.compare(0, 8, "https://") == 0)
+            UseTls();
+    }
+    catch (...)
+    {
+        Clear();
+        soap_done(&m_soap);
+        throw;
+    }
+}
+
+Connection::~Connection()
+{
+    Clear();
+    soap_done(&m_soap);
+}
+
+void Connection::Clear()
+{
+    soap_destroy(&m_soap);
+    soap_end(&m_soap);
+}
+
+void Connection::UseTls()
+{
+    static std::once_flag once;
+    std::call_once(once, [] { soap_ssl_init(); });
+    // The runtime compares names only; OpenSSL itself knows that a camera's address may stand in its
+    // certificate as well.
+    constexpr unsigned short kFlags =
+        SOAP_SSL_REQUIRE_SERVER_AUTHENTICATION | SOAP_SSL_SKIP_HOST_CHECK | SOAP_TLSv1_2 | SOAP_TLSv1_3;
+    const char* const authorities = m_access.authorities.empty() ? nullptr : m_access.authorities.c_str();
+    if (soap_ssl_client_context(&m_soap, kFlags, nullptr, nullptr, authorities, nullptr, nullptr) != SOAP_OK)
+        RefuseFile("certificates of authorities", m_access.authorities);
+    SSL_CTX_set_verify(m_soap.ctx, SSL_VERIFY_PEER, RememberCertificate);
+    m_soap.fsslverify = RememberCertificate;
+    TakeCertificate(m_soap.ctx, m_access);
+    X509_VERIFY_PARAM* const expected = SSL_CTX_get0_param(m_soap.ctx);
+    const std::string host = HostOf(m_access.url);
+    if (X509_VERIFY_PARAM_set1_ip_asc(expected, host.c_str()) != 1)
+        X509_VERIFY_PARAM_set1_host(expected, host.c_str(), host.size());
+}
+
+int Connection::Left() const
+{
+    const auto left = std::chrono::duration_cast<std::chrono::microseconds>(m_end - Clock::now()).count();
+    // Negative numbers are microseconds to the runtime.
+    return -static_cast<int>(std::clamp<long long>(left, 0, std::numeric_limits<int>::max()));
+}
+
+std::size_t Connection::Receive(soap* context, char* buffer, std::size_t size)
+{
+    const auto* const self = static_cast<const Connection*>(context->user);
+    context->recv_timeout = self->Left();
+    return context->recv_timeout == 0 ? 0 : self->m_receive(context, buffer, size);
+}
+
+int Connection::Send(soap* context, const char* data, std::size_t size)
+{
+    const auto* const self = static_cast<const Connection*>(context->user);
+    context->send_timeout = self->Left();
+    return context->send_timeout == 0 ? SOAP_EOF : self->m_send(context, data, size);
+}
+
+void Connection::Begin()
+{
+    Clear();
+    m_end = Clock::now() + m_access.timeout;
+    if (m_deadline)
+        m_end = std::min(m_end, *m_deadline);
+    const int limit = Left();
+    if (limit == 0)
+        throw Failure(Exit::Unreachable, TooSlow(m_access.url));
+    for (int* timeout : {&m_soap.connect_timeout, &m_soap.send_timeout, &m_soap.recv_timeout})
+        *timeout = limit;
+    if (!m_access.user.empty())
+    {
+        m_soap.userid = m_access.user.c_str();
+        m_soap.passwd = m_access.password.c_str();
+    }
+}
+
+void Connection::Fail()
+{
+    const bool timeIsUp = Clock::now() + kTolerance >= m_end;
+    const Cause cause = Explain(m_soap, m_access, timeIsUp);
+    soap_closesock(&m_soap);
+    if (cause.kind == Cause::NoAnswer)
+        throw NoAnswer(cause.sentence);
+    throw Failure(cause.kind == Cause::Fault ? Exit::Refused : Exit::Unreachable, cause.sentence);
+}
+
+} // namespace client

@@ -1,0 +1,140 @@
+#include "Explanation.h"
+
+#include "Text.h"
+
+#include <cstring>
+#include <utility>
+
+namespace client
+{
+namespace
+{
+
+// What was wrong with the last certificate that this thread saw; X509_V_OK if nothing.
+thread_local int gCertificate = X509_V_OK;
+
+struct Hint
+{
+    const char* fault; // a text that the fault holds
+    const char* hint;
+};
+constexpr Hint kHints[] = {
+    {" does not exist", "'varlo-analytics profile list' shows the profiles that do"},
+    {"Unsupported behavior Id",
+     "'varlo-analytics availability' shows the behaviors that the service has; a profile "
+     "without any behavior gives the same answer"},
+    {"Invalid profile", "The document is empty; 'varlo-analytics behavior example' shows a full one"},
+    {"The behavior document could not be read",
+     "Compare it with what 'varlo-analytics behavior example' or 'behavior default' gives"},
+    {"The scene document could not be read", "Compare it with what 'varlo-analytics scene default' gives"},
+    {" has no behavior ", "'varlo-analytics availability PROFILE' shows those that it has"},
+    {"method name or namespace not recognized", "It speaks SOAP but is another service; look at the address"},
+};
+
+std::string Text(const char* const* text)
+{
+    return text == nullptr || *text == nullptr ? "" : Trimmed(*text);
+}
+
+std::string Sentence(std::string text)
+{
+    if (!text.empty() && std::strchr(".!?", text.back()) == nullptr)
+        text += '.';
+    return text;
+}
+
+std::string OfFault(soap& context)
+{
+    std::string sentence = Text(soap_faultstring(&context));
+    if (const std::string detail = Text(soap_faultdetail(&context)); !detail.empty())
+        sentence += " (" + detail + ")";
+    for (const Hint& hint : kHints)
+        if (sentence.find(hint.fault) != std::string::npos)
+            return "The service says: " + Sentence(sentence) + " " + Sentence(hint.hint);
+    return "The service says: " + Sentence(sentence);
+}
+
+std::string OfConnection(const soap& context, const std::string& url)
+{
+    const std::string reason = context.errnum != 0 ? std::strerror(context.errnum) : "the host is unknown";
+    return "No connection to " + url + ": " + reason +
+           ". Look whether the service runs and the address is right (--url).";
+}
+
+std::string OfTls(soap& context, int certificate, const std::string& url)
+{
+    if (certificate != X509_V_OK)
+        return "The certificate of " + url + " isn't trusted: " + X509_verify_cert_error_string(certificate) +
+               ". Name the file of the authority that signed it with --cacert.";
+    const std::string reason = Text(soap_faultdetail(&context));
+    return "No TLS connection to " + url + (reason.empty() ? "" : ": " + reason) +
+           ". Look whether the service speaks https there, and whether it wants a certificate (--cert).";
+}
+
+std::string OfStatus(int status, const Access& access)
+{
+    const std::string front = "The service at " + access.url;
+    switch (status)
+    {
+    case 401:
+        return access.user.empty() ? front + " wants a user and a password. Name the user with --user."
+                                   : front + " refuses the user " + access.user + " or the password.";
+    case 403:
+        return front + " denies access. Look which user (--user) or certificate (--cert) it wants.";
+    case 404:
+    case 405:
+        return front + " answers with HTTP status " + std::to_string(status) +
+               ": there is no such service at this address.";
+    case 408:
+        return front + " had to wait too long for the request. Try again, or look at the network.";
+    case 413:
+        return front +
+               " refuses a request of this size. Send a smaller document, or raise its maxRequestBytes.";
+    case 429:
+    case 503:
+        return front + " has too much to do at the moment. Try again later.";
+    default:
+        return front + " answers with HTTP status " + std::to_string(status) +
+               ". Look whether the address is right (--url).";
+    }
+}
+
+} // namespace
+
+std::string TooSlow(const std::string& url)
+{
+    return "The service at " + url + " took too long. Try again, or allow it more time (--timeout).";
+}
+
+int RememberCertificate(int verdict, X509_STORE_CTX* store)
+{
+    if (verdict == 0)
+        gCertificate = X509_STORE_CTX_get_error(store);
+    return verdict;
+}
+
+Cause Explain(soap& context, const Access& access, bool timeIsUp)
+{
+    const int certificate = std::exchange(gCertificate, X509_V_OK);
+    const int error = context.error;
+    const std::string& url = access.url;
+    const int status = context.status;
+    if (status == 401 || status == 403 || (error >= 201 && error < 600))
+        return {Cause::Trouble, OfStatus(status == 401 || status == 403 ? status : error, access)};
+    if (error == SOAP_FAULT || error == SOAP_CLI_FAULT || error == SOAP_SVR_FAULT)
+        return {Cause::Fault, OfFault(context)};
+    if (timeIsUp)
+        return {Cause::Trouble, TooSlow(url)};
+    if (error == SOAP_SSL_ERROR || certificate != X509_V_OK)
+        return {Cause::Trouble, OfTls(context, certificate, url)};
+    if (error == SOAP_TCP_ERROR)
+        return {Cause::Trouble, OfConnection(context, url)};
+    if (error == SOAP_EOF)
+        return {Cause::NoAnswer, "The service at " + url +
+                                     " closed the connection without an answer. Try again; if it "
+                                     "goes on, look at the service's log."};
+    return {Cause::Trouble,
+            "What " + url + " answers isn't understood. Look whether it is the analytics service (--url)."};
+}
+
+} // namespace client

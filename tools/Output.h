@@ -1,0 +1,36 @@
+#pragma once
+
+#include "Values.h"
+
+#include <string>
+
+namespace client
+{
+
+// Standard output, in the form that was asked for.
+class Output
+{
+  public:
+    explicit Output(bool json) : m_json(json) {}
+
+    // People get the table, or the sentence if there are no rows; programs an array of objects.
+    void Table(const List& list, const std::string& none) const;
+    // People get the sentence, programs an object.
+    void Result(const Record& record, const std::string& sentence) const;
+    // People get the sentence and the table under it, programs an object with the list under `key`.
+    void Report(Record record, const std::string& sentence, const std::string& key, const List& list) const;
+    // People get the document in lines, programs an object with the document under "document".
+    void Document(Record record, const std::string& document) const;
+
+  private:
+    bool m_json;
+};
+
+// A document as a person edits it, an element in each line; what is no XML is left as it is.
+std::string Readable(const std::string& document);
+
+// As JSON, without a line break at the end.
+std::string Json(const Record& record);
+std::string Json(const List& list);
+
+} // namespace client

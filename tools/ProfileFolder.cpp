@@ -1,0 +1,118 @@
+#include "ProfileFolder.h"
+
+#include "Behaviors.h"
+#include "Failure.h"
+#include "Output.h"
+#include "XmlDocument.h"
+
+#include <algorithm>
+#include <cstring>
+#include <filesystem>
+#include <set>
+
+namespace client
+{
+namespace
+{
+
+constexpr char kList[] = "profile.xml";
+constexpr char kScene[] = "scene.xml";
+
+void Set(xmlNode* node, const char* attribute, const std::string& value)
+{
+    xmlSetProp(node, reinterpret_cast<const xmlChar*>(attribute),
+               reinterpret_cast<const xmlChar*>(value.c_str()));
+}
+
+xmlNode* Add(xmlNode* parent, const char* name)
+{
+    return xmlNewChild(parent, nullptr, reinterpret_cast<const xmlChar*>(name), nullptr);
+}
+
+// A plain name of a file, whatever the identifier holds, that isn't taken yet.
+std::string FileFor(const std::string& id, std::set<std::string>& taken)
+{
+    std::string name = BehaviorCalled(id);
+    for (char& c : name)
+        if (std::isalnum(static_cast<unsigned char>(c)) == 0 && c != '.' && c != '_')
+            c = '-';
+    if (name.empty() || name.front() == '.')
+        name.insert(0, "behavior");
+    std::string file = name + ".xml";
+    for (int number = 2; !taken.insert(file).second; ++number)
+        file = name + "-" + std::to_string(number) + ".xml";
+    return file;
+}
+
+Source ReadInside(const std::string& folder, const std::string& file)
+{
+    if (file.empty() || file.find('/') != std::string::npos || file == "." || file == "..")
+        throw Failure(Exit::Document,
+                      folder + "/" + kList + " names '" + file + "', which is no file of its folder");
+    return ReadSource(folder + "/" + file);
+}
+
+void MakeFolder(const std::string& folder, bool force)
+{
+    std::error_code error;
+    std::filesystem::create_directories(folder, error);
+    if (error)
+        throw Failure(Exit::Document, folder + " can't be made: " + error.message());
+    if (!force && std::filesystem::exists(folder + "/" + kList, error))
+        throw Failure(Exit::Document,
+                      folder + " holds a profile already. Name another folder, or replace it with --force");
+}
+
+} // namespace
+
+void WriteFolder(const std::string& folder, const ProfileDocuments& profile, bool force)
+{
+    MakeFolder(folder, force);
+    const XmlDocument list("<profile/>", kList);
+    xmlNode* const root = list.First("profile");
+    Set(root, "name", profile.name);
+    Set(root, "active", profile.active ? "1" : "0");
+    if (!profile.preset.empty())
+        Set(root, "preset", profile.preset);
+    std::set<std::string> taken = {kList, kScene};
+    if (profile.scene)
+    {
+        WriteFile(folder + "/" + kScene, Readable(profile.scene->text) + '\n');
+        Set(Add(root, "scene"), "file", kScene);
+    }
+    for (const ProfileDocuments::Behavior& behavior : profile.behaviors)
+    {
+        const std::string file = FileFor(behavior.id, taken);
+        WriteFile(folder + "/" + file, Readable(behavior.document.text) + '\n');
+        xmlNode* const node = Add(root, "behavior");
+        Set(node, "id", behavior.id);
+        Set(node, "file", file);
+    }
+    // Last, so that a folder with a list is a whole one.
+    WriteFile(folder + "/" + kList, list.Indented() + '\n');
+}
+
+ProfileDocuments ReadFolder(const std::string& folder)
+{
+    std::error_code error;
+    if (!std::filesystem::exists(folder + "/" + kList, error))
+        throw Failure(Exit::Document, folder + " holds no profile: there is no " + kList +
+                                          " in it. 'varlo-analytics export' makes such a folder");
+    const Source source = ReadSource(folder + "/" + kList);
+    const XmlDocument list(source.text, source.name);
+    const xmlNode* const root = list.First("profile");
+    if (root == nullptr)
+        throw Failure(Exit::Document, source.name + ": there is no <profile> in it");
+    ProfileDocuments profile;
+    profile.name = AttributeOf(root, "name");
+    profile.preset = AttributeOf(root, "preset");
+    profile.active = AttributeOf(root, "active") == "1";
+    if (const xmlNode* const scene = Child(root, "scene"))
+        profile.scene = ReadInside(folder, AttributeOf(scene, "file"));
+    for (const xmlNode* behavior : Children(root, "behavior"))
+        profile.behaviors.push_back(
+            {AttributeOf(behavior, "id"), ReadInside(folder, AttributeOf(behavior, "file"))});
+    return profile;
+}
+
+} // namespace client

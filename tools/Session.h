@@ -1,0 +1,60 @@
+#pragma once
+
+#include "Access.h"
+#include "Output.h"
+#include "Service.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace CLI
+{
+class App;
+} // namespace CLI
+
+namespace client
+{
+
+// What the command line has said, and the service that it means.
+struct Session
+{
+    Access access;
+    std::string passwordFile;
+    bool json = false;
+    bool strict = false;
+    // The command that was named; it is run when the whole line has been read.
+    std::function<void()> run;
+
+    // Connects at the first call of an operation. Throws Failure if the address or the files of the access
+    // can't be used.
+    client::Service& Service();
+    Output Out() const { return Output(json); }
+    // The access, with the whole URL and the password.
+    const Access& Ready();
+
+  private:
+    std::unique_ptr<client::Service> m_service;
+    bool m_ready = false;
+};
+
+// The profile that is meant: an identifier, or the name of the one profile that has it. Throws Failure.
+int ProfileId(Service& service, const std::string& text);
+// The same, and it exists.
+Profile ExistingProfile(Service& service, const std::string& text);
+
+// The groups of commands. Each adds what belongs to it; `session` outlives `app`.
+void AddProfileCommands(CLI::App& app, Session& session);
+void AddAvailabilityCommand(CLI::App& app, Session& session);
+void AddBehaviorCommands(CLI::App& app, Session& session);
+void AddSceneCommands(CLI::App& app, Session& session);
+void AddControlCommands(CLI::App& app, Session& session);
+void AddFolderCommands(CLI::App& app, Session& session);
+void AddApplyCommand(CLI::App& app, Session& session);
+
+// A command below `parent` that does `run`, with examples under its help, a line each.
+CLI::App* AddCommand(CLI::App& parent, Session& session, const std::string& name,
+                     const std::string& description, const std::string& examples, std::function<void()> run);
+void AddStrict(CLI::App& command, Session& session);
+
+} // namespace client

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace client
+{
+
+// One character of UTF-8, taken from the front of `text`. A byte that begins none is U+FFFD.
+char32_t TakeCharacter(std::string_view& text);
+void AppendCharacter(std::string& text, char32_t character);
+
+// For a terminal: a character that would control it, or turn the direction of writing, becomes its number,
+// as in <U+001B>, and what is no UTF-8 becomes U+FFFD. With `lines`, line breaks and tabs stay.
+std::string Printable(std::string_view text, bool lines = false);
+
+// Columns that a printable text takes on a terminal.
+std::size_t Width(std::string_view text);
+
+// Without white space in front and behind.
+std::string Trimmed(std::string_view text);
+
+} // namespace client

@@ -1,0 +1,27 @@
+// The command-line client of the analytics service.
+
+#include "CommandLine.h"
+
+#include <signal.h>
+
+#include <clocale>
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+
+int main(int argc, char** argv)
+{
+    std::setlocale(LC_CTYPE, "C.UTF-8"); // for the width of characters
+    signal(SIGPIPE, SIG_IGN);
+    // A name that no server knows is to cost seconds, not minutes.
+    setenv("RES_OPTIONS", "timeout:2 attempts:2", 0);
+    try
+    {
+        return client::RunCommandLine(argc, argv);
+    }
+    catch (const std::exception& e)
+    {
+        std::fprintf(stderr, "varlo-analytics: %s\n", e.what());
+        return 1;
+    }
+}
