@@ -1,13 +1,15 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds, and runs every test: as a user builds it, then under
-# AddressSanitizer with UndefinedBehaviorSanitizer, then under ThreadSanitizer. Options go to ctest, as
-# in: ./test.sh -R Settings. PRESETS="dev" runs the first alone.
+# AddressSanitizer with UndefinedBehaviorSanitizer, then under ThreadSanitizer. The second build fuzzes as
+# well, each program for FUZZ_SECONDS (10). Options go to ctest, as in: ./test.sh -R Settings.
+# PRESETS="dev" runs the first alone.
 set -euo pipefail
 root=$(cd "$(dirname "$0")" && pwd)
 
 "$root/cmake/install-packages.sh" build test
 cd "$root"
 export UBSAN_OPTIONS=print_stacktrace=1 TSAN_OPTIONS="halt_on_error=0 ${TSAN_OPTIONS:-}"
+rm -f build/asan/fuzz/*.result
 for preset in ${PRESETS:-dev asan tsan}
 do
     cmake --preset "$preset" >/dev/null
@@ -19,3 +21,7 @@ do
         packaging/test-packages.sh "build/$preset"
     fi
 done
+if compgen -G 'build/asan/fuzz/*.result' >/dev/null
+then
+    awk '{ inputs += $3 } END { print "Fuzzed " NR " programs with " inputs " inputs, no finding" }' build/asan/fuzz/*.result
+fi

@@ -37,6 +37,13 @@ if(SANITIZE)
     add_link_options(-fsanitize=${SANITIZE})
 endif()
 
+# Tells libFuzzer which ways an input takes through the targets that link this.
+option(FUZZING "Build the fuzz programs (needs clang)" OFF)
+add_library(fuzzed INTERFACE)
+if(FUZZING)
+    target_compile_options(fuzzed INTERFACE -fsanitize=fuzzer-no-link)
+endif()
+
 # A cache and a fast linker where the machine has them; nothing depends on either.
 find_program(CCACHE ccache)
 if(CCACHE)

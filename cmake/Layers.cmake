@@ -12,7 +12,7 @@ function(layer name)
     endif()
     add_library(${name} ${kind} ${arg_SOURCES})
     target_include_directories(${name} PUBLIC $<BUILD_INTERFACE:${arg_HEADERS}>)
-    target_link_libraries(${name} PUBLIC ${arg_USES} PRIVATE own-code ${arg_PRIVATELY})
+    target_link_libraries(${name} PUBLIC ${arg_USES} PRIVATE own-code fuzzed ${arg_PRIVATELY})
     # Each public header compiles by itself.
     file(GLOB_RECURSE headers CONFIGURE_DEPENDS ${arg_HEADERS}/*.h)
     target_sources(${name} PUBLIC FILE_SET HEADERS BASE_DIRS ${arg_HEADERS} FILES ${headers})

@@ -38,10 +38,12 @@ sed -E -i 's/^enum (VideoAnalytics__[A-Za-z]+) \{$/enum \1 : int {/' "$out/soapS
 #    a message; the sender is to be told that it is broken. Only the reading changes: an operation that
 #    returns the end-of-file status still ends without an answer, and so does a silent client.
 #    An operation whose element says xsi:nil, as some clients write one without fields, arrives as no
-#    request at all; it gets one with every field at its default.
+#    request at all; it gets one with every field at its default. And envelopes of other versions than
+#    those of SOAP, which it would answer with what is no SOAP.
 {
     sed '/#include "soapH.h"/q' "$out/soapServer.cpp"
     cat <<'END'
+#include "Answer.h"
 
 static int soap_message_error(struct soap *soap)
 {
@@ -51,13 +53,20 @@ static int soap_message_error(struct soap *soap)
 	return soap->error;
 }
 
+static int soap_envelope_is_known(struct soap *soap)
+{
+	/* A namespace that resembles that of SOAP 1.2 leaves no version. */
+	return soap->version ? SOAP_OK : (soap->error = SOAP_VERSIONMISMATCH);
+}
+
 static int soap_begin_message(struct soap *soap)
 {
 	soap_begin(soap);
 	if (!soap_begin_recv(soap))
-	{	if (!soap_envelope_begin_in(soap) && !soap_recv_header(soap) && !soap_body_begin_in(soap))
+	{	if (!soap_envelope_begin_in(soap) && !soap_envelope_is_known(soap) && !soap_recv_header(soap) && !soap_body_begin_in(soap))
 			return SOAP_OK;
 		soap_message_error(soap);
+		soap_mend_answer(soap);
 	}
 	return soap->error < SOAP_STOP ? soap_send_fault(soap) : soap_closesock(soap);
 }
@@ -71,7 +80,12 @@ END
 } >"$out/soapServer.new"
 mv "$out/soapServer.new" "$out/soapServer.cpp"
 
-# 5. Schema. The polymorphic wrappers (C++ names with a trailing underscore) repeat the names of the
+# 5. What the answer quotes of the message: names in faults, namespaces. It comes in whatever bytes.
+sed -i -e 's/#include "soapH.h"/&\n#include "Answer.h"/' \
+    -e '/SOAP_FMAC4 soap_serializeheader(struct soap \*soap)$/{n;s/{/{\tsoap_mend_answer(soap);/;}' "$out/soapC.cpp"
+grep -q 'soap_mend_answer(soap);' "$out/soapC.cpp"
+
+# 6. Schema. The polymorphic wrappers (C++ names with a trailing underscore) repeat the names of the
 #    simple types that they wrap, which no validator accepts; they are no types of the schema.
 #    'mixed' says nothing on simple content, and some tools refuse it. Nothing of the encoding's
 #    namespace is used, and its import would send a tool to look for it.
@@ -84,7 +98,7 @@ do
         "$file"
 done
 
-# 6. Both SOAP versions in one WSDL: the generator writes one binding a run.
+# 7. Both SOAP versions in one WSDL: the generator writes one binding a run.
 {
     sed -n '/<binding /,/<\/binding>/p' "$out/soap12/VideoAnalytics.wsdl" |
         sed -e 's/<binding name="VideoAnalytics"/<binding name="VideoAnalyticsSoap12"/' \

@@ -6,6 +6,8 @@
 
 #include <fake-platform/FakePlatform.h>
 
+#include <analytics/Document.h>
+
 #include <soapH.h>
 
 #include <gtest/gtest.h>
@@ -240,6 +242,51 @@ TEST(ExchangeTest, ManyIdentifiersCostLinearTime)
     EXPECT_CALL(platform.profiles, CreateProfile).WillOnce(testing::Return(true));
     EXPECT_THAT(wire::Answer(body + "</v:CreateProfile>"), StartsWith("HTTP/1.1 200 OK\r\n"));
     analyticsapi::SoapRequest::Shutdown();
+}
+
+TEST(ExchangeTest, AFaultQuotesWhatXmlCanHold)
+{
+    fake::Platform platform;
+    const struct
+    {
+        std::string name;
+        std::string quoted;
+    } cases[] = {
+        {"Caf\xc3\xa9\xe4\xb8\xad\xf0\x9f\x98\x80", "Caf\xc3\xa9\xe4\xb8\xad\xf0\x9f\x98\x80"},
+        {"a\xff\xfe", "a??"},
+        {"a\x80", "a?"},
+        {"a\xe4\xb8", "a??"},
+        {"a\xc3", "a?"},
+        {"a\xc0\xaf", "a??"},
+        {"a\xe0\x80\xaf", "a???"},
+        {"a\xed\xa0\x80", "a???"},
+        {"a\xef\xbf\xbe", "a???"},
+        {"a\xf4\x90\x80\x80", "a????"},
+    };
+    for (const auto& c : cases)
+    {
+        for (const std::string space : {wire::kEnvelope11, wire::kEnvelope12})
+        {
+            const std::string answer = wire::Answer("<v:" + c.name + "/>", space);
+            EXPECT_THAT(answer, HasSubstr("Method 'v:" + c.quoted + "' not implemented"));
+            analytics::Document document;
+            EXPECT_TRUE(document.ParseString(answer.substr(answer.find("\r\n\r\n") + 4))) << answer;
+        }
+    }
+}
+
+TEST(ExchangeTest, AnAnswerIsInTheNamespacesOfTheSchema)
+{
+    fake::Platform platform;
+    EXPECT_CALL(platform.profiles, GetProfileList).WillRepeatedly(testing::Return(true));
+    for (const std::string date : {"1999", "20\xff", "&quot;"})
+        for (const std::string name : {"XMLSchema-instance", "XMLSchema", "soap-encoding"})
+        {
+            const std::string answer =
+                wire::Answer("<v:GetProfileList xmlns:x=\"http://www.w3.org/" + date + "/" + name + "\"/>");
+            EXPECT_THAT(answer, StartsWith("HTTP/1.1 200 OK\r\n"));
+            EXPECT_THAT(answer, testing::Not(HasSubstr(date + "/"))) << answer;
+        }
 }
 
 TEST(SoapIOLifeTest, TheTemplateGoesBeforeTheServerStops)

@@ -231,6 +231,18 @@ TEST_F(MessagesTest, BrokenMessagesAreFaultsOfTheSender)
     EXPECT_THAT(wire::Serve(wire::Http("no xml")).sent, HasSubstr("<faultcode>SOAP-ENV:Client</faultcode>"));
 }
 
+TEST_F(MessagesTest, AnEnvelopeOfAnotherVersionIsAVersionMismatch)
+{
+    for (const char* space :
+         {"http://www.w3.org/2003/07/soap-envelope", "http://www.w3.org/\xff/soap-envelope"})
+    {
+        const std::string answer = wire::Answer("<v:GetProfileList/>", space);
+        EXPECT_THAT(answer,
+                    HasSubstr("<SOAP-ENV:Envelope xmlns:SOAP-ENV=\"" + std::string(wire::kEnvelope11)));
+        EXPECT_THAT(answer, HasSubstr("<faultcode>SOAP-ENV:VersionMismatch</faultcode>"));
+    }
+}
+
 TEST_F(MessagesTest, OnlyPostIsServed)
 {
     const std::string answer = wire::Serve("GET / HTTP/1.1\r\nHost: camera\r\n\r\n").sent;

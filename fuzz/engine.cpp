@@ -1,0 +1,47 @@
+// Engine documents, as the store may hold them, into every reader: each behavior's and the scene's, and
+// that which puts a profile together.
+
+#include "Conversion.h"
+#include "Expect.h"
+
+#include "store/ProfileDocument.h"
+
+namespace
+{
+constexpr char kScene[] = "com.varlo.engine.sceneanalyzer";
+
+// The profile whose behaviors and engines all have `document` as their configuration.
+std::string Merged(const std::string& document, bool active)
+{
+    std::vector<analytics::StoredRule> rules;
+    std::vector<analytics::StoredEngine> engines;
+    for (const analytics::Manifest& behavior : fuzzing::Behaviors())
+    {
+        rules.push_back({behavior.Id(), document, active});
+        for (const std::string& engine : behavior.Dependencies())
+            engines.push_back({engine, document});
+    }
+    return analytics::MergeProfile(rules, engines);
+}
+
+bool Names(const std::string& document, const analytics::Manifest& behavior)
+{
+    return document.find(behavior.Id()) != std::string::npos ||
+           document.find(behavior.Dependencies().at(0)) != std::string::npos;
+}
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    const std::string document = fuzzing::Text(data, size);
+    // The readers of behaviors that the document doesn't name find nothing in it.
+    for (const analytics::Manifest& behavior : fuzzing::Behaviors())
+        if (Names(document, behavior))
+            fuzzing::CheckRead(behavior.Id(), {document, {}});
+    fuzzing::CheckRead(kScene, {document, {}});
+
+    const std::string merged = Merged(document, size % 2 == 0);
+    const std::string again = Merged(merged, size % 2 == 0);
+    fuzzing::Expect(again == merged, "a profile put together of itself is the same", merged + "\n" + again);
+    return 0;
+}
