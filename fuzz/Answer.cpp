@@ -16,6 +16,9 @@ namespace
 constexpr const char* kEnvelopes[] = {"http://schemas.xmlsoap.org/soap/envelope/",
                                       "http://www.w3.org/2003/05/soap-envelope"};
 
+// What a client that asked for it is told ahead of its answer.
+constexpr char kContinue[] = "HTTP/1.1 100 Continue\r\n\r\n";
+
 using Document = std::unique_ptr<xmlDoc, decltype(&xmlFreeDoc)>;
 
 bool Is(const xmlNode* node, const char* name, const char* space)
@@ -82,8 +85,10 @@ void CheckEnvelope(const std::string& body, const std::string& answer)
 }
 } // namespace
 
-void CheckAnswer(const std::string& answer, const std::string& request)
+void CheckAnswer(std::string answer, const std::string& request)
 {
+    while (answer.starts_with(kContinue))
+        answer.erase(0, std::strlen(kContinue));
     if (answer.empty())
         return;
     const std::size_t end = answer.find("\r\n\r\n");

@@ -3,6 +3,8 @@
 
 #include "Expect.h"
 
+#include "xml/Path.h"
+
 #include <analytics/Document.h>
 
 #include <algorithm>
@@ -31,6 +33,28 @@ void Touch(analytics::Document& document, const std::string& query)
     }
 }
 
+std::string Matches(analytics::Document& document, const std::string& query)
+{
+    std::string text;
+    for (analytics::DocumentNode* const match : document.SelectNodes(query, nullptr))
+    {
+        const std::unique_ptr<analytics::DocumentNode> node(match);
+        text += node->DumpToString() + '\n';
+    }
+    return text;
+}
+
+// Plain paths are walked by our own code; in parentheses they are XPath's.
+void ExpectWhatXPathFinds(analytics::Document& document, const std::string& query)
+{
+    if (!analytics::xml::Path::Read(query))
+        return;
+    const std::string found = Matches(document, query);
+    const std::string expected = Matches(document, '(' + query + ')');
+    Expect(found == expected, "a path finds what XPath finds",
+           query + "\n" + found + "instead of\n" + expected);
+}
+
 void ExpectReadable(const analytics::Document& document)
 {
     const std::string text = document.DumpToString();
@@ -54,6 +78,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (!document.ParseString(text))
         return 0;
     ExpectReadable(document);
+    ExpectWhatXPathFinds(document, query);
     document.GetSingleValue(query, nullptr);
     document.GetSingleValue(query, 7, nullptr);
     Touch(document, query);

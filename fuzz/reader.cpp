@@ -23,6 +23,7 @@ struct Verdict
 {
     Outcome outcome = Outcome::NeedMore;
     std::string request;
+    std::string authorization;
 };
 
 Verdict Read(std::string_view text, std::size_t limit, const std::function<std::size_t()>& piece)
@@ -41,7 +42,10 @@ Verdict Read(std::string_view text, std::size_t limit, const std::function<std::
         Expect(reader.Held() <= 2 * limit + 200'000, "a reader holds no more than was sent");
     }
     if (verdict.outcome == Outcome::Complete)
+    {
+        verdict.authorization = reader.Authorization();
         verdict.request = reader.TakeRequest();
+    }
     return verdict;
 }
 
@@ -55,7 +59,7 @@ std::string Name(Outcome outcome)
 bool Agree(const Verdict& whole, const Verdict& pieces)
 {
     return (whole.outcome == Outcome::Complete) == (pieces.outcome == Outcome::Complete) &&
-           whole.request == pieces.request;
+           whole.request == pieces.request && whole.authorization == pieces.authorization;
 }
 } // namespace
 

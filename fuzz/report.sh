@@ -16,20 +16,21 @@ platform=platform/source
 conversion=video-analytics/source/conversion
 declare -A files=(
     [reader]="$platform/net/RequestReader.cpp $platform/net/RequestParser.cpp"
-    [message]="source/SoapIO.cpp source/SoapRequest.cpp schema/Answer.cpp $(echo video-analytics/source/*.cpp) $(echo $platform/store/Profile*.cpp)"
+    [message]="source/SoapIO.cpp source/SoapRequest.cpp schema/Answer.cpp $(echo video-analytics/source/*.cpp) $(echo $platform/store/*.cpp)"
     [behavior]="$(echo $conversion/[A-R]*.cpp $conversion/St*.cpp $conversion/frame)"
     [scene]="$(echo $conversion/Scene*.cpp)"
     [engine]="$(echo $conversion/*OnvifDoc.cpp) $conversion/frame $platform/store/ProfileDocument.cpp $platform/xml/EngineDocument.cpp $platform/xml/ProfileDoc.cpp"
-    [settings]="$platform/settings $platform/xml/XmlFile.cpp $platform/net/Limits.cpp $platform/net/ConfiguredEndpoint.cpp"
+    [settings]="$platform/settings $platform/access/AccessSettings.cpp $platform/xml/XmlFile.cpp $platform/net/Limits.cpp $platform/net/ConfiguredEndpoint.cpp"
     [manifest]="$platform/plugins/ManifestFile.cpp $platform/xml/XmlFile.cpp"
-    [query]="$(echo $platform/xml/{Document,DocumentNode,Parser,Query,Text,Tree}.cpp)")
+    [query]="$(echo $platform/xml/{Document,DocumentNode,Parser,Query,Text,Tree,Path,PathReader,Writer}.cpp)"
+    [access]="$platform/access/BasicCredentials.cpp $platform/access/Users.cpp")
 declare -A seeds=(
     [behavior]="tests/data platform/data/plugins" [scene]="tests/data/sceneanalyzer platform/data/plugins"
     [engine]="tests/data platform/data/plugins" [settings]="platform/data" [manifest]="platform/data/plugins")
 
 echo "| Program | Inputs | Seconds | Lines of its files |"
 echo "|---|---|---|---|"
-for name in reader message behavior scene engine settings manifest query
+for name in reader message behavior scene engine settings manifest query access
 do
     program=$build/fuzz/fuzz-$name
     # shellcheck disable=SC2086

@@ -3,6 +3,8 @@
 #include "Expect.h"
 #include "Installation.h"
 
+#include "access/AccessSettings.h"
+#include "access/Users.h"
 #include "net/ConfiguredEndpoint.h"
 #include "net/Limits.h"
 
@@ -20,6 +22,18 @@ bool IsTrimmed(const std::string& text)
                             !std::isspace(static_cast<unsigned char>(text.back())));
 }
 
+void ReadAccess(const std::string& address)
+{
+    try
+    {
+        tarno::osa::CheckAccess(tarno::osa::AccessInSettings("kestrile-server"), address);
+    }
+    catch (const tarno::osa::AccessFault& fault)
+    {
+        Expect(*fault.what() != '\0', "a refusal has a reason");
+    }
+}
+
 void ReadAll()
 {
     for (const char* const key : {"//backlog", "//maxResource", "//maxSelectableRules/numberOfCount",
@@ -35,8 +49,9 @@ void ReadAll()
     const tarno::osa::Limits limits = tarno::osa::LimitsFromSettings();
     Expect(limits.maxConnections > 0 && limits.maxRequestBytes > 0 && limits.requestTime.count() > 0,
            "each limit leaves room for a request");
-    Expect(!tarno::osa::ConfiguredEndpoint("kestrile-server", 0).address.empty(),
-           "an endpoint has an address");
+    const std::string address = tarno::osa::ConfiguredEndpoint("kestrile-server", 0).address;
+    Expect(!address.empty(), "an endpoint has an address");
+    ReadAccess(address);
 }
 } // namespace
 

@@ -1,12 +1,11 @@
+#!/usr/bin/python3 -B
 """Drives a host with all operations from many clients at a time, and checks every answer against what
 the clients know of the store.
 
-    soak.py [--seconds 1800] [--clients 8] [--tls] [--seed 1]
+    tests/soak/soak.py [--seconds 1800] [--clients 8] [--tls] [--seed 1]
 
-The programs and files come from the environment that CTest sets for the wire tests, among which a run
-of 15 seconds is one. The long one:
-
-    SOAK_OPTIONS="--seconds 1800" ctest --preset dev -R wire.soak -V
+The programs and files come from the environment that CTest sets for the wire tests, of which short runs
+are one (wire.soak). Without it, they are those of the build in BUILD, build/dev if that isn't set.
 
 Beside the clients there are peers that send a byte a second or nothing. Ends with 0 if every answer was
 right and no connection was dropped that needn't be. If it runs for ten minutes or longer, the memory of
@@ -16,6 +15,7 @@ the host at the end has to be within 5 % of that after the first minute.
 import argparse
 import collections
 import multiprocessing
+import os
 import random
 import ssl
 import sys
@@ -23,7 +23,12 @@ import time
 import traceback
 from pathlib import Path
 
-sys.path.insert(0, str(Path(__file__).resolve().parent.parent / "wire"))
+ROOT = Path(__file__).resolve().parent.parent.parent
+BUILD = Path(os.environ.get("BUILD", ROOT / "build/dev")).absolute()
+for name, place in (("HOST", BUILD / "host/varlo-analytics-host"), ("GENERATED", BUILD / "schema/generated"),
+                    ("LIBRARY", BUILD / "source/libvarlo-analytics-api.so"), ("DATA", ROOT / "platform/data")):
+    os.environ.setdefault(name, str(place))
+sys.path.insert(0, str(ROOT / "tests/wire"))
 
 import connection
 import operations

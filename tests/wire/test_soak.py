@@ -1,4 +1,4 @@
-"""A short run of the soak, which SOAK_OPTIONS makes longer: see tests/soak/soak.py."""
+"""Short runs of the soak, without certificates and with them. For a long run see tests/soak/soak.py."""
 
 import os
 import subprocess
@@ -11,7 +11,13 @@ SOAK = Path(os.environ["SOURCE"]) / "tests/soak/soak.py"
 
 class Soak(unittest.TestCase):
     def test_no_wrong_answer_and_no_drop(self):
-        options = os.environ.get("SOAK_OPTIONS", "--seconds 15").split()
+        self.soak("--seconds 8")
+
+    def test_with_certificates(self):
+        self.soak("--seconds 8 --tls")
+
+    def soak(self, options):
+        options = options.split()
         run = subprocess.run([sys.executable, "-B", str(SOAK), *options], stdin=subprocess.DEVNULL,
                              stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, errors="replace")
         print(run.stdout)

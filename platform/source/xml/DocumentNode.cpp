@@ -3,6 +3,7 @@
 #include "xml/Memory.h"
 #include "xml/Text.h"
 #include "xml/Tree.h"
+#include "xml/Writer.h"
 
 #include <algorithm>
 #include <memory>
@@ -41,11 +42,8 @@ std::string Dump(xmlNode* node)
     xml::RequireMemory();
     xmlNode* copy = xmlDocCopyNode(node, doc.get(), 1);
     xmlDocSetRootElement(doc.get(), copy);
-    const std::unique_ptr<xmlBuffer, decltype(&xmlBufferFree)> buffer(xmlBufferCreate(), xmlBufferFree);
     xml::RequireMemory();
-    xmlNodeDump(buffer.get(), doc.get(), copy, 0, 0);
-    xml::RequireMemory();
-    return std::string(xml::View(xmlBufferContent(buffer.get())));
+    return xml::Write(*copy);
 }
 
 bool Contains(const xmlNode* outer, const xmlNode* node)

@@ -57,6 +57,8 @@ class Writer
     {
         if (node.type == XML_ELEMENT_NODE)
             return Tag(node);
+        if (node.type == XML_DTD_NODE)
+            return Append({"<!DOCTYPE ", View(node.name), ">"}); // the parser lets no more in
         const std::string_view content = View(node.content);
         if (node.type == XML_COMMENT_NODE)
             Append({"<!--", content, "-->"});
@@ -141,21 +143,17 @@ class Writer
 
     std::string& m_out;
 };
-
-std::string WriteByTheLibrary(const xmlDoc& doc)
-{
-    xmlChar* text = nullptr;
-    int size = 0;
-    xmlDocDumpMemoryEnc(const_cast<xmlDoc*>(&doc), &text, &size, "UTF-8");
-    return Take(text);
-}
-
 } // namespace
+
+std::string Write(const xmlNode& node)
+{
+    std::string text;
+    Writer(text).Subtree(&node);
+    return text;
+}
 
 std::string Write(const xmlDoc& doc)
 {
-    if (doc.intSubset != nullptr)
-        return WriteByTheLibrary(doc);
     std::string text;
     Writer writer(text);
     writer.Declaration(doc);

@@ -139,6 +139,25 @@ TEST(Document, DeletesEveryMatch)
     EXPECT_EQ(doc.SelectNode("//*", nullptr), nullptr);
 }
 
+TEST(Document, WritesAnyNamespaceSoThatItCanBeRead)
+{
+    for (const std::string start : {"", "<!DOCTYPE a>"})
+    {
+        Document doc;
+        ASSERT_TRUE(
+            doc.ParseString(start + "<a xmlns:p=\"urn:x?a=1&amp;b&lt;'&quot;&#10;\"><p:b p:c=\"1\"/></a>"));
+        const std::string text = doc.DumpToString();
+        const Node root = Select(doc, "/*");
+        for (const std::string& dump : {text, start + root->DumpToString()})
+        {
+            Document again;
+            ASSERT_TRUE(again.ParseString(dump)) << dump;
+            EXPECT_EQ(again.DumpToString(), text);
+            EXPECT_EQ(again.GetSingleValue("//p:b/@p:c", nullptr), "1");
+        }
+    }
+}
+
 TEST(Document, IsDestroyedThroughItsBase)
 {
     class Derived : public Document
