@@ -13,4 +13,9 @@ do
     cmake --preset "$preset" >/dev/null
     cmake --build --preset "$preset"
     ctest --preset "$preset" "$@"
+    # The Debian packages of the build as a user builds it, unless single tests were asked for.
+    if [ "$preset" = dev ] && [ $# -eq 0 ]
+    then
+        packaging/test-packages.sh "build/$preset"
+    fi
 done

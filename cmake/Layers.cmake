@@ -11,7 +11,7 @@ function(layer name)
         set(kind STATIC)
     endif()
     add_library(${name} ${kind} ${arg_SOURCES})
-    target_include_directories(${name} PUBLIC ${arg_HEADERS})
+    target_include_directories(${name} PUBLIC $<BUILD_INTERFACE:${arg_HEADERS}>)
     target_link_libraries(${name} PUBLIC ${arg_USES} PRIVATE own-code ${arg_PRIVATELY})
     # Each public header compiles by itself.
     file(GLOB_RECURSE headers CONFIGURE_DEPENDS ${arg_HEADERS}/*.h)

@@ -1,13 +1,21 @@
 #!/usr/bin/env bash
 # Installs the Debian packages that are missing.
 #
-#   install-packages.sh build [test]
+#   install-packages.sh build [test] [coverage] [cross]
+#
+# "cross" is what the preset arm64 needs besides "build".
 set -euo pipefail
 
 build="cmake ninja-build g++ pkg-config gsoap libgsoap-dev libxml2-dev libsqlite3-dev libsqlitecpp-dev
     libboost-dev libcli11-dev libssl-dev zlib1g-dev libsystemd-dev libcrypt-dev"
 test="clang libclang-rt-dev lld libgtest-dev libgmock-dev libbenchmark-dev python3 python3-lxml python3-zeep
-    curl openssl binutils procps"
+    curl openssl binutils procps man-db php-cli php-soap libsoap-lite-perl nlohmann-json3-dev nodejs
+    mmdebstrap lintian systemd-container dpkg-dev file"
+# Node of another maker brings npm along, and refuses that of Debian beside it.
+command -v npm >/dev/null || test="$test npm"
+coverage="llvm"
+cross="g++-aarch64-linux-gnu libgsoap-dev:arm64 libxml2-dev:arm64 libsqlite3-dev:arm64 libsqlitecpp-dev:arm64
+    libsystemd-dev:arm64 libssl-dev:arm64 libcrypt-dev:arm64"
 
 missing=()
 for group in "$@"
@@ -28,5 +36,9 @@ then
 fi
 echo "Installing ${missing[*]}" >&2
 export DEBIAN_FRONTEND=noninteractive
+if [[ "${missing[*]}" = *:arm64* ]]
+then
+    "${as_root[@]}" dpkg --add-architecture arm64
+fi
 "${as_root[@]}" apt-get update -qq
 "${as_root[@]}" apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null

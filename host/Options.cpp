@@ -62,6 +62,8 @@ std::variant<Options, int> ReadOptions(int argc, char** argv)
     app.add_option("--library", options.library, "API library to load")
         ->type_name("FILE")
         ->capture_default_str();
+    app.add_flag("--recover", options.recover,
+                 "Save what can be read of a damaged profile store, keep the damaged files, and start");
     app.set_version_flag("--version", "varlo-analytics-host " VERSION);
     try
     {

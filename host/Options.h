@@ -8,7 +8,8 @@
 struct Options
 {
     analytics::platform::Configuration platform;
-    std::string library; // file of the API library
+    std::string library;  // file of the API library
+    bool recover = false; // save what can be read of a damaged profile store before the start
 };
 
 // What the command line asks for, or the exit code if it has been answered already: 0 for --help and

@@ -16,6 +16,7 @@
 #include <chrono>
 #include <cstdio>
 #include <exception>
+#include <string>
 
 namespace
 {
@@ -56,6 +57,11 @@ void ReportListening(const std::string& url)
     sd_notifyf(0, "READY=1\nSTATUS=Listening on %s", url.c_str());
 }
 
+void Report(const std::string& sentence)
+{
+    std::fprintf(stderr, "varlo-analytics-host: %s\n", sentence.c_str());
+}
+
 int Run(Options options)
 {
     const sigset_t signals = BlockSignals();
@@ -63,6 +69,8 @@ int Run(Options options)
     JoinFreedBlocksAtOnce();
     options.platform.onListening = ReportListening;
     analytics::platform::Configure(options.platform);
+    if (options.recover)
+        Report(analytics::platform::RecoverStore());
     Service service(Library(options.library), kServiceEnded);
 
     int received = 0;
@@ -70,7 +78,7 @@ int Run(Options options)
     if (received == kServiceEnded)
     {
         service.End();
-        std::fprintf(stderr, "varlo-analytics-host: %s\n", service.Failure().c_str());
+        Report(service.Failure());
         return 1;
     }
     sd_notify(0, "STOPPING=1");
@@ -93,7 +101,7 @@ int main(int argc, char** argv)
     }
     catch (const std::exception& e)
     {
-        std::fprintf(stderr, "varlo-analytics-host: %s\n", e.what());
+        Report(e.what());
         return 1;
     }
 }

@@ -37,6 +37,8 @@ sed -E -i 's/^enum (VideoAnalytics__[A-Za-z]+) \{$/enum \1 : int {/' "$out/soapS
 # 4. Messages that end too early. gSOAP closes the connection without a word when the input ends within
 #    a message; the sender is to be told that it is broken. Only the reading changes: an operation that
 #    returns the end-of-file status still ends without an answer, and so does a silent client.
+#    An operation whose element says xsi:nil, as some clients write one without fields, arrives as no
+#    request at all; it gets one with every field at its default.
 {
     sed '/#include "soapH.h"/q' "$out/soapServer.cpp"
     cat <<'END'
@@ -63,18 +65,22 @@ END
     sed -E -e '1,/#include "soapH.h"/d' \
         -e 's/soap_begin_serve\(soap\)/soap_begin_message(soap)/' \
         -e '/soap_get___VideoAnalytics__/{n;s/soap->error/soap_message_error(soap)/;}' \
-        -e '/soap_end_recv\(soap\)\)/{n;s/soap->error/soap_message_error(soap)/;}' "$out/soapServer.cpp"
+        -e '/soap_end_recv\(soap\)\)/{n;s/soap->error/soap_message_error(soap)/;}' \
+        -e 's/^\tsoap->error = __VideoAnalytics__([A-Za-z0-9]+)\(soap, ([^,]+), &.*/\tif (!\2)\n\t{\t\2 = soap_new__VideoAnalytics__\1(soap);\n\t\tif (!\2)\n\t\t\treturn soap->error;\n\t\t\2->soap_default(soap);\n\t}\n&/' \
+        "$out/soapServer.cpp"
 } >"$out/soapServer.new"
 mv "$out/soapServer.new" "$out/soapServer.cpp"
 
 # 5. Schema. The polymorphic wrappers (C++ names with a trailing underscore) repeat the names of the
 #    simple types that they wrap, which no validator accepts; they are no types of the schema.
-#    'mixed' says nothing on simple content, and some tools refuse it.
+#    'mixed' says nothing on simple content, and some tools refuse it. Nothing of the encoding's
+#    namespace is used, and its import would send a tool to look for it.
 for file in "$out/VideoAnalytics.xsd" "$out/VideoAnalytics.wsdl"
 do
     sed -E -i \
         -e '/<complexType name="[A-Za-z0-9]+"><!-- VideoAnalytics__[A-Za-z0-9]+_+ -->/,/<\/complexType>/d' \
         -e 's/ mixed="true"//' \
+        -e '/<import namespace="http:\/\/schemas.xmlsoap.org\/soap\/encoding\/"\/>/d' \
         "$file"
 done
 

@@ -106,7 +106,15 @@ void SoapIO::SoapIOImpl::AcceptSocket(tarno::osa::TcpSocket* s) noexcept
     soap* const context = GetSoapStruct(s);
     if (context == nullptr)
         return; // the socket is given up as it stands: with no memory left nothing better can be done
-    soap_serve(context);
+    try
+    {
+        soap_serve(context);
+    }
+    catch (...)
+    {
+        // The runtime has found no memory, so that no answer can be written either.
+    }
+    Close(context); // nothing to do where the runtime has done it
     context->plugins = nullptr;
     // In this order: the response's objects live in the context and hold strings and vectors.
     soap_delete(context, nullptr);
@@ -116,9 +124,10 @@ void SoapIO::SoapIOImpl::AcceptSocket(tarno::osa::TcpSocket* s) noexcept
 
 soap* SoapIO::SoapIOImpl::GetSoapStruct(tarno::osa::TcpSocket* s) const noexcept
 {
+    soap* context = nullptr;
     try
     {
-        soap* const context = soap_new1(SOAP_C_UTFSTRING);
+        context = soap_new1(SOAP_C_UTFSTRING);
         if (context == nullptr)
             return nullptr;
         context->fposthdr = _soap->fposthdr;
@@ -134,11 +143,6 @@ soap* SoapIO::SoapIOImpl::GetSoapStruct(tarno::osa::TcpSocket* s) const noexcept
         // elements with many `id` attributes would cost quadratic time.
         context->imode |= SOAP_XML_TREE;
         auto* const data = static_cast<SoapUserData*>(soap_malloc(context, sizeof(SoapUserData)));
-        if (data == nullptr)
-        {
-            soap_free(context);
-            return nullptr;
-        }
         data->post = _post;
         SaveTcpSocket(context, s);
         context->user = data;
@@ -146,6 +150,8 @@ soap* SoapIO::SoapIOImpl::GetSoapStruct(tarno::osa::TcpSocket* s) const noexcept
     }
     catch (...)
     {
+        if (context != nullptr)
+            soap_free(context);
         return nullptr;
     }
 }

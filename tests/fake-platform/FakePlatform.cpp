@@ -14,8 +14,19 @@ namespace
 {
 Platform* gPlatform = nullptr;
 
+// One call of the platform, for as long as the expression that makes it.
+struct Call
+{
+    Call() { Platform::Current().onCall(); }
+    ~Call() { Platform::Current().onReturn(); }
+    Call(const Call&) = delete;
+    Call& operator=(const Call&) = delete;
+    Profiles* operator->() const { return &Platform::Current().profiles; }
+};
+
 const Plugin* Find(const std::string& id)
 {
+    const Call call;
     const auto& plugins = Platform::Current().plugins;
     const auto it = std::find_if(plugins.begin(), plugins.end(),
                                  [&](const Plugin& plugin)
@@ -25,6 +36,7 @@ const Plugin* Find(const std::string& id)
 
 std::vector<std::string> Setting(const std::string& key)
 {
+    const Call call;
     Platform::Current().onSetting();
     const auto it = Platform::Current().settings.find(key);
     return it == Platform::Current().settings.end() ? std::vector<std::string>() : it->second;
@@ -65,55 +77,46 @@ ProfileManager::~ProfileManager() { ++Platform::Current().managersDeleted; }
 
 bool ProfileManager::CreateProfile(int& id, const std::string& name)
 {
-    return Platform::Current().profiles.CreateProfile(id, name);
+    return fake::Call()->CreateProfile(id, name);
 }
-bool ProfileManager::DeleteProfile(int id) { return Platform::Current().profiles.DeleteProfile(id); }
-bool ProfileManager::ExecuteProfile(int id) { return Platform::Current().profiles.ExecuteProfile(id); }
-bool ProfileManager::StopProfile(int id) { return Platform::Current().profiles.StopProfile(id); }
-bool ProfileManager::AlgorithmControl(int command)
-{
-    return Platform::Current().profiles.AlgorithmControl(command);
-}
-bool ProfileManager::GetActiveProfile(int& id) const
-{
-    return Platform::Current().profiles.GetActiveProfile(id);
-}
+bool ProfileManager::DeleteProfile(int id) { return fake::Call()->DeleteProfile(id); }
+bool ProfileManager::ExecuteProfile(int id) { return fake::Call()->ExecuteProfile(id); }
+bool ProfileManager::StopProfile(int id) { return fake::Call()->StopProfile(id); }
+bool ProfileManager::AlgorithmControl(int command) { return fake::Call()->AlgorithmControl(command); }
+bool ProfileManager::GetActiveProfile(int& id) const { return fake::Call()->GetActiveProfile(id); }
 bool ProfileManager::GetProfileList(std::vector<ProfileSummary>& list) const
 {
-    return Platform::Current().profiles.GetProfileList(list);
+    return fake::Call()->GetProfileList(list);
 }
-std::string ProfileManager::GetProfileName(int id) { return Platform::Current().profiles.GetProfileName(id); }
-std::string ProfileManager::GetCameraPreset(int id)
-{
-    return Platform::Current().profiles.GetCameraPreset(id);
-}
-std::string ProfileManager::GetConfig(int id) { return Platform::Current().profiles.GetConfig(id); }
+std::string ProfileManager::GetProfileName(int id) { return fake::Call()->GetProfileName(id); }
+std::string ProfileManager::GetCameraPreset(int id) { return fake::Call()->GetCameraPreset(id); }
+std::string ProfileManager::GetConfig(int id) { return fake::Call()->GetConfig(id); }
 bool ProfileManager::GetActiveRules(int id, std::vector<std::string>& rules) const
 {
-    return Platform::Current().profiles.GetActiveRules(id, rules);
+    return fake::Call()->GetActiveRules(id, rules);
 }
 bool ProfileManager::SetRuleConfig(int profile, const std::string& id, const std::string& config, bool active)
 {
-    return Platform::Current().profiles.SetRuleConfig(profile, id, config, active);
+    return fake::Call()->SetRuleConfig(profile, id, config, active);
 }
 bool ProfileManager::DeleteRule(int profile, const std::string& id)
 {
-    return Platform::Current().profiles.DeleteRule(profile, id);
+    return fake::Call()->DeleteRule(profile, id);
 }
 bool ProfileManager::GetEngineConfig(int profile, const std::string& id, std::string& config)
 {
-    return Platform::Current().profiles.GetEngineConfig(profile, id, config);
+    return fake::Call()->GetEngineConfig(profile, id, config);
 }
 bool ProfileManager::SetEngineConfig(int profile, const std::string& id, const std::string& config)
 {
-    return Platform::Current().profiles.SetEngineConfig(profile, id, config);
+    return fake::Call()->SetEngineConfig(profile, id, config);
 }
 bool ProfileManager::SetEngineConfig(int profile, const std::string& id, const std::string& config,
                                      const std::string& name, const std::string& preset)
 {
-    return Platform::Current().profiles.SetEngineConfig(profile, id, config, name, preset);
+    return fake::Call()->SetEngineConfig(profile, id, config, name, preset);
 }
-bool ProfileManager::GetMDActiveState() { return Platform::Current().profiles.GetMDActiveState(); }
+bool ProfileManager::GetMDActiveState() { return fake::Call()->GetMDActiveState(); }
 
 void PluginManager::GetManifest(Manifest& manifest, const std::string& id) const
 {
@@ -122,6 +125,7 @@ void PluginManager::GetManifest(Manifest& manifest, const std::string& id) const
 }
 void PluginManager::GetRulesManifests(ManifestArray& manifests) const
 {
+    const fake::Call call;
     for (const fake::Plugin& plugin : Platform::Current().plugins)
         if (plugin.fields.type == "rule")
             manifests.emplace_back(plugin.fields);
@@ -148,10 +152,22 @@ int Settings::GetValue(const std::string& key, int defaultValue)
     return values.empty() ? defaultValue : std::atoi(values.front().c_str());
 }
 std::vector<std::string> Settings::GetValues(const std::string& key) { return fake::Setting(key); }
-std::uint32_t Settings::MaxResource() { return Platform::Current().maxResource; }
+std::uint32_t Settings::MaxResource()
+{
+    const fake::Call call;
+    return Platform::Current().maxResource;
+}
 std::string Settings::OnvifPrefix() { return "tt"; }
-std::string Settings::RulesTag() { return "RuleEngineConfiguration"; }
-std::string Settings::EnginePattern() { return "com.varlo.engine."; }
+std::string Settings::RulesTag()
+{
+    const fake::Call call;
+    return "RuleEngineConfiguration";
+}
+std::string Settings::EnginePattern()
+{
+    const fake::Call call;
+    return "com.varlo.engine.";
+}
 
 } // namespace analytics
 

@@ -55,6 +55,11 @@ struct Platform
     Platform& operator=(const Platform&) = delete;
     static Platform& Current();
 
+    // Before each call of a manager or of the settings, but for the prefix, and when it has ended. The
+    // first may throw; the call then doesn't take place.
+    std::function<void()> onCall = [] {};
+    std::function<void()> onReturn = [] {};
+
     testing::NiceMock<Profiles> profiles;
     std::function<void()> onManagerMade = [] {}; // may throw
     int managersMade = 0;

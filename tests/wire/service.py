@@ -23,6 +23,8 @@ HOST = os.environ["HOST"]
 LIBRARY = os.environ["LIBRARY"]
 GENERATED = Path(os.environ["GENERATED"])
 DATA = Path(os.environ["DATA"])
+SOURCE = Path(os.environ["SOURCE"])
+BUILD = Path(os.environ["BUILD"])
 SANITIZED = bool(os.environ.get("SANITIZE"))
 
 NAMESPACE = "urn:schemas-varlo-com:service:VideoAnalytics:2"

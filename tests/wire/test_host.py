@@ -25,7 +25,7 @@ class Options(unittest.TestCase):
     def test_help_and_version(self):
         answer = run("--help")
         self.assertEqual(answer.returncode, 0)
-        for option in ("--listen", "--settings", "--plugins", "--state", "--library", "--help", "--version"):
+        for option in ("--listen", "--settings", "--plugins", "--state", "--library", "--recover", "--help", "--version"):
             self.assertIn(option, answer.stdout)
         for default in ("/etc/varlo-analytics/settings.xml", "/usr/share/varlo-analytics/plugins", "/var/lib/varlo-analytics"):
             self.assertIn(default, answer.stdout)
@@ -101,6 +101,27 @@ class BadDays(unittest.TestCase):
         store.write_bytes(b"no database at all" * 1000)
         self.ends_with(str(self.host.state))
         self.assertEqual(store.read_bytes(), b"no database at all" * 1000)
+
+    def test_damaged_store_is_recovered_when_told_so(self):
+        self.host.start()
+        self.host.call("CreateProfile", name="Day")
+        self.host.call("CreateProfile", name="Night")
+        self.host.call("DeleteProfile", profileId=2)
+        self.host.stop()
+        store = self.host.state / "profiles.db"
+        damaged = b"x" * 100 + store.read_bytes()[100:]
+        store.write_bytes(damaged)
+        self.ends_with(str(self.host.state), "it is damaged", "--recover")
+        self.assertEqual(store.read_bytes(), damaged)
+
+        self.host.options = ["--recover"]
+        self.host.start()
+        self.assertIn("saved 1 profile and 0 configurations; lost: nothing", self.host.errors[0])
+        self.assertEqual((self.host.state / "profiles.db.damaged-1").read_bytes(), damaged)
+        self.assertEqual([p.text for p in self.host.call("GetProfileList").iter("profile")], ["Day"])
+        self.assertEqual(self.host.call("CreateProfile", name="new").findtext("profileId"), "3")
+        self.host.restart()
+        self.assertIn("is sound; nothing was changed", self.host.errors[0])
 
     def test_plugin_with_a_broken_manifest_is_named_once_and_left_out(self):
         self.host.plugins = self.host.folder / "plugins"

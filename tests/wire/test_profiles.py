@@ -140,6 +140,22 @@ class Profiles(ServiceTest):
             self.assertIn(text, caught.exception.text)
             self.assertEqual(caught.exception.code, "SOAP-ENV:Client")
 
+    def test_a_call_that_says_nil_has_its_fields_missing(self):
+        nil = ' xmlns:xsi="http://www.w3.org/2001/XMLSchema-instance" xsi:nil="true"/>'
+        operations = [e.get("name") for e in service.etree.parse(str(GENERATED / "VideoAnalytics.wsdl")).iterfind(
+            "{http://schemas.xmlsoap.org/wsdl/}portType/{http://schemas.xmlsoap.org/wsdl/}operation")]
+        self.assertEqual(len(operations), 16)
+        for operation in operations:
+            for version in ENVELOPES:
+                with self.subTest(operation=operation, version=version):
+                    plain = service.envelope(operation, version)
+                    self.assertIn(f"<va:{operation}/>", plain)
+                    status, _, answer = self.host.post(plain.replace("/>", nil), version)
+                    self.assertEqual(status, self.host.post(plain, version)[0])
+                    if status == 200:
+                        service.body_of(answer, version)
+        self.assertIsNotNone(self.host.call("GetProfileList"))
+
 
 if __name__ == "__main__":
     unittest.main()

@@ -43,6 +43,10 @@ class RequestScope
     RequestScope(const RequestScope&) = delete;
     RequestScope& operator=(const RequestScope&) = delete;
 };
+// Saves what can be read of a damaged profile store into a new one, and keeps the damaged files beside it
+// under another name. Does nothing to a sound store. Returns a sentence on what was done, for the
+// operator. After Configure(), before a profile manager is made. Throws AnalyticsFault.
+std::string RecoverStore();
 
 // Why the last server could not come up; empty if it did or none was started. Any thread.
 std::string ServerFailure();

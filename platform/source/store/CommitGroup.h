@@ -31,6 +31,7 @@ class CommitGroup
         int code = 0;
         int systemError = 0;
         std::string detail;
+        std::string advice; // behind the sentence
     };
     struct Member
     {

@@ -17,14 +17,6 @@ namespace
 {
 std::string Words(int error) { return std::generic_category().message(error); }
 
-// A folder that was made is there after a power cut only once the folder above is on the disk.
-void Sync(const std::filesystem::path& folder)
-{
-    const FileHandle handle(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (handle)
-        fsync(handle.Get());
-}
-
 void MakeFolder(const std::filesystem::path& folder, mode_t mode)
 {
     std::error_code error;
@@ -39,9 +31,16 @@ void MakeFolder(const std::filesystem::path& folder, mode_t mode)
         throw AnalyticsFault(
             "The state folder " + folder.string() + " can't be made: " + Words(errno) +
             "; make the folder above it writable for the service, or choose another state folder");
-    Sync(parent);
+    SyncFolder(parent);
 }
 } // namespace
+
+void SyncFolder(const std::string& folder)
+{
+    const FileHandle handle(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (handle)
+        fsync(handle.Get());
+}
 
 void StateFolder::Take()
 {

@@ -7,6 +7,12 @@
 namespace analytics::platform
 {
 
+// Where the profile store lies in its folder.
+inline std::string DatabaseIn(const std::string& folder) { return folder + "/profiles.db"; }
+
+// Files that were made or renamed in it are so after a power cut only once the folder is on the disk.
+void SyncFolder(const std::string& folder);
+
 // The folder of the profile store, and the lock that keeps a second process out of it until this
 // object goes. One thread at a time.
 class StateFolder

@@ -4,6 +4,7 @@
 
 #include "store/StoreConnection.h"
 #include "store/StoreFault.h"
+#include "store/StoreRecovery.h"
 #include "store/StoreTransaction.h"
 
 #include <sqlite3.h>
@@ -17,9 +18,10 @@ namespace analytics::platform
 namespace
 {
 constexpr const char* kLogSuffix = "-wal";
-}
 
-Store::Store(const std::string& folder) : m_database(folder + "/profiles.db"), m_folder(folder) { Open(); }
+} // namespace
+
+Store::Store(const std::string& folder) : m_database(DatabaseIn(folder)), m_folder(folder) { Open(); }
 
 Store::~Store()
 {
@@ -69,6 +71,7 @@ void Store::Open()
         return;
     CloseConnections();
     m_folder.Take();
+    FinishRecovery(m_database);
     OpenConnections();
     SetUsable(true);
 }
@@ -129,7 +132,7 @@ void Store::Write(const Operation& operation)
     if (turn.Members().size() > 1)
         WriteTogether(turn.Members());
     if (member.outcome == CommitGroup::Outcome::kFailed)
-        Fail(member.failure.code, member.failure.systemError, member.failure.detail);
+        Fail(member.failure);
     if (member.outcome == CommitGroup::Outcome::kAlone)
         WriteAlone(operation);
 }
@@ -176,10 +179,15 @@ void Store::WriteTogether(const std::vector<CommitGroup::Member*>& members)
         if (m_writer)
             CommitTogether(*m_writer, members, within);
     }
+    catch (const UncertainCommit& error)
+    {
+        conclude(Outcome::kFailed, {error.getErrorCode(), errno, error.what(), UncertainCommit::kAdvice});
+    }
     catch (const SQLite::Exception& error)
     {
         const bool repeat = within || error.getErrorCode() == SQLITE_FULL;
-        conclude(repeat ? Outcome::kAlone : Outcome::kFailed, {error.getErrorCode(), errno, error.what()});
+        conclude(repeat ? Outcome::kAlone : Outcome::kFailed,
+                 {error.getErrorCode(), errno, error.what(), ""});
     }
     catch (const std::exception&)
     {
@@ -208,19 +216,23 @@ void Store::Guarded(const std::function<void()>& action)
     {
         action();
     }
+    catch (const UncertainCommit& error)
+    {
+        Fail({error.getErrorCode(), errno, error.what(), UncertainCommit::kAdvice});
+    }
     catch (const SQLite::Exception& error)
     {
-        Fail(error.getErrorCode(), errno, error.what());
+        Fail({error.getErrorCode(), errno, error.what(), ""});
     }
 }
 
-void Store::Fail(int code, int systemError, const std::string& detail)
+void Store::Fail(const CommitGroup::Failure& failure)
 {
     const std::string folder = m_database.substr(0, m_database.rfind('/'));
-    const StoreFault fault = ExplainStoreFault(code, systemError, folder, detail);
+    const StoreFault fault = ExplainStoreFault(failure.code, failure.systemError, folder, failure.detail);
     if (fault.reopen)
         SetUsable(false);
-    throw AnalyticsFault(fault.sentence);
+    throw AnalyticsFault(fault.sentence + failure.advice);
 }
 
 } // namespace analytics::platform

@@ -29,9 +29,10 @@ class Store
     ~Store();
 
     void Read(const Operation& operation);
-    // In one transaction, which is on the disk on return. What the operation throws takes it back, and
-    // nothing else. Operations that come at the same time may share a transaction, on a thread of any of
-    // them; an operation may run again after it was taken back.
+    // In one transaction, which is on the disk on return. What the operation throws takes it back, and so
+    // does a fault, except one that says to look; nothing else does. Operations that come at the same time
+    // may share a transaction, on a thread of any of them; an operation may run again after it was taken
+    // back.
     void Write(const Operation& operation);
     // How many changes wait for the one that is being written.
     std::size_t Waiting() { return m_group.Waiting(); }
@@ -61,7 +62,7 @@ class Store
     Files FilesOpened();
     void SetUsable(bool usable);
     void Guarded(const std::function<void()>& action);
-    [[noreturn]] void Fail(int code, int systemError, const std::string& detail);
+    [[noreturn]] void Fail(const CommitGroup::Failure& failure);
 
     const std::string m_database; // path of the file
     CommitGroup m_group;

@@ -24,6 +24,9 @@ class StoreConnection
     // A statement that is prepared the first time; `sql` is a literal. Used by one Query at a time.
     SQLite::Statement& Statement(const char* sql);
 
+    // To be called when a commit has failed: it may stand whole in the log all the same, unseen until the
+    // log is read anew. False if that could not be prevented.
+    bool DropUnfinished();
     // Leaves the file at the log's path on closing, since it isn't this database's.
     void LeaveLog();
     // Brings what the log holds into the database file; what that fails on stays in the log.
@@ -32,7 +35,10 @@ class StoreConnection
     SQLite::Database& Database() { return m_database; }
 
   private:
+    void Configure();
+    void Prepare();
     void Verify();
+    void BringLogInOnClosing(bool on);
 
     SQLite::Database m_database;
     std::unordered_map<const char*, SQLite::Statement> m_statements;

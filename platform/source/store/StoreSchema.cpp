@@ -1,6 +1,7 @@
 #include "store/StoreSchema.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>
+#include <sqlite3.h>
 
 #include <iterator>
 #include <string>
@@ -36,10 +37,25 @@ CREATE TABLE state (
 INSERT INTO state VALUES (1, NULL, 1, 0);
 )",
 };
+// What the tables have to answer.
+constexpr const char* kProbes[] = {
+    "SELECT count(*) = 1 FROM (SELECT one, active_profile, analytics_run, md_active FROM state)",
+    "SELECT count(*) >= 0 FROM (SELECT id, name, preset FROM profile LIMIT 1)",
+    "SELECT count(*) >= 0 FROM (SELECT profile, kind, plugin, active, document FROM configuration LIMIT 1)",
+};
+constexpr int kMaxVersion = 1000; // of any service to come; more is damage
 static_assert(std::size(kSteps) == kSchemaVersion);
 
 int Version(SQLite::Database& database) { return database.execAndGet("PRAGMA user_version").getInt(); }
 } // namespace
+
+bool IsComplete(SQLite::Database& database)
+{
+    for (const char* probe : kProbes)
+        if (database.execAndGet(probe).getInt() == 0)
+            return false;
+    return true;
+}
 
 bool BringUpToDate(SQLite::Database& database)
 {
@@ -47,8 +63,13 @@ bool BringUpToDate(SQLite::Database& database)
         return true;
     SQLite::Transaction transaction(database, SQLite::TransactionBehavior::IMMEDIATE);
     const int version = Version(database);
-    if (version > kSchemaVersion || version < 0)
+    if (version < 0 || version > kMaxVersion)
+        throw SQLite::Exception("no version", SQLITE_CORRUPT);
+    if (version > kSchemaVersion)
         return false;
+    // A file that isn't empty has lost its version.
+    if (version == 0 && database.execAndGet("SELECT count(*) FROM sqlite_schema").getInt() != 0)
+        throw SQLite::Exception("no version", SQLITE_CORRUPT);
     for (int step = version; step < kSchemaVersion; ++step)
         database.exec(kSteps[step]);
     database.exec("PRAGMA user_version = " + std::to_string(kSchemaVersion));

@@ -2,6 +2,8 @@
 
 #include <sqlite3.h>
 
+#include <cerrno>
+
 namespace analytics::platform
 {
 
@@ -40,8 +42,21 @@ bool StoreTransaction::Try(const std::function<void(StoreConnection&)>& part)
 
 void StoreTransaction::Commit()
 {
-    Run("COMMIT");
-    m_open = false;
+    try
+    {
+        Run("COMMIT");
+        m_open = false;
+    }
+    catch (const SQLite::Exception& error)
+    {
+        // What the client is told and what is stored then must not contradict each other.
+        const int systemError = errno;
+        const bool dropped = m_connection.DropUnfinished();
+        errno = systemError;
+        if (!dropped)
+            throw UncertainCommit(error);
+        throw;
+    }
 }
 
 } // namespace analytics::platform

@@ -7,6 +7,16 @@
 namespace analytics::platform
 {
 
+// A commit of which nobody knows whether it has come to pass.
+class UncertainCommit : public SQLite::Exception
+{
+  public:
+    static constexpr char kAdvice[] =
+        ". Whether the change was stored isn't known: look before you repeat it";
+
+    explicit UncertainCommit(const SQLite::Exception& error) : Exception(error) {}
+};
+
 // A transaction that writes, from its begin to Commit(); without that it is taken back. Errors come as
 // SQLite::Exception.
 class StoreTransaction
@@ -20,7 +30,7 @@ class StoreTransaction
     // Runs a part that can be taken back by itself. False if it threw anything but SQLite::Exception, and
     // has been taken back.
     bool Try(const std::function<void(StoreConnection&)>& part);
-    // On the disk on return.
+    // On the disk on return. If it fails, nothing of it will ever be there, unless it throws UncertainCommit.
     void Commit();
 
   private:

@@ -61,10 +61,7 @@ DocumentNode* Document::SelectNode(const std::string& query, DocumentNode* conte
 
 std::vector<DocumentNode*> Document::SelectNodes(const std::string& query, DocumentNode* context)
 {
-    std::vector<DocumentNode*> handles;
-    for (xmlNode* node : All(Content(), query, context))
-        handles.push_back(new DocumentNode(node));
-    return handles;
+    return xml::HandlesOf(All(Content(), query, context));
 }
 
 std::string Document::GetSingleValue(const std::string& query, DocumentNode* context)

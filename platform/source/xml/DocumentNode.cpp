@@ -1,9 +1,11 @@
 #include <analytics/DocumentNode.h>
 
+#include "xml/Memory.h"
 #include "xml/Text.h"
 #include "xml/Tree.h"
 
 #include <algorithm>
+#include <memory>
 
 namespace analytics
 {
@@ -36,13 +38,14 @@ std::string Dump(xmlNode* node)
 {
     // A copy of its own gets the declarations that reach the node from above.
     const xml::DocPointer doc(xmlNewDoc(Chars("1.0")));
+    xml::RequireMemory();
     xmlNode* copy = xmlDocCopyNode(node, doc.get(), 1);
     xmlDocSetRootElement(doc.get(), copy);
-    xmlBuffer* buffer = xmlBufferCreate();
-    xmlNodeDump(buffer, doc.get(), copy, 0, 0);
-    std::string text(xml::View(xmlBufferContent(buffer)));
-    xmlBufferFree(buffer);
-    return text;
+    const std::unique_ptr<xmlBuffer, decltype(&xmlBufferFree)> buffer(xmlBufferCreate(), xmlBufferFree);
+    xml::RequireMemory();
+    xmlNodeDump(buffer.get(), doc.get(), copy, 0, 0);
+    xml::RequireMemory();
+    return std::string(xml::View(xmlBufferContent(buffer.get())));
 }
 
 bool Contains(const xmlNode* outer, const xmlNode* node)
@@ -77,11 +80,12 @@ void DocumentNode::SetValue(const std::string& value)
     if (IsAttribute(node) && node->parent != nullptr)
         xmlSetNsProp(node->parent, node->ns, node->name, Chars(text));
     if (!IsElement(node))
-        return;
+        return xml::RequireMemory();
     // Content that is set is read as markup, content that is added as text.
     xmlNodeSetContent(node, nullptr);
     if (!text.empty())
         xmlNodeAddContent(node, Chars(text));
+    xml::RequireMemory();
 }
 
 int DocumentNode::GetProperty(const std::string& name, int defaultValue) const
@@ -103,6 +107,7 @@ void DocumentNode::SetProperty(const std::string& name, const std::string& value
 {
     if (IsElement(NodeOf(this)) && IsName(name))
         SetAttribute(NodeOf(this), name, xml::ToXmlText(value));
+    xml::RequireMemory();
 }
 
 DocumentNode* DocumentNode::AddNewChild(const std::string& name, int value)
@@ -115,10 +120,13 @@ DocumentNode* DocumentNode::AddNewChild(const std::string& name, const std::stri
     xmlNode* node = NodeOf(this);
     if (!IsElement(node) || !IsName(name) || !Tree::Of(node).Grow())
         return nullptr;
-    xmlNode* child = xmlNewChild(node, node->ns, Chars(name), nullptr);
-    if (!value.empty())
-        xml::AddText(child, xml::ToXmlText(value));
-    return new DocumentNode(child);
+    const std::string text = xml::ToXmlText(value);
+    auto child = std::make_unique<DocumentNode>();
+    child->Handle(xmlNewChild(node, node->ns, Chars(name), nullptr));
+    if (!text.empty() && child->Handle() != nullptr)
+        xml::AddText(NodeOf(child.get()), text);
+    xml::RequireMemory();
+    return child.release();
 }
 
 void DocumentNode::AddChild(DocumentNode* child)
@@ -135,6 +143,8 @@ void DocumentNode::Unlink(bool destroy)
     if (!IsElement(node) && !IsAttribute(node))
         return;
     Tree& tree = Tree::Of(node);
+    if (!destroy)
+        tree.Keep(node); // which may throw, and then nothing has changed
     xmlUnlinkNode(node);
     if (destroy)
     {
@@ -143,7 +153,6 @@ void DocumentNode::Unlink(bool destroy)
         m_handle = nullptr;
         return;
     }
-    tree.Keep(node);
     // The declarations above may end before this node does.
     ReconciliateNs();
 }
@@ -152,6 +161,7 @@ void DocumentNode::ReconciliateNs()
 {
     if (IsElement(NodeOf(this)))
         xmlReconciliateNs(NodeOf(this)->doc, NodeOf(this));
+    xml::RequireMemory();
 }
 
 std::string DocumentNode::DumpToString() const

@@ -3,6 +3,7 @@
 #include <analytics/Settings.h>
 
 #include "xml/EngineForm.h"
+#include "xml/Memory.h"
 #include "xml/Tree.h"
 
 #include <cassert>
@@ -16,6 +17,10 @@ namespace
 {
 constexpr char kRoot[] = "VideoAnalyticsConfiguration";
 constexpr char kActivePrefix[] = "va";
+
+using Nodes = std::vector<std::unique_ptr<DocumentNode>>;
+
+Nodes Own(const std::vector<DocumentNode*>& handles) { return Nodes(handles.begin(), handles.end()); }
 
 std::string Skeleton()
 {
@@ -49,18 +54,17 @@ EngineDocument::EngineDocument()
 
 void EngineDocument::TakeRules(ProfileDoc& from, const std::string& ruleId)
 {
-    for (const DocumentNode* handle : from.SelectRules(ruleId))
-    {
-        Adopt(xml::NodeOf(handle), static_cast<xmlNode*>(m_rules));
-        delete handle;
-    }
+    for (const auto& handle : Own(from.SelectRules(ruleId)))
+        Adopt(xml::NodeOf(handle.get()), static_cast<xmlNode*>(m_rules));
 }
 
 void EngineDocument::MarkActive(const std::string& ruleId)
 {
     auto* rules = static_cast<xmlNode*>(m_rules);
     xmlNs* space = xmlSearchNsByHref(rules->doc, rules, xml::Chars(kActiveNamespace));
-    DocumentNode(xmlNewChild(rules, space, xml::Chars(kActiveRule), nullptr)).SetProperty(kType, ruleId);
+    xmlNode* mark = xmlNewChild(rules, space, xml::Chars(kActiveRule), nullptr);
+    xml::RequireMemory();
+    DocumentNode(mark).SetProperty(kType, ruleId);
 }
 
 void EngineDocument::TakeEngine(ProfileDoc& from, const std::string& engineId)
@@ -73,12 +77,8 @@ void EngineDocument::TakeEngine(ProfileDoc& from, const std::string& engineId)
 
 void EngineDocument::TakeEngines(ProfileDoc& from)
 {
-    for (const DocumentNode* handle :
-         from.SelectNodes("//" + Settings::OnvifPrefix() + ":" + kModule, nullptr))
-    {
+    for (const auto& handle : Own(from.SelectNodes("//" + Settings::OnvifPrefix() + ":" + kModule, nullptr)))
         TakeEngine(from, handle->GetProperty(kType));
-        delete handle;
-    }
 }
 
 } // namespace analytics

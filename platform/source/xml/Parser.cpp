@@ -1,5 +1,6 @@
 #include "xml/Parser.h"
 
+#include "xml/Memory.h"
 #include "xml/Text.h"
 
 #include <libxml/parser.h>
@@ -124,10 +125,7 @@ struct ContextDeleter
 
 DocPointer Parse(const std::string& text, SyntaxError& error)
 {
-    // The library sets up its globals once, before threads race to it.
-    static const int ready = (xmlInitParser(), 0);
-    static_cast<void>(ready);
-
+    Initialise();
     error = {};
     if (const char* refusal = Refusal(text))
     {
@@ -139,8 +137,10 @@ DocPointer Parse(const std::string& text, SyntaxError& error)
         throw std::bad_alloc();
     context->_private = &error;
     context->sax->serror = Record;
-    return DocPointer(xmlCtxtReadMemory(context.get(), text.data(), static_cast<int>(text.size()), nullptr,
-                                        nullptr, kOptions));
+    DocPointer doc(xmlCtxtReadMemory(context.get(), text.data(), static_cast<int>(text.size()), nullptr,
+                                     nullptr, kOptions));
+    RequireMemory();
+    return doc;
 }
 
 } // namespace analytics::xml

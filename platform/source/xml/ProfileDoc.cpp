@@ -75,10 +75,7 @@ ProfileDoc::~ProfileDoc() = default;
 
 std::vector<DocumentNode*> ProfileDoc::SelectRules(const std::string& ruleId)
 {
-    std::vector<DocumentNode*> handles;
-    for (xmlNode* node : FindInForm(Content(), kRule, ruleId))
-        handles.push_back(new DocumentNode(node));
-    return handles;
+    return xml::HandlesOf(FindInForm(Content(), kRule, ruleId));
 }
 
 DocumentNode* ProfileDoc::SelectRule(const std::string& ruleId)

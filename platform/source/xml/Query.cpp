@@ -1,5 +1,6 @@
 #include "xml/Query.h"
 
+#include "xml/Memory.h"
 #include "xml/Tree.h"
 
 #include <libxml/xpathInternals.h>
@@ -50,12 +51,14 @@ const Query& Query::Get(const std::string& text)
     return kept.emplace(text, Query(text)).first->second;
 }
 
-xmlXPathCompExpr* Query::Compile(const std::string& text)
+Query::Expression Query::Compile(const std::string& text)
 {
-    xmlXPathContext* context = xmlXPathNewContext(nullptr);
+    const std::unique_ptr<xmlXPathContext, decltype(&xmlXPathFreeContext)> context(
+        xmlXPathNewContext(nullptr), xmlXPathFreeContext);
+    RequireMemory();
     context->error = Ignore;
-    xmlXPathCompExpr* expression = xmlXPathCtxtCompile(context, Chars(text));
-    xmlXPathFreeContext(context);
+    Expression expression(xmlXPathCtxtCompile(context.get(), Chars(text)));
+    RequireMemory();
     return expression;
 }
 
@@ -75,13 +78,14 @@ std::vector<xmlNode*> Query::Evaluate(Tree& tree, xmlNode* context) const
     const Silence silence;
     xmlXPathContext& queries = tree.Queries();
     queries.node = context;
-    xmlXPathObject* result = xmlXPathCompiledEval(m_expression.get(), &queries);
+    const std::unique_ptr<xmlXPathObject, decltype(&xmlXPathFreeObject)> result(
+        xmlXPathCompiledEval(m_expression.get(), &queries), xmlXPathFreeObject);
+    RequireMemory();
     // An expression that isn't a path has no nodes; those of the namespace axis end with the result.
     if (result != nullptr && result->type == XPATH_NODESET && result->nodesetval != nullptr)
         for (int i = 0; i < result->nodesetval->nodeNr; ++i)
             if (result->nodesetval->nodeTab[i]->type != XML_NAMESPACE_DECL)
                 matches.push_back(result->nodesetval->nodeTab[i]);
-    xmlXPathFreeObject(result);
     return matches;
 }
 

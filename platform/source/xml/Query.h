@@ -39,11 +39,12 @@ class Query
     {
         void operator()(xmlXPathCompExpr* expression) const { xmlXPathFreeCompExpr(expression); }
     };
-    static xmlXPathCompExpr* Compile(const std::string& text);
+    using Expression = std::unique_ptr<xmlXPathCompExpr, Deleter>;
+    static Expression Compile(const std::string& text);
     std::vector<xmlNode*> Evaluate(Tree& tree, xmlNode* context) const;
 
     std::optional<Path> m_path; // in the place of the expression, where the text is that plain
-    std::unique_ptr<xmlXPathCompExpr, Deleter> m_expression; // null if the text is malformed
+    Expression m_expression;    // null if the text is malformed
 };
 
 // What the query selects from `context`, or from the document where that is null; nothing without a tree.

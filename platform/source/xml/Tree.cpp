@@ -2,7 +2,11 @@
 
 #include <analytics/DocumentNode.h>
 
+#include "xml/Memory.h"
+
 #include <libxml/xpathInternals.h>
+
+#include <algorithm>
 
 namespace analytics::xml
 {
@@ -11,13 +15,6 @@ namespace
 constexpr int kMaxAdded = 1'000'000;
 
 void Ignore(void*, xmlErrorPtr) {}
-
-std::string Take(xmlChar* text)
-{
-    std::string result(View(text));
-    xmlFree(text);
-    return result;
-}
 
 // Shows the bindings of prefixes below `top` in document order until `visit` returns false.
 template <class Visit>
@@ -73,9 +70,27 @@ std::string FirstBinding(xmlNode* top, const std::string& prefix)
 }
 } // namespace
 
+std::string Take(xmlChar* text)
+{
+    const std::unique_ptr<xmlChar, void (*)(void*)> owned(text, xmlFree);
+    RequireMemory();
+    return std::string(View(text));
+}
+
 xmlNode* NodeOf(const DocumentNode* handle)
 {
     return handle == nullptr ? nullptr : static_cast<xmlNode*>(handle->Handle());
+}
+
+std::vector<DocumentNode*> HandlesOf(const std::vector<xmlNode*>& nodes)
+{
+    std::vector<std::unique_ptr<DocumentNode>> owned;
+    for (xmlNode* node : nodes)
+        owned.push_back(std::make_unique<DocumentNode>(node));
+    std::vector<DocumentNode*> handles(owned.size());
+    std::transform(owned.begin(), owned.end(), handles.begin(),
+                   [](auto& handle) { return handle.release(); });
+    return handles;
 }
 
 bool IsElement(const xmlNode* node, std::string_view space, std::string_view name)
@@ -113,6 +128,8 @@ std::string Attribute(const xmlNode* node, std::string_view name)
 void AddText(xmlNode* parent, const std::string& text)
 {
     xmlNode* node = xmlNewText(nullptr);
+    if (node == nullptr)
+        return; // RequireMemory() says it
     // A short one stands in the node, as the parser places it (XML_PARSE_COMPACT).
     if (text.size() < sizeof(node->properties) + sizeof(node->nsDef))
     {
@@ -152,12 +169,15 @@ void Move(xmlNode* node, xmlNode* parent)
         for (xmlNode* element = node; element != nullptr; element = NextElement(element, node))
             HandOver(element, node->doc->dict, parent->doc->dict);
     xmlNode* moved = xmlAddChild(parent, node);
+    if (moved == nullptr)
+        return RequireMemory();
     xmlReconciliateNs(parent->doc, moved);
     bool declares = false;
     for (xmlNode* element = moved; element != nullptr; element = NextElement(element, moved))
         declares = declares || element->nsDef != nullptr;
     if (declares)
         Tree::Of(parent).ForgetPrefixes();
+    RequireMemory();
 }
 
 Tree::Tree(DocPointer doc) : m_doc(std::move(doc)) { m_doc->_private = this; }
@@ -172,25 +192,28 @@ Tree& Tree::Of(const xmlNode* node) { return *static_cast<Tree*>(node->doc->_pri
 
 const std::string& Tree::NamespaceOf(const std::string& prefix)
 {
-    const auto [entry, added] = m_prefixes.try_emplace(prefix);
-    if (added)
-        entry->second = FirstBinding(Top(), prefix);
-    return entry->second;
+    auto found = m_prefixes.find(prefix);
+    if (found == m_prefixes.end())
+        found = m_prefixes.emplace(prefix, FirstBinding(Top(), prefix)).first;
+    return found->second;
 }
 
 xmlXPathContext& Tree::Queries()
 {
     if (m_queries == nullptr)
     {
-        m_queries.reset(xmlXPathNewContext(Doc()));
-        m_queries->error = Ignore;
+        std::unique_ptr<xmlXPathContext, ContextDeleter> queries(xmlXPathNewContext(Doc()));
+        RequireMemory();
+        queries->error = Ignore;
         ForEachBinding(Top(),
-                       [this](const xmlNs& space)
+                       [&queries](const xmlNs& space)
                        {
-                           if (xmlXPathNsLookup(m_queries.get(), space.prefix) == nullptr)
-                               xmlXPathRegisterNs(m_queries.get(), space.prefix, space.href);
+                           if (xmlXPathNsLookup(queries.get(), space.prefix) == nullptr)
+                               xmlXPathRegisterNs(queries.get(), space.prefix, space.href);
                            return true;
                        });
+        RequireMemory();
+        m_queries = std::move(queries);
     }
     return *m_queries;
 }

@@ -10,6 +10,7 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace analytics
 {
@@ -31,8 +32,12 @@ inline std::string_view View(const xmlChar* text)
 
 // The node of a handle; null for a null or an empty handle.
 xmlNode* NodeOf(const DocumentNode* handle);
+// A handle for each node, owned by whom they go to.
+std::vector<DocumentNode*> HandlesOf(const std::vector<xmlNode*>& nodes);
 inline bool IsElement(const xmlNode* node) { return node != nullptr && node->type == XML_ELEMENT_NODE; }
 bool IsElement(const xmlNode* node, std::string_view space, std::string_view name);
+// Takes ownership of a text of libxml2's; empty for null.
+std::string Take(xmlChar* text);
 // Text content; an attribute without a namespace, empty where absent.
 std::string Content(const xmlNode* node);
 std::string Attribute(const xmlNode* node, std::string_view name);

@@ -147,9 +147,7 @@ std::string WriteByTheLibrary(const xmlDoc& doc)
     xmlChar* text = nullptr;
     int size = 0;
     xmlDocDumpMemoryEnc(const_cast<xmlDoc*>(&doc), &text, &size, "UTF-8");
-    std::string result(View(text));
-    xmlFree(text);
-    return result;
+    return Take(text);
 }
 
 } // namespace

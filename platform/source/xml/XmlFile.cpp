@@ -1,5 +1,7 @@
 #include "xml/XmlFile.h"
 
+#include "xml/Memory.h"
+
 #include <libxml/parser.h>
 #include <libxml/xpath.h>
 #include <libxml/xpathInternals.h>
@@ -20,13 +22,6 @@ using ParserContext = std::unique_ptr<xmlParserCtxt, Releaser<xmlParserCtxt, xml
 using QueryContext = std::unique_ptr<xmlXPathContext, Releaser<xmlXPathContext, xmlXPathFreeContext>>;
 using QueryResult = std::unique_ptr<xmlXPathObject, Releaser<xmlXPathObject, xmlXPathFreeObject>>;
 
-// The library's tables are made once, before two threads could both begin to.
-void Initialise()
-{
-    static const bool done = (xmlInitParser(), true);
-    static_cast<void>(done);
-}
-
 std::string Trimmed(const std::string& text)
 {
     constexpr const char* kSpace = " \t\r\n";
@@ -40,9 +35,9 @@ std::string Taken(xmlChar* text)
 {
     if (text == nullptr)
         return {};
-    const std::string result(reinterpret_cast<const char*>(text));
-    xmlFree(text);
-    return result;
+    const std::unique_ptr<xmlChar, void (*)(void*)> owned(text, xmlFree);
+    xml::RequireMemory();
+    return reinterpret_cast<const char*>(text);
 }
 
 // The library's words, but for the one case where they name a switch that nobody here can set.
@@ -94,7 +89,7 @@ void XmlFile::Free::operator()(xmlDoc* document) const { xmlFreeDoc(document); }
 
 std::unique_ptr<XmlFile> XmlFile::Parse(const std::string& text, XmlError& error)
 {
-    Initialise();
+    xml::Initialise();
     error = {};
     if (text.empty())
     {
@@ -104,6 +99,7 @@ std::unique_ptr<XmlFile> XmlFile::Parse(const std::string& text, XmlError& error
     const ParserContext parser = MakeParser(error);
     Handle document(xmlCtxtReadMemory(parser.get(), text.data(), static_cast<int>(text.size()), nullptr,
                                       nullptr, kOptions));
+    xml::RequireMemory();
     if (document)
         return std::unique_ptr<XmlFile>(new XmlFile(std::move(document)));
     if (error.reason.empty())
@@ -124,6 +120,7 @@ std::vector<XmlText> XmlFile::Texts(const std::string& query) const
     context->error = Silent;
     const QueryResult result(
         xmlXPathEvalExpression(reinterpret_cast<const xmlChar*>(query.c_str()), context.get()));
+    xml::RequireMemory();
     if (!result)
         return {};
     if (result->type != XPATH_NODESET)

@@ -1,0 +1,35 @@
+# Manual pages and what each Debian package has below share/doc, compressed without a time stamp.
+
+find_program(GZIP gzip REQUIRED)
+
+# compressed(INPUT folder name component): installs INPUT as folder/name.gz.
+function(compressed input folder name component)
+    set(output ${CMAKE_CURRENT_BINARY_DIR}/compressed/${component}/${name}.gz)
+    add_custom_command(OUTPUT ${output}
+        COMMAND ${CMAKE_COMMAND} -E make_directory ${CMAKE_CURRENT_BINARY_DIR}/compressed/${component}
+        COMMAND ${GZIP} -9nc ${input} > ${output}
+        DEPENDS ${input}
+        VERBATIM)
+    set_property(GLOBAL APPEND PROPERTY COMPRESSED ${output})
+    install(FILES ${output} DESTINATION ${folder} COMPONENT ${component})
+endfunction()
+
+compressed(${CMAKE_CURRENT_SOURCE_DIR}/man/varlo-analytics-host.8 ${CMAKE_INSTALL_MANDIR}/man8
+    varlo-analytics-host.8 host)
+compressed(${CMAKE_CURRENT_SOURCE_DIR}/man/varlo-analytics-settings.5 ${CMAKE_INSTALL_MANDIR}/man5
+    varlo-analytics-settings.5 host)
+if(TARGET varlo-analytics)
+    compressed(${CMAKE_CURRENT_SOURCE_DIR}/man/varlo-analytics.1 ${CMAKE_INSTALL_MANDIR}/man1
+        varlo-analytics.1 client)
+endif()
+
+foreach(component ${components})
+    set(package ${package_${component}})
+    configure_file(changelog.in ${package}.changelog @ONLY)
+    compressed(${CMAKE_CURRENT_BINARY_DIR}/${package}.changelog
+        ${CMAKE_INSTALL_DATADIR}/doc/${package} changelog.Debian ${component})
+    install(FILES copyright DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${package} COMPONENT ${component})
+endforeach()
+
+get_property(all GLOBAL PROPERTY COMPRESSED)
+add_custom_target(documentation ALL DEPENDS ${all})

@@ -1,0 +1,131 @@
+#!/usr/bin/env bash
+# Builds the Debian packages of a build folder, installs them in a Debian system of their own, uses the
+# service there under its unit, upgrades it, removes it and purges it.
+#
+#   test-packages.sh [BUILD_FOLDER]
+set -euo pipefail
+root=$(cd "$(dirname "$0")/.." && pwd)
+build=$(realpath "${1:-$root/build/dev}")
+work=$(mktemp -d /tmp/varlo-packages.XXXXXX)
+system=$work/system
+machine=
+
+say() { echo "packages: $*"; }
+fail() { echo "packages: FAILED: $*" >&2; exit 1; }
+inside() { timeout 120 nsenter -t "$machine" -m -u -i -n -p "$@"; }
+
+cleanup()
+{
+    if [ -n "$machine" ]
+    then
+        timeout 30 nsenter -t "$machine" -m -u -i -n -p systemctl poweroff >/dev/null 2>&1 || true
+        timeout 60 tail --pid="$container" -f /dev/null || kill -KILL "$container" 2>/dev/null || true
+    fi
+    rm -rf --one-file-system "$work"
+}
+
+if [ "$(id -u)" -ne 0 ]
+then
+    say "SKIPPED: to install packages in a system of their own takes root; run it with sudo"
+    exit 0
+fi
+trap cleanup EXIT
+
+# ---- packages of two revisions ----
+for release in 1 2
+do
+    cpack --config "$build/CPackConfig.cmake" -B "$work/$release" -D CPACK_DEBIAN_PACKAGE_RELEASE=$release \
+        >"$work/cpack.log" 2>&1 || { cat "$work/cpack.log"; fail "cpack"; }
+done
+lintian --allow-root --fail-on error "$work"/1/*.deb || fail "lintian found errors"
+say "lintian finds no errors in $(cd "$work/1" && echo *.deb)"
+
+# ---- what is built on them ----
+"$root/packaging/test-development.sh" "$work/1" "$work/development"
+
+# ---- a Debian system that boots, kept in the build folder for the next time ----
+base=$build/packages-base.tar
+if [ ! -s "$base" ]
+then
+    timeout 600 mmdebstrap --quiet --variant=essential --include=systemd,libxml2,libsqlite3-0,init-system-helpers \
+        --dpkgopt='path-exclude=/usr/share/doc/*' --dpkgopt='path-exclude=/usr/share/man/*' \
+        --dpkgopt='path-exclude=/usr/share/locale/*' bookworm "$work/base.tar" || fail "mmdebstrap"
+    mv "$work/base.tar" "$base"
+fi
+mkdir "$system"
+tar -xf "$base" -C "$system" --numeric-owner
+cp "$work"/[12]/*.deb "$system/root/"
+rm -f "$system/etc/resolv.conf"
+: >"$system/etc/machine-id" # without the file, the system asks questions at its first boot
+
+systemd-nspawn --keep-unit --register=no --private-network --resolv-conf=off --timezone=off --quiet \
+    -D "$system" -b </dev/null >"$work/console.log" 2>&1 &
+container=$!
+for attempt in $(seq 360)
+do
+    sleep 0.5
+    machine=$(pgrep -P "$container" -x systemd || true)
+    if [ -n "$machine" ] && inside systemctl is-system-running 2>/dev/null | grep -qE 'running|degraded'
+    then
+        break
+    fi
+    kill -0 "$container" 2>/dev/null || { cat "$work/console.log"; machine=; fail "the system did not boot"; }
+    [ "$attempt" -lt 360 ] || { cat "$work/console.log"; fail "the system did not boot within three minutes"; }
+done
+say "a Debian system of its own is up"
+
+install() { inside sh -c "dpkg -i /root/*-$1_*.deb" >"$work/dpkg.log" 2>&1 || { cat "$work/dpkg.log"; fail "dpkg -i"; }; }
+main_pid() { inside systemctl show -P MainPID varlo-analytics; }
+active() { [ "$(inside systemctl is-active varlo-analytics || true)" = active ] || { inside journalctl -u varlo-analytics --no-pager; fail "the service is not active $1"; }; }
+call()
+{
+    timeout 30 nsenter -t "$machine" -n curl -sS --max-time 20 http://127.0.0.1:8080/ -H 'Content-Type: text/xml' -d "
+        <Envelope xmlns=\"http://schemas.xmlsoap.org/soap/envelope/\"><Body>
+        <$1 xmlns=\"urn:schemas-varlo-com:service:VideoAnalytics:2\">${2:-}</$1></Body></Envelope>"
+}
+
+# ---- install, and what the service may do ----
+install 1
+active "after the installation"
+inside sh -c 'grep -qsx varlo-analytics /proc/[0-9]*/comm' || fail "no process has the service's name"
+inside systemctl is-enabled varlo-analytics >/dev/null || fail "the service is not enabled"
+inside systemd-analyze verify --man=no varlo-analytics.service >"$work/verify.log" 2>&1 || true
+[ ! -s "$work/verify.log" ] || { cat "$work/verify.log"; false; } || fail "systemd-analyze verify has complaints"
+exposure=$(inside systemd-analyze security --no-pager varlo-analytics.service | sed -n 's/.*exposure level for.*: \([0-9.]*\) .*/\1/p')
+say "systemd-analyze security: exposure $exposure of 10"
+awk "BEGIN { exit !($exposure <= 1.5) }" || fail "the unit leaves more open than it should"
+status=$(inside cat "/proc/$(main_pid)/status")
+user=$(inside id -u varlo-analytics)
+for line in "Uid: $user $user $user $user" "CapEff: 0000000000000000" "CapBnd: 0000000000000000" "NoNewPrivs: 1" "Seccomp: 2"
+do
+    echo "$status" | tr -s '\t ' ' ' | grep -qx "$line" || { echo "$status"; fail "the process has not '$line'"; }
+done
+say "the service runs as user $user with no capability and a filter of system calls"
+
+# ---- use: the whole tour under the unit ----
+timeout 120 nsenter -t "$machine" -n /usr/bin/python3 -B "$root/tests/interop/against.py" http://127.0.0.1:8080/ \
+    "$system/usr/share/varlo-analytics/VideoAnalytics.wsdl" "$system/usr/share/varlo-analytics" || fail "the tour"
+say "the tour of all operations passes against the installed service"
+call CreateProfile '<name xmlns="">Kept</name>' | grep -q '<profileId>' || fail "no profile could be made"
+
+# ---- upgrade: profiles and the administrator's settings stay ----
+inside sed -i 's/<maxResource>100</<maxResource>99</' /etc/varlo-analytics/settings.xml
+before=$(main_pid)
+install 2
+active "after the upgrade"
+[ "$(main_pid)" != "$before" ] || fail "the upgrade did not restart the service"
+call GetProfileList | grep -q '>Kept<' || fail "the upgrade lost a profile"
+inside grep -q '<maxResource>99<' /etc/varlo-analytics/settings.xml || fail "the upgrade changed the settings"
+[ "$(inside dpkg-query -W -f '${Version}' varlo-analytics-host)" = "$(dpkg-deb -f "$work"/2/varlo-analytics-host_*.deb Version)" ] || fail "no upgrade"
+say "the upgrade keeps profiles and settings"
+
+# ---- remove, then purge ----
+packages=$(for file in "$work"/1/*.deb; do dpkg-deb -f "$file" Package; done)
+inside dpkg -r $packages >"$work/dpkg.log" 2>&1 || { cat "$work/dpkg.log"; fail "dpkg -r"; }
+! inside sh -c 'grep -qsx varlo-analytics /proc/[0-9]*/comm' || fail "the service outlives its removal"
+inside test ! -e /usr/sbin/varlo-analytics-host || fail "the host is still there"
+inside test -s /etc/varlo-analytics/settings.xml -a -d /var/lib/varlo-analytics || fail "the removal took data along"
+inside dpkg -P $packages >"$work/dpkg.log" 2>&1 || { cat "$work/dpkg.log"; fail "dpkg -P"; }
+inside test ! -e /etc/varlo-analytics -a ! -e /var/lib/varlo-analytics || fail "the purge left files"
+say "removed and purged"
+say "OK"
