@@ -21,8 +21,9 @@ Stored Store(const std::string& id, const std::string& document);
 std::string Read(const std::string& id, const Stored& stored);
 
 // Expects that what a client reads of `stored` can be read again, is accepted when it is sent back, and
-// then comes back equal. Nothing at all is read of a behavior that is idle.
-void CheckRead(const std::string& id, const Stored& stored);
+// then comes back equal: at once if `stored` is of our own writing, else the next time, since a writer
+// leaves out what means nothing. Nothing at all is read of a behavior that is idle.
+void CheckRead(const std::string& id, const Stored& stored, bool ours = true);
 
 // The delivered behaviors.
 const analytics::ManifestArray& Behaviors();

@@ -44,9 +44,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     {
         if (!Names(document, behavior))
             continue;
-        fuzzing::CheckRead(behavior.Id(), {document, {}});
-        fuzzing::CheckRead(behavior.Id(), merged);
+        fuzzing::CheckRead(behavior.Id(), {document, {}}, false);
+        fuzzing::CheckRead(behavior.Id(), merged, false);
     }
-    fuzzing::CheckRead(kScene, {document, {}});
+    fuzzing::CheckRead(kScene, {document, {}}, false);
     return 0;
 }

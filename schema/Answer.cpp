@@ -87,6 +87,8 @@ void MendNamespaces(soap* soap)
 
 void soap_mend_answer(soap* soap)
 {
+    // No operation has attachments: what came as DIME is answered in plain XML too.
+    soap->mode &= ~static_cast<soap_mode>(SOAP_ENC_DIME);
     MendNamespaces(soap);
     MendFault(soap);
 }

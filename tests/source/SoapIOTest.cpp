@@ -275,6 +275,32 @@ TEST(ExchangeTest, AFaultQuotesWhatXmlCanHold)
     }
 }
 
+TEST(ExchangeTest, AMessageInDimeIsAnsweredInPlainXml)
+{
+    fake::Platform platform;
+    EXPECT_CALL(platform.profiles, GetProfileList).WillRepeatedly(testing::Return(true));
+    const std::string plain = wire::Http(wire::Envelope("<v:GetProfileList/>"));
+    std::string message = plain.substr(plain.find("\r\n\r\n") + 4);
+    // One record, the first and last, of the type that names its namespace; options and id are empty.
+    const std::string type = "http://schemas.xmlsoap.org/soap/envelope/";
+    std::string record("\x0e\x20\0\0\0\0\0", 7);
+    record += static_cast<char>(type.size());
+    record += std::string("\0\0", 2) + static_cast<char>(message.size() / 256) +
+              static_cast<char>(message.size() % 256) + type + std::string((4 - type.size() % 4) % 4, '\0');
+    record += message + std::string((4 - message.size() % 4) % 4, '\0');
+    for (const std::string verb : {"POST", "PORT"})
+    {
+        const std::string answer = wire::Serve(verb +
+                                               " / HTTP/1.1\r\nContent-Type: application/dime\r\n"
+                                               "Content-Length: " +
+                                               std::to_string(record.size()) + "\r\n\r\n" + record)
+                                       .sent;
+        EXPECT_THAT(answer, StartsWith(verb == "POST" ? "HTTP/1.1 200 OK\r\n" : "HTTP/1.1 405 "));
+        EXPECT_THAT(answer, HasSubstr("\r\nContent-Type: text/xml; charset=utf-8\r\n"));
+        EXPECT_THAT(answer, HasSubstr("\r\n\r\n<?xml "));
+    }
+}
+
 TEST(ExchangeTest, AnAnswerIsInTheNamespacesOfTheSchema)
 {
     fake::Platform platform;
