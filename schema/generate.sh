@@ -38,8 +38,8 @@ sed -E -i 's/^enum (VideoAnalytics__[A-Za-z]+) \{$/enum \1 : int {/' "$out/soapS
 #    a message; the sender is to be told that it is broken. Only the reading changes: an operation that
 #    returns the end-of-file status still ends without an answer, and so does a silent client.
 #    An operation whose element says xsi:nil, as some clients write one without fields, arrives as no
-#    request at all; it gets one with every field at its default.
-#    And envelopes of other versions than those of SOAP, which it would answer with what is no SOAP.
+#    request at all; it gets one with every field at its default. And envelopes of other versions than
+#    those of SOAP, which it would answer with what is no SOAP.
 {
     sed '/#include "soapH.h"/q' "$out/soapServer.cpp"
     cat <<'END'

@@ -71,6 +71,14 @@ std::string OfTls(soap& context, int certificate, const std::string& url)
            ". Look whether the service speaks https there, and whether it wants a certificate (--cert).";
 }
 
+std::string OfSilence(const Access& access)
+{
+    std::string sentence = "The service at " + access.url + " closed the connection without an answer. ";
+    if (access.url.compare(0, 8, "https://") == 0 && access.certificate.empty())
+        sentence += "It may want a certificate of yours (--cert). ";
+    return sentence + "Try again; if it goes on, look at the service's log.";
+}
+
 std::string OfStatus(int status, const Access& access)
 {
     const std::string front = "The service at " + access.url;
@@ -130,9 +138,7 @@ Cause Explain(soap& context, const Access& access, bool timeIsUp)
     if (error == SOAP_TCP_ERROR)
         return {Cause::Trouble, OfConnection(context, url)};
     if (error == SOAP_EOF)
-        return {Cause::NoAnswer, "The service at " + url +
-                                     " closed the connection without an answer. Try again; if it "
-                                     "goes on, look at the service's log."};
+        return {Cause::NoAnswer, OfSilence(access)};
     return {Cause::Trouble,
             "What " + url + " answers isn't understood. Look whether it is the analytics service (--url)."};
 }

@@ -9,6 +9,7 @@ import unittest
 from pathlib import Path
 
 import service
+import test_access
 from command import ClientTest, Listener, answer, main, run
 
 FAULT = ("<e:Envelope xmlns:e='http://schemas.xmlsoap.org/soap/envelope/'><e:Body><e:Fault><faultcode>e:Server"
@@ -144,6 +145,25 @@ class Passwords(ClientTest):
         self.assertIn("--user", run("profile", "list", url=self.url).err)
 
 
+class Service(test_access.AccessTest):
+    """The service's own access control."""
+
+    def client(self, *words):
+        return run("profile", "list", "--json", "--cacert", self.tls / "authority.pem", *words, url=self.host.url,
+                   environment={"VARLO_ANALYTICS_PASSWORD": "secret"})
+
+    def test_certificate_and_password_together(self):
+        self.start(test_access.MUTUAL, test_access.USERS, client="client")
+        own = ("--cert", self.tls / "client.pem", "--key", self.tls / "client.key")
+        known = self.client(*own, "--user", "ann")
+        self.assertEqual((known.code, known.out, known.err), (0, "[]\n", ""))
+        for words, text in ((own, "--user"), ((*own, "--user", "eve"), "refuses the user eve"),
+                            (("--user", "ann"), "--cert")):
+            ran = self.client(*words)
+            self.assertEqual((ran.code, ran.out), (3, ""))
+            self.assertIn(text, ran.err)
+
+
 class Tls(ClientTest):
     """The host behind a TLS end of Python's."""
 
@@ -199,6 +219,7 @@ class Tls(ClientTest):
         self.assertEqual(known.json, [])
         unknown = run(*words, url=url)
         self.assertEqual((unknown.code, unknown.out), (3, ""))
+        self.assertIn("--cert", unknown.err)
         mixed = run(*words, "--cert", self.folder / "client.pem", "--key", self.folder / "other.key", url=url)
         self.assertEqual(mixed.code, 4)
         self.assertIn("other.key", mixed.err)

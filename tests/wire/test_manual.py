@@ -57,7 +57,7 @@ class Options(unittest.TestCase):
 def settings_in_code():
     """The paths that the sources ask the settings document for."""
     paths = set()
-    for folder in ("platform/source/net", "platform/source/settings", "source", "video-analytics/source"):
+    for folder in ("platform/source/access", "platform/source/net", "platform/source/settings", "source", "video-analytics/source"):
         for file in sorted((SOURCE / folder).glob("*.cpp")):
             text = file.read_text()
             if "analytics/Settings.h" not in text and "Settings::" not in text:

@@ -146,8 +146,8 @@ TEST_F(DamageTest, AnyByteOfTheFirstPageMayBeWrong)
 {
     Fill();
     int damaged = 0;
-    for (const std::size_t at :
-         {0, 15, 16, 18, 20, 21, 31, 36, 44, 47, 59, 60, 63, 100, 101, 103, 104, 105, 107})
+    for (const std::size_t at : std::initializer_list<std::size_t>{0, 15, 16, 18, 20, 21, 31, 36, 44, 47, 59,
+                                                                   60, 63, 100, 101, 103, 104, 105, 107})
     {
         SCOPED_TRACE("byte " + std::to_string(at));
         Restore();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -36,8 +37,10 @@ class BehaviorConfig
     // Takes over the rule; null is ignored.
     void AddRule(RuleT* rule)
     {
+        std::unique_ptr<RuleT> owned(rule); // in case there is no memory for the list
         if (rule != nullptr)
             m_rules.push_back(rule);
+        static_cast<void>(owned.release());
     }
     void DeleteAllRules()
     {

@@ -26,7 +26,20 @@ inline NodePointer ParseAndSelect(analytics::Document& doc, const std::string& x
 
 inline std::vector<NodePointer> Owned(const std::vector<analytics::DocumentNode*>& nodes)
 {
-    return {nodes.begin(), nodes.end()};
+    // Deletes them if there is no memory for the list of their owners.
+    const auto deleteAll = [](const std::vector<analytics::DocumentNode*>* unowned)
+    {
+        for (const analytics::DocumentNode* node : *unowned)
+            delete node;
+    };
+    std::unique_ptr<const std::vector<analytics::DocumentNode*>, decltype(deleteAll)> guard(&nodes,
+                                                                                            deleteAll);
+    std::vector<NodePointer> owned;
+    owned.reserve(nodes.size());
+    static_cast<void>(guard.release());
+    for (analytics::DocumentNode* node : nodes)
+        owned.emplace_back(node);
+    return owned;
 }
 
 inline std::vector<NodePointer> SelectNodes(analytics::Document& doc, const std::string& query,
