@@ -21,8 +21,9 @@ inline void Expect(bool holds, const char* promise, std::string_view evidence = 
 {
     if (holds)
         return;
-    std::fprintf(stderr, "It doesn't hold that %s\n%.*s\n", promise, static_cast<int>(evidence.size()),
-                 evidence.data());
+    std::fprintf(stderr, "It doesn't hold that %s\n", promise);
+    std::fwrite(evidence.data(), 1, evidence.size(), stderr);
+    std::fputc('\n', stderr);
     std::abort();
 }
 

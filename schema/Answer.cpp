@@ -58,16 +58,33 @@ std::string Mended(std::string_view text)
     }
     return result;
 }
+template <class Character>
+void Replace(soap* soap, Character*& text, const std::string& mended)
+{
+    if (mended != text)
+        text = soap_strdup(soap, mended.c_str());
+}
+
+// What is written as it stands, although it is plain text: what() of an exception, or the body of a
+// message whose header the runtime took for an error.
+std::string Escaped(std::string_view text)
+{
+    std::string result;
+    for (const char c : text)
+        result += c == '<' ? "&lt;" : c == '&' ? "&amp;" : c == '>' ? "&gt;" : std::string(1, c);
+    return result;
+}
+
 void MendFault(soap* soap)
 {
-    if (soap->fault == nullptr)
+    SOAP_ENV__Fault* const fault = soap->fault;
+    if (fault == nullptr)
         return;
-    const char** const text = soap_faultstring(soap);
-    if (text == nullptr || *text == nullptr)
-        return;
-    const std::string mended = Mended(*text);
-    if (mended != *text)
-        *text = soap_strdup(soap, mended.c_str());
+    if (const char** const text = soap_faultstring(soap); text != nullptr && *text != nullptr)
+        Replace(soap, *text, Mended(*text));
+    for (SOAP_ENV__Detail* const detail : {fault->detail, fault->SOAP_ENV__Detail})
+        if (detail != nullptr && detail->__any != nullptr)
+            Replace(soap, detail->__any, Escaped(Mended(detail->__any)));
 }
 
 // A namespace of the message that matches a pattern of ours would take the place of our own.

@@ -26,7 +26,8 @@ from pathlib import Path
 ROOT = Path(__file__).resolve().parent.parent.parent
 BUILD = Path(os.environ.get("BUILD", ROOT / "build/dev")).absolute()
 for name, place in (("HOST", BUILD / "host/varlo-analytics-host"), ("GENERATED", BUILD / "schema/generated"),
-                    ("LIBRARY", BUILD / "source/libvarlo-analytics-api.so"), ("DATA", ROOT / "platform/data")):
+                    ("LIBRARY", BUILD / "source/libvarlo-analytics-api.so"), ("DATA", ROOT / "platform/data"),
+                    ("SOURCE", ROOT), ("BUILD", BUILD)):
     os.environ.setdefault(name, str(place))
 sys.path.insert(0, str(ROOT / "tests/wire"))
 

@@ -275,6 +275,21 @@ TEST(ExchangeTest, AFaultQuotesWhatXmlCanHold)
     }
 }
 
+TEST(ExchangeTest, TheDetailOfAFaultIsText)
+{
+    fake::Platform platform;
+    EXPECT_CALL(platform.profiles, GetProfileList)
+        .WillRepeatedly(testing::Throw(std::runtime_error("near \"<\": a & b \xff")));
+    for (const std::string space : {wire::kEnvelope11, wire::kEnvelope12})
+    {
+        const std::string answer = wire::Answer("<v:GetProfileList/>", space);
+        EXPECT_THAT(answer, HasSubstr("near \"&lt;\": a &amp; b ?</"));
+        analytics::Document document;
+        EXPECT_TRUE(document.ParseString(answer.substr(answer.find("\r\n\r\n") + 4))) << answer;
+    }
+    analyticsapi::SoapRequest::Shutdown();
+}
+
 TEST(ExchangeTest, AMessageInDimeIsAnsweredInPlainXml)
 {
     fake::Platform platform;
