@@ -5,6 +5,7 @@
 #include "net/RequestReader.h"
 
 #include <poll.h>
+#include <sched.h>
 #include <sys/socket.h>
 
 #include <array>
@@ -14,6 +15,12 @@
 namespace tarno::osa
 {
 using analytics::platform::FileHandle;
+namespace
+{
+
+constexpr int kLooks = 4; // for the first bytes
+
+} // namespace
 
 DirectConnection::~DirectConnection()
 {
@@ -34,7 +41,15 @@ int DirectConnection::Release() { return m_socket.Release(); }
 std::optional<std::string> DirectConnection::Receive(std::size_t maxRequestBytes)
 {
     std::array<char, kFreeBytes> room;
-    const ssize_t count = ::recv(Socket(), room.data(), room.size(), MSG_DONTWAIT);
+    ssize_t count = -1;
+    // A client on this machine may have been stopped between connecting and sending, for this thread. It
+    // isn't waited for: who doesn't send at his next turn is left to the loop.
+    for (int look = 0; look < kLooks && count < 0; ++look)
+    {
+        if (look > 0)
+            sched_yield();
+        count = ::recv(Socket(), room.data(), room.size(), MSG_DONTWAIT);
+    }
     if (count == 0 || (count < 0 && errno != EAGAIN))
         return {}; // The peer is gone.
     if (count > 0)

@@ -15,7 +15,8 @@ namespace tarno::osa
 class Exchange
 {
   public:
-    // `finished` gets the answer, on the worker's thread. If nobody calls PeerGone(), `gone` is to tell.
+    // `finished` gets the answer, on the worker's thread. If nobody calls PeerGone(), `gone` is
+    // asked now and then while the answer is written.
     Exchange(std::string request, std::function<void(std::string answer)> finished,
              std::function<bool()> gone = nullptr);
 
@@ -25,11 +26,12 @@ class Exchange
     void Finish();                                  // only the first call does something
 
   private:
-    bool HasReader() const;
+    bool HasReader();
 
     std::string m_request;
     std::size_t m_read = 0;
     std::string m_answer;
+    unsigned m_pieces = 0; // of the answer
     std::function<void(std::string answer)> m_finished;
     std::function<bool()> m_gone;
     std::atomic<bool> m_over = false;
