@@ -55,7 +55,7 @@ if(CCACHE)
     endif()
 endif()
 find_program(LLD ld.lld)
-if(LLD)
+if(LLD AND NOT CMAKE_CROSSCOMPILING) # The cross compiler looks for it among the tools of its target.
     add_link_options(-fuse-ld=lld)
 endif()
 

@@ -37,7 +37,7 @@ fi
 
 llvm-profdata merge --sparse -o "$build/all.profdata" "$profiles"/*.profraw
 objects=()
-for file in "$build"/source/*.so "$build"/platform/*.so "$build"/host/varlo-analytics-host "$build"/tests/*-tests
+for file in "$build"/source/*.so* "$build"/platform/*.so* "$build"/host/varlo-analytics-host "$build"/tools/varlo-analytics "$build"/tests/*-tests
 do
     [ -x "$file" ] && [ ! -L "$file" ] && objects+=(-object "$file")
 done

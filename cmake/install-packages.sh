@@ -15,7 +15,7 @@ test="clang libclang-rt-dev lld libgtest-dev libgmock-dev libbenchmark-dev pytho
 command -v npm >/dev/null || test="$test npm"
 coverage="llvm"
 cross="g++-aarch64-linux-gnu libgsoap-dev:arm64 libxml2-dev:arm64 libsqlite3-dev:arm64 libsqlitecpp-dev:arm64
-    libsystemd-dev:arm64 libssl-dev:arm64 libcrypt-dev:arm64"
+    libsystemd-dev:arm64 libssl-dev:arm64 zlib1g-dev:arm64 libcrypt-dev:arm64"
 
 missing=()
 for group in "$@"

@@ -13,10 +13,12 @@
 #include <signal.h>
 #include <sys/resource.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <exception>
 #include <string>
+#include <thread>
 
 namespace
 {
@@ -47,9 +49,16 @@ void RaiseDescriptorLimit()
     }
 }
 
-// A converted document leaves tens of thousands of small freed blocks behind. Kept aside for quick reuse,
-// they are joined all at once when a larger block is wanted, which doubles the time of large documents.
-void JoinFreedBlocksAtOnce() { mallopt(M_MXFAST, 0); }
+void SetUpAllocator()
+{
+    // A converted document leaves tens of thousands of small freed blocks behind. Kept aside for quick
+    // reuse, they are joined all at once when a larger block is wanted, which doubles the time of large
+    // documents.
+    mallopt(M_MXFAST, 0);
+    // By default each worker would come to keep what its largest document took: no more of them than can
+    // run at a time, and the memory of the process stays what it is after a minute.
+    mallopt(M_ARENA_MAX, std::max(2, static_cast<int>(std::thread::hardware_concurrency())));
+}
 
 void ReportListening(const std::string& url)
 {
@@ -66,7 +75,7 @@ int Run(Options options)
 {
     const sigset_t signals = BlockSignals();
     RaiseDescriptorLimit();
-    JoinFreedBlocksAtOnce();
+    SetUpAllocator();
     options.platform.onListening = ReportListening;
     analytics::platform::Configure(options.platform);
     if (options.recover)

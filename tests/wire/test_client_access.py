@@ -1,16 +1,20 @@
 """The command-line client: what it says when there is no answer or a strange one, TLS, and passwords."""
 
 import base64
+import fcntl
+import os
+import pty
 import ssl
 import subprocess
 import tempfile
+import termios
 import time
 import unittest
 from pathlib import Path
 
 import service
 import test_access
-from command import ClientTest, Listener, answer, main, run
+from command import CLIENT, ClientTest, Listener, answer, main, run
 
 FAULT = ("<e:Envelope xmlns:e='http://schemas.xmlsoap.org/soap/envelope/'><e:Body><e:Fault><faultcode>e:Server"
          "</faultcode><faultstring>{}</faultstring></e:Fault></e:Body></e:Envelope>")
@@ -29,7 +33,10 @@ class Troubles(unittest.TestCase):
     def test_answers_that_are_none(self):
         self.trouble(lambda connection: connection.recv(65536), 3, "closed the connection without an answer")
         self.trouble(answer("404 Not Found", "", "text/html"), 3, "HTTP status 404", "no such service")
-        self.trouble(answer("503 Busy", "", "text/html"), 3, "too much to do")
+        for status, text in (("403 Forbidden", "denies access"), ("408 Request Timeout", "wait too long"),
+                             ("413 Too Large", "maxRequestBytes"), ("418 Teapot", "HTTP status 418"),
+                             ("429 Too Many", "too much to do"), ("503 Busy", "too much to do")):
+            self.trouble(answer(status, "", "text/html"), 3, text)
         self.trouble(answer("200 OK", "<html><body>hello</body></html>", "text/html"), 3, "isn't understood")
         self.trouble(answer("200 OK", "<a><b"), 3, "--url")
         self.trouble(lambda connection: connection.sendall(b"220 mail\r\n"), 3, "--url")
@@ -107,6 +114,16 @@ class Usage(unittest.TestCase):
         self.assertEqual(complete("availability", "--with", "stop"), ["stopped-vehicle"])
 
 
+def rest_of(terminal):
+    shown = b""
+    try:
+        while read := os.read(terminal, 100):
+            shown += read
+    except OSError:  # The other end is closed.
+        pass
+    return shown
+
+
 class Passwords(ClientTest):
     def setUp(self):
         super().setUp()
@@ -143,6 +160,22 @@ class Passwords(ClientTest):
         self.assertIn("--password-file", none.err)
         self.assertEqual(run(*words, "--password-file", path.with_name("none"), url=self.url).code, 2)
         self.assertIn("--user", run("profile", "list", url=self.url).err)
+
+    def test_asked_for_at_the_terminal_and_not_shown(self):
+        master, slave = pty.openpty()
+        self.addCleanup(os.close, master)
+        with subprocess.Popen(
+                [CLIENT, "--url", self.url, "--user", "eve", "profile", "list", "--json"], stdin=subprocess.DEVNULL,
+                stdout=subprocess.PIPE, stderr=subprocess.PIPE, start_new_session=True,
+                preexec_fn=lambda: fcntl.ioctl(slave, termios.TIOCSCTTY, 0)) as process:
+            shown = b""
+            while not shown.endswith(b"Password of eve: "):
+                shown += os.read(master, 100)
+            os.write(master, "s\u00e4cret\n".encode())
+            out, err = process.communicate(timeout=120)
+        self.assertEqual((process.returncode, out, err), (0, b"[]\n", b""))
+        os.close(slave)
+        self.assertEqual((shown + rest_of(master)).split(), [b"Password", b"of", b"eve:"])
 
 
 class Service(test_access.AccessTest):

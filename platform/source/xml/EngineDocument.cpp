@@ -20,7 +20,24 @@ constexpr char kActivePrefix[] = "va";
 
 using Nodes = std::vector<std::unique_ptr<DocumentNode>>;
 
-Nodes Own(const std::vector<DocumentNode*>& handles) { return Nodes(handles.begin(), handles.end()); }
+// Deletes the handles as well if there is no memory for the list of their owners.
+Nodes Own(const std::vector<DocumentNode*>& handles)
+{
+    Nodes owned;
+    try
+    {
+        owned.reserve(handles.size());
+    }
+    catch (...)
+    {
+        for (const DocumentNode* handle : handles)
+            delete handle;
+        throw;
+    }
+    for (DocumentNode* handle : handles)
+        owned.emplace_back(handle);
+    return owned;
+}
 
 std::string Skeleton()
 {
