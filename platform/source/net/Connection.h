@@ -13,6 +13,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <string_view>
 
 namespace tarno::osa
 {
@@ -50,7 +51,10 @@ class Connection : public std::enable_shared_from_this<Connection>
 
     Connection(Stream stream, ConnectionHost& host);
 
-    void Start();
+    // From the bytes that have been read of it already.
+    void Start(std::string_view received);
+    // From what is left of the answer, instead of Start().
+    void Send(std::string answer);
     // Closes now unless a request is in progress.
     void GiveUp();
     void Close();
@@ -85,7 +89,6 @@ class Connection : public std::enable_shared_from_this<Connection>
     void OnVerdict(PasswordGate::Verdict verdict);
     void Work();
     void OnPeerGone();
-    void Send(std::string answer);
     void SendMore();
     void Linger();
     void DropInput();

@@ -6,6 +6,9 @@
 namespace tarno::osa
 {
 
+// What every connection may hold without asking; nearly every request fits.
+constexpr std::size_t kFreeBytes = 16'384;
+
 // What the clients of a server may use of it.
 struct Limits
 {

@@ -6,12 +6,11 @@
 #include <boost/asio/ip/address.hpp>
 
 #include <fcntl.h>
+#include <sys/socket.h>
 
 #include <algorithm>
 #include <array>
-#include <chrono>
 #include <sstream>
-#include <utility>
 
 namespace tarno::osa
 {
@@ -21,9 +20,6 @@ namespace
 namespace asio = boost::asio;
 using Error = boost::system::error_code;
 using Tcp = asio::ip::tcp;
-
-// Out of file descriptors or memory: as a rule some connection ends within this time.
-constexpr std::chrono::milliseconds kBetterTime(100);
 
 struct Advice
 {
@@ -57,9 +53,6 @@ std::string Sentence(const Tcp::endpoint& endpoint, const Error& error)
     return Text(endpoint) + " can't be listened on (" + error.message() + "); choose another with --listen";
 }
 
-// A program that this process starts gets none of the service's connections.
-void CloseOnExec(int socket) { fcntl(socket, F_SETFD, FD_CLOEXEC); }
-
 Tcp::endpoint EndpointOf(const ListenOptions& options)
 {
     Error error;
@@ -72,11 +65,6 @@ Tcp::endpoint EndpointOf(const ListenOptions& options)
 }
 
 } // namespace
-
-Listener::Listener(asio::io_context& context, std::function<void(Socket)> accepted)
-    : m_acceptor(context), m_timer(context), m_accepted(std::move(accepted))
-{
-}
 
 std::string Listener::Listen(const ListenOptions& options)
 {
@@ -96,7 +84,9 @@ std::string Listener::Listen(const ListenOptions& options)
 void Listener::Open(const Tcp::endpoint& endpoint, const ListenOptions& options)
 {
     m_acceptor.open(endpoint.protocol());
-    CloseOnExec(m_acceptor.native_handle());
+    m_socket = m_acceptor.native_handle();
+    m_protocol = endpoint.protocol();
+    fcntl(m_socket, F_SETFD, FD_CLOEXEC); // A program that this process starts gets none of it.
     m_acceptor.set_option(asio::socket_base::reuse_address(true));
     if (options.bufferBytes > 0)
     {
@@ -109,58 +99,15 @@ void Listener::Open(const Tcp::endpoint& endpoint, const ListenOptions& options)
     m_acceptor.listen(options.backlog);
 }
 
-void Listener::Accepting(bool wanted)
-{
-    m_wanted = wanted;
-    AcceptNext();
-}
+int Listener::Accept() { return ::accept4(m_socket, nullptr, nullptr, SOCK_CLOEXEC); }
+
+void Listener::End() { ::shutdown(m_socket, SHUT_RDWR); }
 
 void Listener::Close()
 {
     Error ignored; // It listens no more, whatever the system says.
     m_acceptor.close(ignored);
-    m_timer.cancel();
-}
-
-void Listener::AcceptNext()
-{
-    if (!m_wanted || m_busy || !m_acceptor.is_open())
-        return;
-    m_busy = true;
-    m_acceptor.async_accept([this](const Error& error, Socket socket)
-                            { OnAccepted(error, std::move(socket)); });
-}
-
-void Listener::OnAccepted(const Error& error, Socket socket)
-try
-{
-    m_busy = false;
-    if (!m_acceptor.is_open())
-        return; // It may have come in just before.
-    if (error)
-        return TryLater();
-    CloseOnExec(socket.native_handle());
-    m_accepted(std::move(socket));
-    AcceptNext();
-}
-catch (const std::exception&)
-{
-    // No memory for another connection.
-    TryLater();
-}
-
-void Listener::TryLater()
-{
-    if (m_busy || !m_acceptor.is_open())
-        return;
-    m_busy = true;
-    m_timer.expires_after(kBetterTime);
-    m_timer.async_wait(
-        [this](const Error& /*error*/)
-        {
-            m_busy = false;
-            AcceptNext();
-        });
+    m_socket = -1;
 }
 
 } // namespace tarno::osa

@@ -1,10 +1,9 @@
 #pragma once
 
+#include <boost/asio/io_context.hpp>
 #include <boost/asio/ip/tcp.hpp>
-#include <boost/asio/steady_timer.hpp>
 
 #include <cstdint>
-#include <functional>
 #include <string>
 
 namespace tarno::osa
@@ -19,32 +18,31 @@ struct ListenOptions
     std::string scheme = "http";  // for the URL
 };
 
-// The listening socket. Whatever goes wrong with a connection that comes in, it tries again a little
-// later. After Listen() on one thread.
+// The listening socket. Many threads may accept at a time, each waiting until there is a connection; the
+// system calls them in turn, one for each connection.
 class Listener
 {
   public:
-    using Socket = boost::asio::ip::tcp::socket;
-
-    Listener(boost::asio::io_context& context, std::function<void(Socket)> accepted);
+    using Protocol = boost::asio::ip::tcp;
 
     // Returns the URL. Throws SocketException (kBindError) with a sentence for the operator.
     std::string Listen(const ListenOptions& options);
-    // Whether to accept. While not, connections wait in the kernel's queue.
-    void Accepting(bool wanted);
+    // After Listen(), until Close(). The socket of a connection; -1 with the reason in errno, also after
+    // End().
+    int Accept();
+    // Nothing is accepted from then on; whoever waits in Accept() returns. On the thread of Close().
+    void End();
+    // When nobody calls Accept() any more. The port is free then.
     void Close();
+    Protocol ConnectionProtocol() const { return m_protocol; }
 
   private:
-    void Open(const boost::asio::ip::tcp::endpoint& endpoint, const ListenOptions& options);
-    void AcceptNext();
-    void OnAccepted(const boost::system::error_code& error, Socket socket);
-    void TryLater();
+    void Open(const Protocol::endpoint& endpoint, const ListenOptions& options);
 
-    boost::asio::ip::tcp::acceptor m_acceptor;
-    boost::asio::steady_timer m_timer;
-    const std::function<void(Socket)> m_accepted;
-    bool m_wanted = false;
-    bool m_busy = false; // waits for a connection, or for a better time
+    boost::asio::io_context m_context; // which nothing runs in
+    Protocol::acceptor m_acceptor{m_context};
+    Protocol m_protocol = Protocol::v4();
+    int m_socket = -1; // the acceptor's, for all threads
 };
 
 } // namespace tarno::osa

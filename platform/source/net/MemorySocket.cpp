@@ -8,9 +8,16 @@
 
 namespace tarno::osa
 {
+namespace
+{
 
-Exchange::Exchange(std::string request, std::function<void(std::string answer)> finished)
-    : m_request(std::move(request)), m_finished(std::move(finished))
+constexpr unsigned kPiecesToALook = 256;
+
+} // namespace
+
+Exchange::Exchange(std::string request, std::function<void(std::string answer)> finished,
+                   std::function<bool()> gone)
+    : m_request(std::move(request)), m_finished(std::move(finished)), m_gone(std::move(gone))
 {
 }
 
@@ -25,9 +32,17 @@ void Exchange::Write(const void* data, std::size_t size)
 {
     if (m_over)
         throw SocketException(SocketException::kInvalid, "The connection has been given back to the server");
-    if (m_peerGone)
+    if (!HasReader())
         throw SocketException(SocketException::kError, "The client has closed the connection");
     m_answer.append(static_cast<const char*>(data), size);
+}
+
+bool Exchange::HasReader()
+{
+    // Answers come in many small pieces, and it is a system call to look.
+    if (m_gone != nullptr && ++m_pieces % kPiecesToALook == 0 && m_gone())
+        m_peerGone = true;
+    return !m_peerGone;
 }
 
 void Exchange::Finish()
@@ -36,6 +51,7 @@ void Exchange::Finish()
         return;
     std::string().swap(m_request);
     m_read = 0;
+    m_gone = nullptr;
     // Moved out, since it holds the connection, which may hold this.
     std::exchange(m_finished, nullptr)(std::move(m_answer));
 }

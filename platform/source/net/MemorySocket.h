@@ -15,8 +15,10 @@ namespace tarno::osa
 class Exchange
 {
   public:
-    // `finished` gets the answer, on the worker's thread.
-    Exchange(std::string request, std::function<void(std::string answer)> finished);
+    // `finished` gets the answer, on the worker's thread. If nobody calls PeerGone(), `gone` is
+    // asked now and then while the answer is written.
+    Exchange(std::string request, std::function<void(std::string answer)> finished,
+             std::function<bool()> gone = nullptr);
 
     std::size_t Read(void* data, std::size_t size); // 0 at the end of the request
     void Write(const void* data, std::size_t size); // throws SocketException if nobody waits for it
@@ -24,10 +26,14 @@ class Exchange
     void Finish();                                  // only the first call does something
 
   private:
+    bool HasReader();
+
     std::string m_request;
     std::size_t m_read = 0;
     std::string m_answer;
+    unsigned m_pieces = 0; // of the answer
     std::function<void(std::string answer)> m_finished;
+    std::function<bool()> m_gone;
     std::atomic<bool> m_over = false;
     std::atomic<bool> m_peerGone = false;
 };

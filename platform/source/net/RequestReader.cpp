@@ -86,7 +86,10 @@ RequestReader::Outcome RequestReader::Parse(std::string_view& rest)
         if (!m_headerDone && m_parser->is_header_done() && !HeaderFits(m_received - rest.size()))
             return Outcome::Refused;
         if (m_parser->is_done())
+        {
+            m_moreCame = !rest.empty();
             return Outcome::Complete;
+        }
     }
     return Judge(rest);
 }

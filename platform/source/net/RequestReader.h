@@ -42,6 +42,8 @@ class RequestReader
     std::size_t Held() const;
     // After Refused.
     Refusal Reason() const { return m_reason; }
+    // After Complete: whether bytes came behind the request with its last ones.
+    bool MoreCame() const { return m_moreCame; }
     // After Complete. The value of the field, empty if there was none.
     const std::string& Authorization() const;
     SoapVersion Version() const;
@@ -61,6 +63,7 @@ class RequestReader
     std::string m_pending;                   // what the parser couldn't use yet
     std::size_t m_received = 0;              // all bytes as they came, framing included
     bool m_headerDone = false;
+    bool m_moreCame = false;
     Refusal m_reason = Refusal::NotHttp;
 };
 

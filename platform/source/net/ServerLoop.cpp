@@ -10,6 +10,7 @@
 
 namespace tarno::osa
 {
+using analytics::platform::FileHandle;
 using analytics::platform::Hold;
 namespace
 {
@@ -34,8 +35,7 @@ ServerLoop::ServerLoop(ITcpSocketAccept& acceptor, const Limits& limits, Access 
     : m_acceptor(acceptor),
       m_limits(Allowed(limits)),
       m_memory(MemoryFor(limits)),
-      m_access(std::move(access)),
-      m_listener(m_io, [this](Connection::Socket socket) { Adopt(std::move(socket)); })
+      m_access(std::move(access))
 {
 }
 
@@ -56,19 +56,18 @@ std::string ServerLoop::Start(const ListenOptions& options)
                                   "); allow the process more threads");
     }
     m_listening = true;
-    Post([this] { m_listener.Accepting(true); });
+    m_workers->BeginAccepting();
     return url;
 }
 
 void ServerLoop::StartThreads()
 {
     m_keepRunning.emplace(m_io.get_executor());
-    m_workers.emplace(m_acceptor,
-                      [this]
-                      {
-                          if (m_ending)
-                              Post([this] { NoteDrained(); });
-                      });
+    DirectHost& host = *this;
+    const bool atOnce = m_access.tls == nullptr && m_access.passwords == nullptr;
+    m_workers.emplace(
+        Workers::Work{m_acceptor, m_listener, m_limits.maxConnections, m_limits.maxRequestBytes, atOnce},
+        host);
     m_thread = std::thread([this] { RunLoop(); });
 }
 
@@ -96,104 +95,56 @@ bool ServerLoop::Post(std::function<void()> task)
     return !m_ended;
 }
 
-void ServerLoop::Adopt(Connection::Socket socket)
+void ServerLoop::Adopt(std::shared_ptr<DirectConnection> connection)
 {
-    ConnectionHost& host = *this;
+    Post([this, connection = std::move(connection)] { Take(*connection); });
+}
+
+void ServerLoop::Take(DirectConnection& arrived)
+{
+    if (m_ending && !arrived.answered)
+        return; // It came in just before.
+    const auto connection = Add(arrived.Release());
+    if (arrived.answered)
+        connection->Send(std::move(arrived.answer));
+    else
+        connection->Start(arrived.received);
+}
+
+std::shared_ptr<Connection> ServerLoop::Add(int descriptor)
+try
+{
+    FileHandle owned(descriptor);
+    Connection::Socket socket(m_io);
+    socket.assign(m_listener.ConnectionProtocol(), owned.Get());
+    owned.Release();
     const auto tls = m_access.tls == nullptr ? nullptr : m_access.tls->Current();
-    const auto connection = std::make_shared<Connection>(Stream(std::move(socket), tls), host);
+    ConnectionHost& host = *this;
+    auto connection = std::make_shared<Connection>(Stream(std::move(socket), tls), host);
     m_connections.emplace(connection.get(), connection);
-    m_listener.Accepting(m_connections.size() < m_limits.maxConnections);
-    connection->Start();
+    return connection;
+}
+catch (const std::exception&)
+{
+    m_workers->ConnectionEnded();
+    throw;
 }
 
 void ServerLoop::Ended(Connection& connection)
 {
     m_connections.erase(&connection);
-    m_listener.Accepting(m_connections.size() < m_limits.maxConnections);
+    m_workers->ConnectionEnded();
     NoteDrained();
 }
 
-void ServerLoop::Serve(std::shared_ptr<Exchange> exchange) { m_workers->Serve(std::move(exchange)); }
-
-std::vector<std::shared_ptr<Connection>> ServerLoop::Connections() const
+void ServerLoop::DirectEnded()
 {
-    std::vector<std::shared_ptr<Connection>> all;
-    for (const auto& [key, connection] : m_connections)
-        all.push_back(connection);
-    return all;
+    m_workers->ConnectionEnded();
+    NoteFreed();
 }
 
-void ServerLoop::StopAccepting()
-{
-    m_ending = true;
-    m_listening = false;
-    m_listener.Close();
-    for (const auto& connection : Connections())
-        connection->GiveUp();
-}
+void ServerLoop::Served() { NoteFreed(); }
 
-bool ServerLoop::Drain(std::chrono::milliseconds limit)
-{
-    const auto drained = std::make_shared<std::promise<void>>();
-    auto done = drained->get_future();
-    const bool running = Post(
-        [this, drained]
-        {
-            m_drains.push_back(drained);
-            StopAccepting();
-            NoteDrained();
-        });
-    // Longer than any host waits, and short enough to be added to the time of day.
-    const std::chrono::milliseconds wait = std::min<std::chrono::milliseconds>(limit, std::chrono::hours(24));
-    return !running || done.wait_for(wait) == std::future_status::ready;
-}
-
-void ServerLoop::NoteDrained()
-{
-    if (!m_connections.empty() || m_workers->Busy() > 0)
-        return;
-    for (const auto& drain : std::exchange(m_drains, {}))
-        drain->set_value();
-}
-
-void ServerLoop::Stop()
-{
-    std::call_once(m_stopped, [this] { EndThreads(); });
-}
-
-void ServerLoop::EndThreads()
-{
-    if (m_thread.joinable())
-    {
-        // From then on no connection hands over a request, which the workers couldn't take any more.
-        const auto closed = std::make_shared<std::promise<void>>();
-        Post(
-            [this, closed]
-            {
-                StopAccepting();
-                closed->set_value();
-            });
-        closed->get_future().wait();
-        if (m_access.passwords != nullptr)
-            m_access.passwords->Stop();
-        m_workers->Stop();
-        // What the workers left was posted before this, so every answer has begun to go out.
-        Post(
-            [this]
-            {
-                for (const auto& connection : Connections())
-                    connection->Close();
-                m_keepRunning.reset();
-            });
-        m_thread.join();
-    }
-    {
-        const Hold hold(m_lock);
-        m_ended = true;
-    }
-    // Whoever asked for something meanwhile gets an answer.
-    m_io.restart();
-    m_io.poll();
-}
+void ServerLoop::Serve(std::shared_ptr<Exchange> exchange) { m_workers->Add(std::move(exchange)); }
 
 } // namespace tarno::osa

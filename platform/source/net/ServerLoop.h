@@ -3,6 +3,7 @@
 #include "access/TlsSource.h"
 #include "net/Budget.h"
 #include "net/Connection.h"
+#include "net/DirectConnection.h"
 #include "net/Limits.h"
 #include "net/Listener.h"
 #include "net/PasswordGate.h"
@@ -37,9 +38,10 @@ struct Access
     std::unique_ptr<PasswordGate> passwords;
 };
 
-// One server: a thread that accepts, reads, times and sends for all connections, and a fixed number
-// of workers that serve whole requests. Public operations may be called from any thread but a worker.
-class ServerLoop final : private ConnectionHost
+// One server: a fixed number of workers that accept connections and serve whole requests, and a thread
+// that reads, times and sends for all connections that have to be waited for, or asked for a password.
+// Public operations may be called from any thread but a worker.
+class ServerLoop final : private ConnectionHost, private DirectHost
 {
   public:
     ServerLoop(ITcpSocketAccept& acceptor, const Limits& limits, Access access = {});
@@ -63,12 +65,17 @@ class ServerLoop final : private ConnectionHost
     PasswordGate* Passwords() override { return m_access.passwords.get(); }
     void Serve(std::shared_ptr<Exchange> exchange) override;
     void Ended(Connection& connection) override;
+    void Adopt(std::shared_ptr<DirectConnection> connection) override;
+    void DirectEnded() override;
+    void Served() override;
 
     bool Post(std::function<void()> task); // false once the loop has ended
     void StartThreads();
     void RunLoop();
-    void Adopt(Connection::Socket socket);
+    void Take(DirectConnection& arrived);
+    std::shared_ptr<Connection> Add(int socket);
     void StopAccepting();
+    void NoteFreed();
     void NoteDrained();
     void EndThreads();
     std::vector<std::shared_ptr<Connection>> Connections() const; // those of this moment
@@ -78,6 +85,7 @@ class ServerLoop final : private ConnectionHost
     std::atomic<bool> m_listening = false;
     std::atomic<bool> m_ending = false; // no new connections, no waiting for clients
     std::once_flag m_stopped;
+    Listener m_listener;
 
     analytics::platform::Lock m_lock;
     bool m_ended ANALYTICS_GUARDED_BY(m_lock) = false;
@@ -88,7 +96,6 @@ class ServerLoop final : private ConnectionHost
     const Access m_access; // goes first: its answers are on their way to the loop
     std::optional<boost::asio::executor_work_guard<boost::asio::io_context::executor_type>> m_keepRunning;
     std::array<char, 64 * 1024> m_scratch = {};
-    Listener m_listener;
     std::unordered_map<Connection*, std::shared_ptr<Connection>> m_connections;
     std::vector<std::shared_ptr<std::promise<void>>> m_drains;
 

@@ -1,39 +1,69 @@
 #pragma once
 
 #include "net/MemorySocket.h"
-
-#include <boost/asio/thread_pool.hpp>
+#include "net/Turns.h"
 
 #include <atomic>
-#include <functional>
+#include <cstddef>
 #include <memory>
+#include <thread>
+#include <utility>
+#include <vector>
 
 namespace tarno::osa
 {
 
+class DirectConnection;
+class DirectHost;
 class ITcpSocketAccept;
+class Listener;
 
-// The threads that serve whole requests. Their number is fixed: what exceeds it waits.
+// The threads that accept connections and serve whole requests. Their number is fixed: what exceeds it
+// waits. None of them ever waits for a peer.
 class Workers
 {
   public:
-    // `returned` is called on a worker's thread each time that a request was served.
-    Workers(ITcpSocketAccept& acceptor, std::function<void()> returned);
+    struct Work
+    {
+        ITcpSocketAccept& acceptor;
+        Listener& listener; // already listening when BeginAccepting() is called
+        std::size_t maxConnections;
+        std::size_t maxRequestBytes;
+        bool atOnce; // requests may be served where they are read
+    };
 
-    void Serve(std::shared_ptr<Exchange> exchange);
-    // Requests that were handed over and whose AcceptSocket has not returned.
-    unsigned Busy() const { return m_busy; }
-    // Drops what no worker has begun, and returns when nothing runs any more. No Serve() after it.
+    // `host` gets the connections that aren't for these threads, and is told when one has ended or a
+    // request was served. Throws std::system_error if there are no threads.
+    Workers(const Work& work, DirectHost& host);
+    ~Workers(); // stops
+
+    void BeginAccepting() { m_turns.BeginAccepting(); }
+    void EndAccepting() { m_turns.EndAccepting(); }
+    // A whole request that waits for a thread. Not after Stop().
+    void Add(std::shared_ptr<Exchange> exchange) { m_turns.Add(std::move(exchange)); }
+    // A connection that the loop adopted, or couldn't.
+    void ConnectionEnded() { m_turns.ConnectionEnded(); }
+    // No connection is open, and no AcceptSocket runs.
+    bool Idle() { return m_turns.Idle(); }
+    // After EndAccepting() and the listener's End(). Drops what no worker has begun, and returns when nothing
+    // runs any more.
     void Stop();
 
   private:
-    void Work(const std::shared_ptr<Exchange>& exchange);
+    class Serving;
 
-    ITcpSocketAccept& m_acceptor;
-    const std::function<void()> m_returned;
+    void Run();
+    void Accept();
+    std::shared_ptr<DirectConnection> NextConnection(); // null if none came
+    void ServeAtOnce(std::shared_ptr<DirectConnection> connection);
+    void ServeWaiting(const std::shared_ptr<Exchange>& exchange);
+    void Serve(const std::shared_ptr<Exchange>& exchange);
+
+    const Work m_work;
+    DirectHost& m_host;
+    Turns m_turns;
     std::atomic<bool> m_stopping = false;
-    std::atomic<unsigned> m_busy = 0;
-    boost::asio::thread_pool m_threads;
+    std::vector<std::thread> m_threads;
 };
 
 } // namespace tarno::osa

@@ -2,6 +2,7 @@
 
 #include <analytics/Annotations.h>
 
+#include <chrono>
 #include <condition_variable>
 #include <mutex>
 
@@ -28,6 +29,12 @@ class Condition
     {
         std::unique_lock<std::mutex> hold(lock.m_mutex, std::adopt_lock);
         m_condition.wait(hold);
+        hold.release();
+    }
+    void WaitFor(Lock& lock, std::chrono::milliseconds time) ANALYTICS_REQUIRES(lock)
+    {
+        std::unique_lock<std::mutex> hold(lock.m_mutex, std::adopt_lock);
+        m_condition.wait_for(hold, time);
         hold.release();
     }
     // Wakes one. Called with the Lock held, so that the condition is still there.
