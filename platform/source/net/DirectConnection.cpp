@@ -26,7 +26,9 @@ DirectConnection::~DirectConnection()
 {
     if (!m_socket)
         return;
-    FileHandle().operator=(std::move(m_socket));
+    {
+        const FileHandle closed(std::move(m_socket)); // before anybody is told
+    }
     m_host.DirectEnded();
 }
 

@@ -75,7 +75,7 @@ class Turns
     std::size_t m_accepting ANALYTICS_GUARDED_BY(m_lock) = 0;
     std::size_t m_serving ANALYTICS_GUARDED_BY(m_lock) = 0;
     std::size_t m_waiting ANALYTICS_GUARDED_BY(m_lock) = 0;
-    bool m_open ANALYTICS_GUARDED_BY(m_lock) = false;       // for connections
+    bool m_open ANALYTICS_GUARDED_BY(m_lock) = false; // for connections
     bool m_pausing ANALYTICS_GUARDED_BY(m_lock) = false;
     bool m_stopping ANALYTICS_GUARDED_BY(m_lock) = false;
 };
