@@ -333,7 +333,8 @@ TEST_F(RecoveryTest, WorksAgainAfterAnotherProgramHeldItLocked)
         using analytics::platform::StoreConnection;
         StoreConnection other(m_database, StoreConnection::Use::kWrite);
         other.Database().exec("BEGIN IMMEDIATE");
-        EXPECT_THAT(AnalyticsFaultOf([this] { Create("new"); }), HasSubstr("another program holds it locked"));
+        EXPECT_THAT(AnalyticsFaultOf([this] { Create("new"); }),
+                    HasSubstr("another program holds it locked"));
         ExpectAsFilled();
     }
     EXPECT_EQ(Create("new"), 2);
