@@ -1,11 +1,13 @@
 #include "xml/Query.h"
 
+#include "threads/Lock.h"
 #include "xml/Memory.h"
 #include "xml/Tree.h"
 
 #include <libxml/xpathInternals.h>
 
 #include <algorithm>
+#include <string_view>
 #include <unordered_map>
 
 namespace analytics::xml
@@ -13,6 +15,21 @@ namespace analytics::xml
 namespace
 {
 constexpr std::size_t kMaxKept = 512;
+
+// A plain path is only read when it is walked: all threads share those that come first, which stay. Null
+// for other queries.
+const std::pair<const std::string, Query>* Shared(const std::string& text)
+{
+    static analytics::platform::Lock lock;
+    static std::unordered_map<std::string, Query> paths;
+    const analytics::platform::Hold hold(lock);
+    const auto found = paths.find(text);
+    if (found != paths.end())
+        return &*found;
+    if (paths.size() >= kMaxKept || !Path::Read(text))
+        return nullptr;
+    return &*paths.emplace(text, Query(text)).first;
+}
 
 void Ignore(void*, xmlErrorPtr) {}
 void Quiet(void*, const char*, ...) {}
@@ -42,13 +59,17 @@ Query::Query(const std::string& text)
 
 const Query& Query::Get(const std::string& text)
 {
-    thread_local std::unordered_map<std::string, Query> kept;
-    const auto found = kept.find(text);
-    if (found != kept.end())
+    thread_local std::unordered_map<std::string_view, const Query*> known; // of the shared ones
+    if (const auto found = known.find(text); found != known.end())
+        return *found->second;
+    thread_local std::unordered_map<std::string, Query> own;
+    if (const auto found = own.find(text); found != own.end())
         return found->second;
-    if (kept.size() >= kMaxKept)
-        kept.clear();
-    return kept.emplace(text, Query(text)).first->second;
+    if (const auto* const shared = Shared(text))
+        return *known.emplace(shared->first, &shared->second).first->second;
+    if (own.size() >= kMaxKept)
+        own.clear();
+    return own.emplace(text, Query(text)).first->second;
 }
 
 Query::Expression Query::Compile(const std::string& text)

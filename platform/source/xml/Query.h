@@ -26,8 +26,8 @@ class Query
   public:
     explicit Query(const std::string& text);
 
-    // One that is kept for its next use. Each thread keeps its own: evaluation writes into what was
-    // compiled. Valid until the thread asks for another.
+    // One that is kept for its next use. All threads share the plain paths; what libxml2 compiled is kept
+    // by each thread, since evaluation writes into it. Valid until the thread asks for another.
     static const Query& Get(const std::string& text);
 
     // Shows what matches, elements, attributes and texts, in document order until `visit` returns false. It
