@@ -25,6 +25,7 @@ namespace
 
 constexpr int kServiceEnded = SIGUSR2;
 constexpr std::chrono::seconds kDrainLimit(5);
+constexpr int kKeptBytes = 128 * 1024; // the defaults of glibc, before it adapts them
 
 // The signals that main() waits for. Blocked before any thread starts, so that all inherit it.
 sigset_t BlockSignals()
@@ -58,6 +59,9 @@ void SetUpAllocator()
     // By default each worker would come to keep what its largest document took: no more of them than can
     // run at a time, and the memory of the process stays what it is after a minute.
     mallopt(M_ARENA_MAX, std::max(2, static_cast<int>(std::thread::hardware_concurrency())));
+    // Otherwise both grow with the largest block that was ever freed, and with them what the process keeps.
+    mallopt(M_MMAP_THRESHOLD, kKeptBytes);
+    mallopt(M_TRIM_THRESHOLD, kKeptBytes);
 }
 
 void ReportListening(const std::string& url)
