@@ -12,18 +12,18 @@ cmake --preset coverage -B "$build" -D FUZZING=ON -D BUILD_TESTING=OFF >/dev/nul
 cmake --build "$build" --target fuzz-programs >/dev/null
 export LLVM_PROFILE_FILE=$build/lines.profraw
 
-platform=platform/source
-conversion=video-analytics/source/conversion
+# What each program is for: files of llvm-cov's report, by a pattern.
+conversion='video-analytics/source/conversion'
 declare -A files=(
-    [reader]="$platform/net/RequestReader.cpp $platform/net/RequestParser.cpp"
-    [message]="source/SoapIO.cpp source/SoapRequest.cpp schema/Answer.cpp $(echo video-analytics/source/*.cpp) $(echo $platform/store/*.cpp)"
-    [behavior]="$(echo $conversion/[A-R]*.cpp $conversion/St*.cpp $conversion/frame)"
-    [scene]="$(echo $conversion/Scene*.cpp)"
-    [engine]="$(echo $conversion/*OnvifDoc.cpp) $conversion/frame $platform/store/ProfileDocument.cpp $platform/xml/EngineDocument.cpp $platform/xml/ProfileDoc.cpp"
-    [settings]="$platform/settings $platform/access/AccessSettings.cpp $platform/xml/XmlFile.cpp $platform/net/Limits.cpp $platform/net/ConfiguredEndpoint.cpp"
-    [manifest]="$platform/plugins/ManifestFile.cpp $platform/xml/XmlFile.cpp"
-    [query]="$(echo $platform/xml/{Document,DocumentNode,Parser,Query,Text,Tree,Path,PathReader,Writer}.cpp)"
-    [access]="$platform/access/BasicCredentials.cpp $platform/access/Users.cpp")
+    [reader]='net/Request(Reader|Parser)[.]cpp'
+    [message]='/(source/Soap|schema/Answer[.]cpp|video-analytics/source/[^/]*[.]cpp|platform/source/store/Profile)'
+    [behavior]="$conversion/([A-R]|St|frame/)"
+    [scene]="$conversion/Scene"
+    [engine]="$conversion/.*OnvifDoc|$conversion/frame/.*Rule|store/ProfileDocument|xml/(EngineDocument|ProfileDoc)[.]cpp"
+    [settings]='platform/source/settings/|xml/XmlFile|access/AccessSettings|net/(Limits|ConfiguredEndpoint)[.]cpp'
+    [manifest]='plugins/ManifestFile|xml/XmlFile'
+    [query]='xml/(Document|DocumentNode|Parser|Path|PathReader|Query|Text|Tree|Writer)[.]'
+    [access]='access/(BasicCredentials|Users)[.]')
 declare -A seeds=(
     [behavior]="tests/data platform/data/plugins" [scene]="tests/data/sceneanalyzer platform/data/plugins"
     [engine]="tests/data platform/data/plugins" [settings]="platform/data" [manifest]="platform/data/plugins")
@@ -36,9 +36,9 @@ do
     # shellcheck disable=SC2086
     "$program" -runs=0 fuzz/corpus/$name ${seeds[$name]:-} >/dev/null 2>&1 </dev/null
     llvm-profdata merge -sparse -o "$build/lines.profdata" "$LLVM_PROFILE_FILE"
-    # shellcheck disable=SC2086
     lines=$(llvm-cov report "$program" -object "$build"/platform/libvarlo-analytics-platform.so \
-        -instr-profile="$build/lines.profdata" ${files[$name]} 2>/dev/null | awk '/^TOTAL/ { print $8 - $9 " of " $8 " (" $10 ")" }')
+        -instr-profile="$build/lines.profdata" 2>/dev/null | awk -v files="${files[$name]}" \
+        '$1 ~ files { all += $8; missed += $9 } END { printf "%d of %d (%.0f %%)", all - missed, all, 100 * (all - missed) / all }')
     inputs=$(sed -n 's/^stat::number_of_executed_units: *//p' "$logs/$name.log" 2>/dev/null || true)
     seconds=$(sed -n 's/^Done [0-9]* runs in \([0-9]*\) second.*/\1/p' "$logs/$name.log" 2>/dev/null || true)
     echo "| $name | ${inputs:-} | ${seconds:-} | $lines |"
