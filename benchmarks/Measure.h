@@ -14,8 +14,13 @@
 namespace measure
 {
 
-// The host's setting of the allocator, which tells on large documents.
-inline void AllocateLikeTheHost() { mallopt(M_MXFAST, 0); }
+// The host's settings of the allocator (host/main.cpp) that tell on one thread.
+inline void AllocateLikeTheHost()
+{
+    mallopt(M_MXFAST, 0);
+    mallopt(M_MMAP_THRESHOLD, 256 * 1024);
+    mallopt(M_TRIM_THRESHOLD, 1024 * 1024);
+}
 
 // What the calling thread has computed so far, in seconds: unlike the time of day, nobody else on the
 // machine moves it.

@@ -59,8 +59,8 @@ void SetUpAllocator()
     // reuse, they are joined all at once when a larger block is wanted, which doubles the time of large
     // documents.
     mallopt(M_MXFAST, 0);
-    // By default each worker would come to keep what its largest document took: no more of them than can
-    // run at a time, and the memory of the process stays what it is after a minute.
+    // By default there is an arena for each worker, which comes to keep what its largest document took: as
+    // many as can be used at a time are enough.
     mallopt(M_ARENA_MAX, std::max(2, static_cast<int>(std::thread::hardware_concurrency())));
     // Otherwise both grow with the largest block that was ever freed, and with them what the process keeps.
     mallopt(M_MMAP_THRESHOLD, kMappedBytes);
