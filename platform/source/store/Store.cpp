@@ -21,7 +21,11 @@ constexpr const char* kLogSuffix = "-wal";
 
 } // namespace
 
-Store::Store(const std::string& folder) : m_database(DatabaseIn(folder)), m_folder(folder) { Open(); }
+Store::Store(const std::string& folder)
+    : m_database(DatabaseIn(folder)), m_log(m_database + kLogSuffix), m_folder(folder)
+{
+    Open();
+}
 
 Store::~Store()
 {
@@ -32,10 +36,10 @@ Store::~Store()
 
 bool Store::Files::Same(const Files& other) const
 {
-    return database.error == 0 && database.SameFile(other.database) && log.SameFile(other.log);
+    return database.error == 0 && database == other.database && log == other.log;
 }
 
-Store::Files Store::FilesNow() const { return {StampOf(m_database), StampOf(m_database + kLogSuffix)}; }
+Store::Files Store::FilesNow() const { return {IdentityOf(m_database), IdentityOf(m_log)}; }
 
 bool Store::Fresh()
 {
@@ -99,8 +103,8 @@ void Store::CloseConnections()
         return;
     const Files opened = FilesOpened();
     const Files now = FilesNow();
-    const bool moved = !now.database.SameFile(opened.database);
-    const bool logIsOurs = now.log.error == 0 && now.log.SameFile(opened.log);
+    const bool moved = now.database != opened.database;
+    const bool logIsOurs = now.log.error == 0 && now.log == opened.log;
     if (moved)
         m_writer->EmptyLog();
     for (Connection* connection : {&m_reader, &m_writer})
@@ -110,7 +114,7 @@ void Store::CloseConnections()
         connection->reset();
     }
     if (moved && logIsOurs)
-        unlink((m_database + kLogSuffix).c_str());
+        unlink(m_log.c_str());
 }
 
 void Store::Read(const Operation& operation)

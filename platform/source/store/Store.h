@@ -1,6 +1,6 @@
 #pragma once
 
-#include "files/FileStamp.h"
+#include "files/FileIdentity.h"
 #include "store/CommitGroup.h"
 #include "store/StateFolder.h"
 #include "threads/Lock.h"
@@ -44,8 +44,8 @@ class Store
     // them is lost.
     struct Files
     {
-        FileStamp database;
-        FileStamp log;
+        FileIdentity database;
+        FileIdentity log;
         bool Same(const Files& other) const;
     };
 
@@ -65,6 +65,7 @@ class Store
     [[noreturn]] void Fail(const CommitGroup::Failure& failure);
 
     const std::string m_database; // path of the file
+    const std::string m_log;
     CommitGroup m_group;
     // Where several are taken, in this order.
     Lock m_writerLock;

@@ -42,7 +42,7 @@ class StoreTest : public PlatformTest
     }
     std::uint64_t Inode(const std::string& name) const
     {
-        return analytics::platform::StampOf(Path(name)).inode;
+        return analytics::platform::IdentityOf(Path(name)).inode;
     }
 };
 
