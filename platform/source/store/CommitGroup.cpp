@@ -4,40 +4,60 @@
 
 namespace analytics::platform
 {
-
 CommitGroup::Turn::Turn(CommitGroup& group, Member& member) : m_group(group)
 {
-    const Hold hold(group.m_lock);
-    group.m_waiting.push_back(&member);
-    while (!member.served && group.m_leader != nullptr && group.m_leader != &member)
-        member.called.Wait(group.m_lock);
-    if (member.served)
+    std::shared_ptr<Batch> batch;
+    bool first = false;
+    bool called = false;
+    {
+        const Hold hold(group.m_lock);
+        first = !group.m_next;
+        batch = first ? std::make_shared<Batch>() : group.m_next;
+        batch->members.push_back(&member);
+        called = !std::exchange(group.m_busy, true);
+        if (!called)
+            group.m_next = batch;
+    }
+    if (!first)
+    {
+        batch->served.Wait();
         return;
-    group.m_leader = &member;
-    m_members = std::exchange(group.m_waiting, {});
+    }
+    if (!called)
+    {
+        batch->called.Wait();
+        const Hold hold(group.m_lock);
+        group.m_next.reset();
+    }
+    m_led = std::move(batch);
 }
 
 CommitGroup::Turn::~Turn()
 {
-    if (m_members.empty())
+    if (!m_led)
         return;
-    const Hold hold(m_group.m_lock);
-    for (Member* const member : m_members)
+    std::shared_ptr<Batch> next;
     {
-        member->served = true;
-        member->called.Wake();
+        const Hold hold(m_group.m_lock);
+        next = m_group.m_next;
+        m_group.m_busy = next != nullptr;
     }
-    m_group.m_leader = nullptr;
-    if (m_group.m_waiting.empty())
-        return;
-    m_group.m_leader = m_group.m_waiting.front();
-    m_group.m_waiting.front()->called.Wake();
+    if (next)
+        next->called.Say();
+    if (m_led->members.size() > 1)
+        m_led->served.Say();
+}
+
+const std::vector<CommitGroup::Member*>& CommitGroup::Turn::Members() const
+{
+    static const std::vector<Member*> kNone;
+    return m_led ? m_led->members : kNone;
 }
 
 std::size_t CommitGroup::Waiting()
 {
     const Hold hold(m_lock);
-    return m_waiting.size();
+    return m_next ? m_next->members.size() : 0;
 }
 
 } // namespace analytics::platform

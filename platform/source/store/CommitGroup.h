@@ -1,9 +1,11 @@
 #pragma once
 
 #include "threads/Lock.h"
+#include "threads/Signal.h"
 
 #include <cstddef>
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -38,10 +40,18 @@ class CommitGroup
         const Operation& operation;
         Outcome outcome = Outcome::kAlone;
         Failure failure = {};
-        bool served = false; // by another thread
-        Condition called = {};
     };
 
+  private:
+    // Those that are served together, the one that leads first.
+    struct Batch
+    {
+        std::vector<Member*> members; // guarded by m_lock until the batch is led
+        Signal called;                // its leader may begin
+        Signal served;                // all of them
+    };
+
+  public:
     // A thread's part in a group. The constructor returns when the member is served or leads; a leader's
     // destructor ends its group and calls the next leader. The member has to outlive it.
     class Turn
@@ -53,11 +63,11 @@ class CommitGroup
         Turn& operator=(const Turn&) = delete;
 
         // Empty unless this thread leads; otherwise all that are to be served, its own one first.
-        const std::vector<Member*>& Members() const { return m_members; }
+        const std::vector<Member*>& Members() const;
 
       private:
         CommitGroup& m_group;
-        std::vector<Member*> m_members;
+        std::shared_ptr<Batch> m_led; // null for one that was served
     };
 
     // How many wait for the next group to begin.
@@ -65,8 +75,8 @@ class CommitGroup
 
   private:
     Lock m_lock;
-    std::vector<Member*> m_waiting ANALYTICS_GUARDED_BY(m_lock);
-    const Member* m_leader ANALYTICS_GUARDED_BY(m_lock) = nullptr;
+    std::shared_ptr<Batch> m_next ANALYTICS_GUARDED_BY(m_lock); // that waits to be led; null if nobody waits
+    bool m_busy ANALYTICS_GUARDED_BY(m_lock) = false;           // a batch is led, or its leader called
 };
 
 } // namespace analytics::platform

@@ -75,6 +75,42 @@ TEST(CommitGroup, ThoseThatComeMeanwhileAreServedTogetherByTheFirstOfThem)
     EXPECT_EQ(first.outcome, CommitGroup::Outcome::kAlone);
 }
 
+// Without a wait in between, so that groups end while others come.
+TEST(CommitGroup, EachIsServedOnceHoweverTheyMeet)
+{
+    constexpr int kThreads = 8;
+    constexpr int kChanges = 200;
+    CommitGroup group;
+    int served = 0; // by the one that leads, and so by one at a time
+    std::vector<int> own(kThreads);
+    std::vector<std::thread> threads;
+    for (int i = 0; i < kThreads; ++i)
+        threads.emplace_back(
+            [&, i]
+            {
+                for (int change = 0; change < kChanges; ++change)
+                {
+                    CommitGroup::Member member{kNothing};
+                    {
+                        const CommitGroup::Turn turn(group, member);
+                        for (CommitGroup::Member* const other : turn.Members())
+                        {
+                            EXPECT_EQ(other->outcome, CommitGroup::Outcome::kAlone);
+                            other->outcome = CommitGroup::Outcome::kCommitted;
+                            ++served;
+                        }
+                    }
+                    own[static_cast<std::size_t>(i)] +=
+                        member.outcome == CommitGroup::Outcome::kCommitted ? 1 : 0;
+                }
+            });
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_EQ(served, kThreads * kChanges);
+    EXPECT_THAT(own, testing::Each(kChanges));
+    EXPECT_EQ(group.Waiting(), 0u);
+}
+
 // ---- In the store ----
 
 // Several changes that wait while another one is being written, and so share a transaction.
