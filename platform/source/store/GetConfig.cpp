@@ -5,17 +5,24 @@
 
 namespace analytics
 {
-
-std::string ProfileManager::GetConfig(int profileId)
+namespace
+{
+std::string Merge(const std::vector<StoredConfiguration>& configurations)
 {
     std::vector<StoredRule> rules;
     std::vector<StoredEngine> engines;
-    for (const StoredConfiguration& stored : m_store->Configurations(profileId))
+    for (const StoredConfiguration& stored : configurations)
         if (stored.kind == RulePlugin)
             rules.push_back({stored.id, stored.document, stored.active});
         else
             engines.push_back({stored.id, stored.document});
     return MergeProfile(rules, engines);
+}
+} // namespace
+
+std::string ProfileManager::GetConfig(int profileId)
+{
+    return m_store->Merged().Get(profileId, m_store->Configurations(profileId), Merge);
 }
 
 } // namespace analytics

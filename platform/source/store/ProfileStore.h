@@ -1,9 +1,10 @@
 #pragma once
 
-#include <analytics/Manifest.h>
 #include <analytics/ProfileSummary.h>
 
+#include "store/MergedDocuments.h"
 #include "store/Store.h"
+#include "store/StoredConfiguration.h"
 
 #include <optional>
 #include <string>
@@ -11,15 +12,6 @@
 
 namespace analytics
 {
-
-// A rule or engine as a profile holds it.
-struct StoredConfiguration
-{
-    PluginType kind = RulePlugin; // or EnginePlugin
-    std::string id;
-    std::string document;
-    bool active = false;
-};
 
 // What is on or off for the camera as a whole.
 enum class ProfileSwitch
@@ -68,8 +60,11 @@ class ProfileStore
     bool Add(int profile, const StoredConfiguration& configuration);  // false if the profile holds it already
     bool Remove(int profile, PluginType kind, const std::string& id); // false if it doesn't hold it
 
+    MergedDocuments& Merged() { return m_merged; }
+
   private:
     mutable platform::Store m_store; // reading may open it anew
+    MergedDocuments m_merged;
 };
 
 } // namespace analytics
