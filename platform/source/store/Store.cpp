@@ -6,6 +6,7 @@
 #include "store/StoreFault.h"
 #include "store/StoreRecovery.h"
 #include "store/StoreTransaction.h"
+#include "threads/OncePerRequest.h"
 
 #include <sqlite3.h>
 
@@ -41,11 +42,33 @@ bool Store::Files::Same(const Files& other) const
 
 Store::Files Store::FilesNow() const { return {IdentityOf(m_database), IdentityOf(m_log)}; }
 
+bool Store::Usable()
+{
+    const Hold hold(m_filesLock);
+    return m_usable;
+}
+
 bool Store::Fresh()
 {
     const Files now = FilesNow();
     const Hold hold(m_filesLock);
     return m_usable && m_files.Same(now);
+}
+
+// A request that has seen the files, and reads again within microseconds, doesn't look again.
+void Store::OpenForReading()
+{
+    struct Look
+    {
+        const Store* store = nullptr;
+        std::uint64_t request = 0;
+    };
+    thread_local Look last;
+    const std::uint64_t request = RequestOfThread();
+    if (request != 0 && last.request == request && last.store == this && Usable())
+        return;
+    Open();
+    last = {this, request};
 }
 
 Store::Files Store::FilesOpened()
@@ -121,7 +144,7 @@ void Store::Read(const Operation& operation)
 {
     for (;;)
     {
-        Open();
+        OpenForReading();
         const Hold hold(m_readerLock);
         StoreConnection* const reader = m_reader.get();
         if (reader != nullptr) // or another thread has just failed to open it

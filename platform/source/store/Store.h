@@ -28,6 +28,8 @@ class Store
     explicit Store(const std::string& folder);
     ~Store();
 
+    // Within a request (RequestScope) the first reading looks whether the files are still the same; every
+    // change does.
     void Read(const Operation& operation);
     // In one transaction, which is on the disk on return. What the operation throws takes it back, and so
     // does a fault, except one that says to look; nothing else does. Operations that come at the same time
@@ -49,8 +51,10 @@ class Store
         bool Same(const Files& other) const;
     };
 
+    bool Usable();
     bool Fresh();
     void Open();
+    void OpenForReading();
     void WriteAlone(const Operation& operation);
     void WriteTogether(const std::vector<CommitGroup::Member*>& members);
     // `within` is true while the operations run.

@@ -135,6 +135,40 @@ TEST_F(StoreTest, KeepsItsConnectionsFromOneOperationToTheNext)
     EXPECT_EQ(Inode("state/profiles.db-wal"), log);
 }
 
+TEST_F(StoreTest, ARequestLooksAtTheFilesOnceAndBeforeEachChange)
+{
+    using analytics::platform::RequestScope;
+    Store store(Path("state"));
+    const Store::Operation insert = [](StoreConnection& connection) { Insert(connection, "a"); };
+    const auto moveAway = [this](const std::string& name)
+    { std::filesystem::rename(Path("state/profiles.db"), Path(name)); };
+    store.Write(insert);
+    store.Write(insert);
+    {
+        const RequestScope request;
+        EXPECT_EQ(Count(store), 2);
+        moveAway("first");
+        EXPECT_EQ(Count(store), 2);
+        store.Write(insert); // into the new file
+        EXPECT_EQ(Count(store), 1);
+        moveAway("second");
+    }
+    const RequestScope request;
+    EXPECT_EQ(Count(store), 0);
+}
+
+TEST_F(StoreTest, ARequestThatHasSeenOneStoreLooksAtTheOther)
+{
+    Store one(Path("one"));
+    Store other(Path("other"));
+    const analytics::platform::RequestScope request;
+    EXPECT_EQ(Count(one), 0);
+    one.Write([](StoreConnection& connection) { Insert(connection, "a"); });
+    std::filesystem::rename(Path("one/profiles.db"), Path("away"));
+    EXPECT_EQ(Count(other), 0);
+    EXPECT_EQ(Count(one), 0);
+}
+
 TEST_F(StoreTest, WritesDurablyWithReferences)
 {
     Store store(Path("state"));
