@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <utility>
 
 namespace analyticsapi
 {
@@ -152,13 +153,14 @@ int BehaviorAvailabilityRequest::GetAvailabilities(const Strings& activeRules)
     bool activeBehaviorsMoveCamera = false;
     ManifestArray manifests;
     pm.GetRulesManifests(manifests);
-    for (auto it = manifests.cbegin(); it != manifests.cend(); ++it)
+    m_availabilities.reserve(manifests.size());
+    for (auto it = manifests.begin(); it != manifests.end(); ++it)
     {
         const Availability availability =
             CheckBehaviorAvailability(activeRules, it, activeEngines, pm, resAvailable, used.numSelectRules,
                                       maxSelectCount, activeBehaviorsMoveCamera);
         const bool hidden = Contains(nonUserConfigurables, it->Id());
-        (hidden ? m_hiddenAvailabilities : m_availabilities).emplace_back(*it, availability);
+        (hidden ? m_hiddenAvailabilities : m_availabilities).emplace_back(std::move(*it), availability);
     }
     // Hidden behaviors aren't filtered, and with no active rules nothing is.
     if (!activeRules.empty())

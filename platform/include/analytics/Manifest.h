@@ -40,14 +40,17 @@ class Manifest
     Manifest();
     explicit Manifest(const ManifestFields& fields); // valid if the identifier isn't empty
     Manifest(const Manifest&);
+    Manifest(Manifest&&) noexcept;
     Manifest& operator=(const Manifest&);
+    Manifest& operator=(Manifest&&) noexcept;
     virtual ~Manifest();
 
-    std::string Id() const { return m_id; }
-    std::string Alias() const { return m_alias; }
-    std::string Name() const { return m_name; }
-    std::string Home() const { return m_home; }
-    std::string Type() const { return m_type; }
+    // References live as long as the manifest.
+    const std::string& Id() const { return m_id; }
+    const std::string& Alias() const { return m_alias; }
+    const std::string& Name() const { return m_name; }
+    const std::string& Home() const { return m_home; }
+    const std::string& Type() const { return m_type; }
     // The Id() or Alias() of each plug-in that this one needs, in the order of the manifest file.
     std::vector<std::string> Dependencies() const { return m_dependencies; }
     // What the plug-in costs of Settings::MaxResource(), in the same unit.

@@ -67,6 +67,7 @@ void PluginManager::GetManifests(ManifestArray& manifests, PluginType type) cons
 {
     const auto catalog = Catalog();
     const std::string wanted = type < std::size(kTypes) ? kTypes[type] : "";
+    manifests.reserve(manifests.size() + catalog->All().size());
     for (const Plugin& plugin : catalog->All())
         if (type == AllPlugin || plugin.manifest.Type() == wanted)
             manifests.push_back(plugin.manifest);

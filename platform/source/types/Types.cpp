@@ -15,7 +15,9 @@ AnalyticsFault::~AnalyticsFault() = default;
 
 Manifest::Manifest() = default;
 Manifest::Manifest(const Manifest&) = default;
+Manifest::Manifest(Manifest&&) noexcept = default;
 Manifest& Manifest::operator=(const Manifest&) = default;
+Manifest& Manifest::operator=(Manifest&&) noexcept = default;
 Manifest::~Manifest() = default;
 
 Manifest::Manifest(const ManifestFields& fields)
