@@ -4,10 +4,12 @@
 #include "xml/Text.h"
 
 #include <libxml/parser.h>
+#include <libxml/parserInternals.h>
 
 #include <algorithm>
 #include <new>
 #include <string_view>
+#include <utility>
 
 namespace analytics::xml
 {
@@ -117,6 +119,18 @@ void Record(void* context, xmlErrorPtr error)
     first.message.erase(first.message.find_last_not_of("\r\n ") + 1);
 }
 
+// Lets the parser read the text where it stands. From one of the library's buffers it would read a copy,
+// and ask that buffer for more at each character of the last 250: a fifth of the time of a small document.
+void PushInput(xmlParserCtxt& context, const std::string& text)
+{
+    xmlParserInput* const input = xmlNewInputStream(&context);
+    if (input == nullptr)
+        return RequireMemory();
+    input->base = input->cur = reinterpret_cast<const xmlChar*>(text.c_str());
+    input->end = input->base + text.size();
+    inputPush(&context, input);
+}
+
 struct ContextDeleter
 {
     void operator()(xmlParserCtxt* context) const { xmlFreeParserCtxt(context); }
@@ -137,8 +151,12 @@ DocPointer Parse(const std::string& text, SyntaxError& error)
         throw std::bad_alloc();
     context->_private = &error;
     context->sax->serror = Record;
-    DocPointer doc(xmlCtxtReadMemory(context.get(), text.data(), static_cast<int>(text.size()), nullptr,
-                                     nullptr, kOptions));
+    xmlCtxtUseOptions(context.get(), kOptions);
+    PushInput(*context, text);
+    xmlParseDocument(context.get());
+    DocPointer doc(std::exchange(context->myDoc, nullptr));
+    if (context->wellFormed == 0)
+        doc.reset();
     RequireMemory();
     return doc;
 }
