@@ -131,11 +131,23 @@ void PushInput(xmlParserCtxt& context, const std::string& text)
     inputPush(&context, input);
 }
 
+// What the library needs to parse anything, and the nodes for each character of a usual text.
+constexpr std::size_t kParserBytes = std::size_t{9} * 1024;
+constexpr std::size_t kTreeBytes = 8;
+
 struct ContextDeleter
 {
     void operator()(xmlParserCtxt* context) const { xmlFreeParserCtxt(context); }
 };
 } // namespace
+
+void DocDeleter::operator()(xmlDoc* doc) const
+{
+    if (!arena->Lent())
+        return;
+    const Arena::Use use(*arena);
+    xmlFreeDoc(doc);
+}
 
 DocPointer Parse(const std::string& text, SyntaxError& error)
 {
@@ -146,6 +158,8 @@ DocPointer Parse(const std::string& text, SyntaxError& error)
         error.message = refusal;
         return nullptr;
     }
+    const auto arena = std::make_shared<Arena>(kParserBytes + text.size() * kTreeBytes);
+    const Arena::Use use(*arena);
     const std::unique_ptr<xmlParserCtxt, ContextDeleter> context(xmlNewParserCtxt());
     if (context == nullptr)
         throw std::bad_alloc();
@@ -154,7 +168,8 @@ DocPointer Parse(const std::string& text, SyntaxError& error)
     xmlCtxtUseOptions(context.get(), kOptions);
     PushInput(*context, text);
     xmlParseDocument(context.get());
-    DocPointer doc(std::exchange(context->myDoc, nullptr));
+    DocPointer doc(std::exchange(context->myDoc, nullptr), {arena});
+    xmlResetLastError(); // a copy of the thread's, which outlives the document
     if (context->wellFormed == 0)
         doc.reset();
     RequireMemory();
