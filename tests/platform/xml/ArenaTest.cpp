@@ -63,13 +63,6 @@ TEST(Arena, ResizesWithTheContent)
     EXPECT_STREQ(text, "text");
 }
 
-TEST(Arena, TakesNoMoreThanThereIs)
-{
-    Arena arena(0);
-    EXPECT_EQ(arena.Take(std::size_t{1} << 60U), nullptr);
-    EXPECT_NE(arena.Take(10), nullptr);
-}
-
 TEST(Arena, KeepsWhatItShares)
 {
     auto source = std::make_unique<Arena>(0);
