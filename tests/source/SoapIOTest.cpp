@@ -12,7 +12,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <iterator>
+#include <set>
 #include <stdexcept>
+#include <vector>
 
 namespace
 {
@@ -61,6 +65,28 @@ TEST_F(SoapIOTest, ContextHasTheHooksTheTimeOutAndTheSocket)
     EXPECT_NE(m_soap->imode & SOAP_XML_TREE, 0);
     EXPECT_NE(m_soap->imode & SOAP_C_UTFSTRING, 0);
     EXPECT_NE(m_soap->omode & SOAP_C_UTFSTRING, 0);
+}
+
+// The first of them lie in places that are kept, the others come from the allocator.
+TEST_F(SoapIOTest, ContextsOfManyConnectionsLieApart)
+{
+    constexpr int kContexts = 20;
+    for (int round = 0; round < 2; ++round)
+    {
+        std::vector<soap*> contexts;
+        for (int i = 0; i < kContexts; ++i)
+        {
+            contexts.push_back(m_transport.GetSoapStruct(nullptr));
+            std::fill(std::begin(contexts[i]->buf), std::end(contexts[i]->buf), static_cast<char>(i));
+        }
+        for (int i = 0; i < kContexts; ++i)
+        {
+            EXPECT_EQ(std::count(std::begin(contexts[i]->buf), std::end(contexts[i]->buf), i), SOAP_BUFLEN);
+            soap_end(contexts[i]);
+            soap_free(contexts[i]);
+        }
+        EXPECT_EQ(std::set(contexts.begin(), contexts.end()).size(), kContexts);
+    }
 }
 
 TEST_F(SoapIOTest, SendSendsAll)

@@ -12,6 +12,7 @@ namespace
 {
 
 constexpr unsigned kPiecesToALook = 256;
+constexpr std::size_t kUsualAnswer = 2000; // bytes; most are shorter
 
 } // namespace
 
@@ -32,17 +33,20 @@ void Exchange::Write(const void* data, std::size_t size)
 {
     if (m_over)
         throw SocketException(SocketException::kInvalid, "The connection has been given back to the server");
-    if (!HasReader())
+    // Answers come in many small pieces, and it is a system call to look.
+    if (++m_pieces % kPiecesToALook == 0)
+        LookForReader();
+    if (m_peerGone)
         throw SocketException(SocketException::kError, "The client has closed the connection");
+    if (m_answer.empty())
+        m_answer.reserve(kUsualAnswer);
     m_answer.append(static_cast<const char*>(data), size);
 }
 
-bool Exchange::HasReader()
+void Exchange::LookForReader()
 {
-    // Answers come in many small pieces, and it is a system call to look.
-    if (m_gone != nullptr && ++m_pieces % kPiecesToALook == 0 && m_gone())
+    if (m_gone != nullptr && m_gone())
         m_peerGone = true;
-    return !m_peerGone;
 }
 
 void Exchange::Finish()

@@ -26,7 +26,7 @@ class Exchange
     void Finish();                                  // only the first call does something
 
   private:
-    bool HasReader();
+    void LookForReader();
 
     std::string m_request;
     std::size_t m_read = 0;

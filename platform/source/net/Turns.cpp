@@ -4,7 +4,10 @@
 
 namespace tarno::osa
 {
+using analytics::platform::Condition;
 using analytics::platform::Hold;
+
+Turns::Turns(std::size_t maxConnections) : m_maxConnections(maxConnections) { m_waiting.reserve(kThreads); }
 
 bool Turns::MayAccept() const
 {
@@ -13,10 +16,24 @@ bool Turns::MayAccept() const
 
 bool Turns::MayServe() const { return !m_requests.empty() && (m_serving < kServing || m_stopping); }
 
+// One at a time: who comes calls the next one, if there is more to do.
 void Turns::Call()
 {
-    if (m_waiting > 0 && (m_stopping || MayServe() || (m_accepting == 0 && MayAccept())))
-        m_called.Wake();
+    if (m_coming > 0 || m_waiting.empty() || !(m_stopping || MayServe() || (m_accepting == 0 && MayAccept())))
+        return;
+    ++m_coming;
+    m_waiting.back()->Wake();
+    m_waiting.pop_back();
+}
+
+void Turns::WaitForCall()
+{
+    Condition called;
+    m_waiting.push_back(&called);
+    called.Wait(m_lock);
+    // It may also have woken by itself.
+    if (std::erase(m_waiting, &called) == 0)
+        --m_coming;
 }
 
 Turns::Task Turns::Next(std::shared_ptr<Exchange>& exchange)
@@ -43,9 +60,7 @@ Turns::Task Turns::Next(std::shared_ptr<Exchange>& exchange)
             ++m_connections;
             return Task::Accept;
         }
-        ++m_waiting;
-        m_called.Wait(m_lock);
-        --m_waiting;
+        WaitForCall();
     }
 }
 
@@ -56,8 +71,8 @@ Turns::Way Turns::Accepted(bool atOnce)
     Call();
     if (!m_open)
         return Way::Close;
-    // Requests that wait already come first.
-    if (!atOnce || m_serving == kServing || !m_requests.empty())
+    // Requests that wait have the next thread that is through, and aren't made more.
+    if (!atOnce || m_serving == kServing)
         return Way::Loop;
     ++m_serving;
     return Way::AtOnce;
@@ -78,8 +93,8 @@ void Turns::NotAccepted(bool failed)
 void Turns::ConnectionEnded()
 {
     const Hold hold(m_lock);
-    --m_connections;
-    Call();
+    if (m_connections-- == m_maxConnections)
+        Call();
 }
 
 void Turns::Served()
@@ -125,7 +140,7 @@ bool Turns::Idle()
 std::size_t Turns::Waiting()
 {
     const Hold hold(m_lock);
-    return m_waiting;
+    return m_waiting.size();
 }
 
 } // namespace tarno::osa

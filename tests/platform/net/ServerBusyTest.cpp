@@ -14,8 +14,6 @@ using testing::EndsWith;
 using testing::HasSubstr;
 using testing::StartsWith;
 
-constexpr int kServing = static_cast<int>(Turns::kServing);
-
 class ServerBusy : public ServerFixture
 {
   protected:

@@ -103,7 +103,7 @@ TEST_F(ServerEnd, StopLetsARunningRequestFinish)
 TEST_F(ServerEnd, DrainFinishesWhatIsInProgressAndTakesNothingNew)
 {
     Gate gate;
-    const std::string large(2 * 1024 * 1024, 'x');
+    const std::string large(1024 * 1024, 'x');
     acceptor.script = [&](TcpSocket& socket)
     {
         gate.Wait();
@@ -113,13 +113,13 @@ TEST_F(ServerEnd, DrainFinishesWhatIsInProgressAndTakesNothingNew)
     Start();
     // One more than there are workers: the last one waits for its turn.
     std::vector<Client> clients;
-    for (int i = 0; i < 17; ++i)
+    for (int i = 0; i < kServing + 1; ++i)
     {
         clients.emplace_back(url);
         clients.back().Send(Post("body"));
     }
     const Client silent(url);
-    ASSERT_TRUE(Eventually([this] { return acceptor.running == 16; }));
+    ASSERT_TRUE(Eventually([this] { return acceptor.running == kServing; }));
     std::this_thread::sleep_for(std::chrono::milliseconds(200));
     auto drained = std::async(std::launch::async, [this] { return server->Drain(kLong); });
     EXPECT_EQ(silent.ReadAll(), "");

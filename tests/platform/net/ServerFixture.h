@@ -1,6 +1,7 @@
 #pragma once
 
 #include "net/ServerLoop.h"
+#include "net/Turns.h"
 #include "platform/net/Client.h"
 
 #include <tarno/osa/SocketException.h>
@@ -21,6 +22,8 @@
 
 namespace tarno::osa
 {
+
+inline constexpr int kServing = static_cast<int>(Turns::kServing); // requests at a time
 
 // Serves requests as a test says. At first it answers with the request itself.
 class ScriptedAcceptor : public ITcpSocketAccept

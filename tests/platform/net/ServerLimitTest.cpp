@@ -76,9 +76,9 @@ TEST_F(ServerLimit, ServesMoreClientsThanWorkers)
         clients.emplace_back(url);
         clients.back().Send(Post("body"));
     }
-    EXPECT_TRUE(Eventually([this] { return acceptor.running == 16; }));
+    EXPECT_TRUE(Eventually([this] { return acceptor.running == kServing; }));
     std::this_thread::sleep_for(kAWhile);
-    EXPECT_EQ(acceptor.running, 16);
+    EXPECT_EQ(acceptor.running, kServing);
     gate.Open();
     for (const Client& client : clients)
         EXPECT_EQ(client.ReadAll(), "done");

@@ -64,10 +64,28 @@ TEST_F(TurnsTest, RequestsThatWaitComeFirst)
     ASSERT_EQ(Next(open), Task::Accept);
     const auto request = Request();
     open.Add(request);
-    EXPECT_EQ(open.Accepted(true), Way::Loop);
+    EXPECT_EQ(open.Accepted(true), Way::AtOnce); // and doesn't have to wait as well
     ASSERT_EQ(Next(open), Task::Serve);
     EXPECT_EQ(taken, request);
     EXPECT_EQ(Next(open), Task::Accept);
+}
+
+TEST_F(TurnsTest, CallsFirstWhoWaitedLeast)
+{
+    std::shared_ptr<Exchange> exchanges[2];
+    std::future<Task> waiting[2];
+    for (std::size_t i = 0; i < 2; ++i)
+    {
+        waiting[i] =
+            std::async(std::launch::async, [this, &exchanges, i] { return open.Next(exchanges[i]); });
+        while (open.Waiting() == i)
+            std::this_thread::yield();
+    }
+    open.Add(Request());
+    EXPECT_EQ(waiting[1].get(), Task::Serve);
+    EXPECT_EQ(open.Waiting(), 1U);
+    open.Stop();
+    EXPECT_EQ(waiting[0].get(), Task::End);
 }
 
 TEST_F(TurnsTest, SomebodyAcceptsHoweverManyAreServed)
