@@ -4,7 +4,9 @@
 // The column "ratio" is the time of the conversion to that of libxml2 alone, parsing and serialising the
 // client's document: both are measured in turn in the same loop. "growth" is the ratio of 10,000 zones to
 // that of 10: it must not grow much beyond 1. A behavior without zones has the same document in every row.
+// "heap" is the most that a conversion has allocated at a time, to the size of the client's document.
 
+#include "Heap.h"
 #include "Measure.h"
 
 #include <Factory.h>
@@ -97,13 +99,23 @@ std::string StoredDocument(const std::string& id, const std::string& document)
     return stored;
 }
 
-void Report(benchmark::State& state, const std::string& row, int zones, double ratio)
+void ReportGrowth(benchmark::State& state, const std::string& row, int zones, double ratio)
 {
     static std::map<std::string, double> withFewZones;
     if (zones == kFewZones)
         withFewZones[row] = ratio;
     if (zones == kManyZones && withFewZones[row] > 0)
         state.counters["growth"] = ratio / withFewZones[row];
+}
+
+template <class Convert>
+void Measure(benchmark::State& state, const std::string& row, int zones, Convert convert,
+             const std::string& document)
+{
+    ReportGrowth(state, row, zones, measure::Ratio(state, convert, document));
+    heap::Begin();
+    benchmark::DoNotOptimize(convert());
+    state.counters["heap"] = static_cast<double>(heap::Peak()) / static_cast<double>(document.size());
 }
 
 void ToEngine(benchmark::State& state, const std::string& id, int zones)
@@ -114,7 +126,7 @@ void ToEngine(benchmark::State& state, const std::string& id, int zones)
         ProfileParameters params;
         return Converter(id)->FromVarloToOnvif(document, params);
     };
-    Report(state, id + "/to engine", zones, measure::Ratio(state, convert, document));
+    Measure(state, id + "/to engine", zones, convert, document);
 }
 
 void ToClient(benchmark::State& state, const std::string& id, int zones)
@@ -122,7 +134,7 @@ void ToClient(benchmark::State& state, const std::string& id, int zones)
     const std::string document = ClientDocument(id, zones);
     const std::string stored = StoredDocument(id, document);
     const auto convert = [&] { return Converter(id)->FromOnvifToVarlo(stored, {}); };
-    Report(state, id + "/to client", zones, measure::Ratio(state, convert, document));
+    Measure(state, id + "/to client", zones, convert, document);
 }
 
 void Register(const std::string& behavior)

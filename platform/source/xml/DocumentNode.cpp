@@ -38,7 +38,9 @@ void SetAttribute(xmlNode* element, const std::string& name, const std::string& 
 std::string Dump(xmlNode* node)
 {
     // A copy of its own gets the declarations that reach the node from above.
-    const xml::DocPointer doc(xmlNewDoc(Chars("1.0")));
+    const auto arena = std::make_shared<xml::Arena>(0);
+    const xml::Arena::Use use(*arena);
+    const xml::DocPointer doc(xmlNewDoc(Chars("1.0")), {arena});
     xml::RequireMemory();
     xmlNode* copy = xmlDocCopyNode(node, doc.get(), 1);
     xmlDocSetRootElement(doc.get(), copy);
@@ -74,6 +76,9 @@ void DocumentNode::SetValue(int value) { SetValue(std::to_string(value)); }
 void DocumentNode::SetValue(const std::string& value)
 {
     xmlNode* node = NodeOf(this);
+    if (node == nullptr)
+        return;
+    const xml::Arena::Use use(Tree::Of(node).Memory());
     const std::string text = xml::ToXmlText(value);
     if (IsAttribute(node) && node->parent != nullptr)
         xmlSetNsProp(node->parent, node->ns, node->name, Chars(text));
@@ -103,8 +108,11 @@ void DocumentNode::SetProperty(const std::string& name, int value)
 
 void DocumentNode::SetProperty(const std::string& name, const std::string& value)
 {
-    if (IsElement(NodeOf(this)) && IsName(name))
-        SetAttribute(NodeOf(this), name, xml::ToXmlText(value));
+    xmlNode* node = NodeOf(this);
+    if (!IsElement(node) || !IsName(name))
+        return;
+    const xml::Arena::Use use(Tree::Of(node).Memory());
+    SetAttribute(node, name, xml::ToXmlText(value));
     xml::RequireMemory();
 }
 
@@ -118,6 +126,7 @@ DocumentNode* DocumentNode::AddNewChild(const std::string& name, const std::stri
     xmlNode* node = NodeOf(this);
     if (!IsElement(node) || !IsName(name) || !Tree::Of(node).Grow())
         return nullptr;
+    const xml::Arena::Use use(Tree::Of(node).Memory());
     const std::string text = xml::ToXmlText(value);
     auto child = std::make_unique<DocumentNode>();
     child->Handle(xmlNewChild(node, node->ns, Chars(name), nullptr));
@@ -141,6 +150,7 @@ void DocumentNode::Unlink(bool destroy)
     if (!IsElement(node) && !IsAttribute(node))
         return;
     Tree& tree = Tree::Of(node);
+    const xml::Arena::Use use(tree.Memory());
     if (!destroy)
         tree.Keep(node); // which may throw, and then nothing has changed
     xmlUnlinkNode(node);
@@ -157,8 +167,11 @@ void DocumentNode::Unlink(bool destroy)
 
 void DocumentNode::ReconciliateNs()
 {
-    if (IsElement(NodeOf(this)))
-        xmlReconciliateNs(NodeOf(this)->doc, NodeOf(this));
+    xmlNode* node = NodeOf(this);
+    if (!IsElement(node))
+        return;
+    const xml::Arena::Use use(Tree::Of(node).Memory());
+    xmlReconciliateNs(node->doc, node);
     xml::RequireMemory();
 }
 

@@ -78,6 +78,7 @@ void EngineDocument::TakeRules(ProfileDoc& from, const std::string& ruleId)
 void EngineDocument::MarkActive(const std::string& ruleId)
 {
     auto* rules = static_cast<xmlNode*>(m_rules);
+    const xml::Arena::Use use(Content()->Memory());
     xmlNs* space = xmlSearchNsByHref(rules->doc, rules, xml::Chars(kActiveNamespace));
     xmlNode* mark = xmlNewChild(rules, space, xml::Chars(kActiveRule), nullptr);
     xml::RequireMemory();

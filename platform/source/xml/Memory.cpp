@@ -1,5 +1,7 @@
 #include "xml/Memory.h"
 
+#include "xml/Arena.h"
+
 #include <libxml/parser.h>
 #include <libxml/xmlmemory.h>
 
@@ -68,26 +70,47 @@ void* OrReserve(void* block, std::size_t size)
     if (block != nullptr)
         return block;
     gShort = true;
+    if (Arena* const arena = Arena::InUse())
+        arena->NoteLoan();
     return gReserve.Take(size);
 }
 
 void Free(void* block)
 {
-    if (!gReserve.GiveBack(block))
+    Arena* const arena = Arena::InUse();
+    const bool kept = arena != nullptr && block != nullptr && arena->GiveBack(block);
+    if (!kept && !gReserve.GiveBack(block))
         std::free(block);
 }
 
-void* Allocate(std::size_t size) { return OrReserve(std::malloc(size), size); }
+void* Allocate(std::size_t size)
+{
+    Arena* const arena = Arena::InUse();
+    return OrReserve(arena == nullptr ? std::malloc(size) : arena->Take(size), size);
+}
+
+void* ResizeIn(Arena& arena, void* block, std::size_t size)
+{
+    if (void* const moved = arena.Resize(block, size))
+        return moved;
+    void* const lent = OrReserve(nullptr, size);
+    return lent == nullptr ? nullptr : std::memcpy(lent, block, std::min(size, arena.RestOf(block)));
+}
 
 void* Reallocate(void* block, std::size_t size)
 {
-    const bool reserved = block != nullptr && gReserve.Owns(block);
+    if (block == nullptr)
+        return Allocate(size);
+    Arena* const arena = Arena::InUse();
+    if (arena != nullptr && arena->Owns(block))
+        return ResizeIn(*arena, block, size);
+    const bool reserved = gReserve.Owns(block);
     if (!reserved)
         if (void* const grown = std::realloc(block, size))
             return grown;
     void* const moved = reserved ? Allocate(size) : OrReserve(nullptr, size);
-    if (moved == nullptr || block == nullptr)
-        return moved;
+    if (moved == nullptr)
+        return nullptr;
     std::memmove(moved, block, std::min(size, reserved ? gReserve.Behind(block) : malloc_usable_size(block)));
     Free(block);
     return moved;

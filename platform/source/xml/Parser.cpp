@@ -4,10 +4,12 @@
 #include "xml/Text.h"
 
 #include <libxml/parser.h>
+#include <libxml/parserInternals.h>
 
 #include <algorithm>
 #include <new>
 #include <string_view>
+#include <utility>
 
 namespace analytics::xml
 {
@@ -117,11 +119,35 @@ void Record(void* context, xmlErrorPtr error)
     first.message.erase(first.message.find_last_not_of("\r\n ") + 1);
 }
 
+// Lets the parser read the text where it stands. From one of the library's buffers it would read a copy,
+// and ask that buffer for more at each character of the last 250: a fifth of the time of a small document.
+void PushInput(xmlParserCtxt& context, const std::string& text)
+{
+    xmlParserInput* const input = xmlNewInputStream(&context);
+    if (input == nullptr)
+        return RequireMemory();
+    input->base = input->cur = reinterpret_cast<const xmlChar*>(text.c_str());
+    input->end = input->base + text.size();
+    inputPush(&context, input);
+}
+
+// What the library needs to parse anything, and the nodes for each character of a usual text.
+constexpr std::size_t kParserBytes = std::size_t{9} * 1024;
+constexpr std::size_t kTreeBytes = 8;
+
 struct ContextDeleter
 {
     void operator()(xmlParserCtxt* context) const { xmlFreeParserCtxt(context); }
 };
 } // namespace
+
+void DocDeleter::operator()(xmlDoc* doc) const
+{
+    if (!arena->Lent())
+        return;
+    const Arena::Use use(*arena);
+    xmlFreeDoc(doc);
+}
 
 DocPointer Parse(const std::string& text, SyntaxError& error)
 {
@@ -132,13 +158,20 @@ DocPointer Parse(const std::string& text, SyntaxError& error)
         error.message = refusal;
         return nullptr;
     }
+    const auto arena = std::make_shared<Arena>(kParserBytes + text.size() * kTreeBytes);
+    const Arena::Use use(*arena);
     const std::unique_ptr<xmlParserCtxt, ContextDeleter> context(xmlNewParserCtxt());
     if (context == nullptr)
         throw std::bad_alloc();
     context->_private = &error;
     context->sax->serror = Record;
-    DocPointer doc(xmlCtxtReadMemory(context.get(), text.data(), static_cast<int>(text.size()), nullptr,
-                                     nullptr, kOptions));
+    xmlCtxtUseOptions(context.get(), kOptions);
+    PushInput(*context, text);
+    xmlParseDocument(context.get());
+    DocPointer doc(std::exchange(context->myDoc, nullptr), {arena});
+    xmlResetLastError(); // a copy of the thread's, which outlives the document
+    if (context->wellFormed == 0)
+        doc.reset();
     RequireMemory();
     return doc;
 }

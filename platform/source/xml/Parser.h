@@ -1,5 +1,7 @@
 #pragma once
 
+#include "xml/Arena.h"
+
 #include <libxml/tree.h>
 
 #include <memory>
@@ -15,9 +17,11 @@ struct SyntaxError
     std::string message; // a phrase for a person, without a full stop at its end
 };
 
+// A document stands in an arena of its own, which ends with it. Whoever changes it puts the arena to use.
 struct DocDeleter
 {
-    void operator()(xmlDoc* doc) const { xmlFreeDoc(doc); }
+    std::shared_ptr<Arena> arena;
+    void operator()(xmlDoc* doc) const;
 };
 using DocPointer = std::unique_ptr<xmlDoc, DocDeleter>;
 

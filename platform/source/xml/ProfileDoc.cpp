@@ -15,30 +15,49 @@ using namespace engineform;
 
 namespace
 {
-// The elements below `top` of that name whose attribute `attribute` is `value`.
-std::vector<xmlNode*> Find(const xmlNode* top, std::string_view space, std::string_view name,
-                           const char* attribute, const std::string& value)
+// The first element behind `from` and below `top` of that name whose attribute `attribute` is `value`.
+xmlNode* FindBehind(xmlNode* from, const xmlNode* top, std::string_view space, std::string_view name,
+                    const char* attribute, const std::string& value)
 {
-    std::vector<xmlNode*> found;
-    for (xmlNode* node = xml::NextElement(const_cast<xmlNode*>(top), top); node != nullptr;
-         node = xml::NextElement(node, top))
-        if (xml::IsElement(node, space, name) && xml::Attribute(node, attribute) == value)
+    xmlNode* node = xml::NextElement(from, top);
+    while (node != nullptr &&
+           !(xml::IsElement(node, space, name) && xml::Attribute(node, attribute) == value))
+        node = xml::NextElement(node, top);
+    return node;
+}
+
+// What FindBehind() finds of that type in a document.
+class FormSearch
+{
+  public:
+    FormSearch(xml::Tree* tree, const char* name, const std::string& type) : m_name(name), m_type(type)
+    {
+        if (tree == nullptr || type.empty())
+            return;
+        m_space = tree->NamespaceOf(Settings::OnvifPrefix());
+        m_top = m_space.empty() ? nullptr : tree->Top();
+    }
+
+    xmlNode* First() const { return m_top == nullptr ? nullptr : Behind(m_top); }
+
+    std::vector<xmlNode*> All() const
+    {
+        std::vector<xmlNode*> found;
+        for (xmlNode* node = First(); node != nullptr; node = Behind(node))
             found.push_back(node);
-    return found;
-}
+        return found;
+    }
 
-std::vector<xmlNode*> FindInForm(xml::Tree* tree, const char* name, const std::string& type)
-{
-    if (tree == nullptr || type.empty())
-        return {};
-    const std::string& space = tree->NamespaceOf(Settings::OnvifPrefix());
-    return space.empty() ? std::vector<xmlNode*>() : Find(tree->Top(), space, name, kType, type);
-}
+  private:
+    xmlNode* Behind(xmlNode* from) const { return FindBehind(from, m_top, m_space, m_name, kType, m_type); }
 
-DocumentNode* FirstHandle(const std::vector<xmlNode*>& nodes)
-{
-    return nodes.empty() ? nullptr : new DocumentNode(nodes.front());
-}
+    const char* m_name;
+    const std::string& m_type;
+    std::string m_space;
+    xmlNode* m_top = nullptr;
+};
+
+DocumentNode* HandleOf(xmlNode* node) { return node == nullptr ? nullptr : new DocumentNode(node); }
 
 std::string Step(const char* name) { return Settings::OnvifPrefix() + ":" + name; }
 
@@ -75,30 +94,30 @@ ProfileDoc::~ProfileDoc() = default;
 
 std::vector<DocumentNode*> ProfileDoc::SelectRules(const std::string& ruleId)
 {
-    return xml::HandlesOf(FindInForm(Content(), kRule, ruleId));
+    return xml::HandlesOf(FormSearch(Content(), kRule, ruleId).All());
 }
 
 DocumentNode* ProfileDoc::SelectRule(const std::string& ruleId)
 {
-    return FirstHandle(FindInForm(Content(), kRule, ruleId));
+    return HandleOf(FormSearch(Content(), kRule, ruleId).First());
 }
 
 void ProfileDoc::DeleteRules(const std::string& ruleId)
 {
-    const std::vector<xmlNode*> rules = FindInForm(Content(), kRule, ruleId);
+    const std::vector<xmlNode*> rules = FormSearch(Content(), kRule, ruleId).All();
     for (auto rule = rules.rbegin(); rule != rules.rend(); ++rule)
         DocumentNode(*rule).Unlink(true);
 }
 
 bool ProfileDoc::RuleIsActive(const std::string& ruleId)
 {
-    return Content() != nullptr &&
-           !Find(Content()->Top(), kActiveNamespace, kActiveRule, kType, ruleId).empty();
+    xmlNode* const top = Content() == nullptr ? nullptr : Content()->Top();
+    return top != nullptr && FindBehind(top, top, kActiveNamespace, kActiveRule, kType, ruleId) != nullptr;
 }
 
 DocumentNode* ProfileDoc::SelectEngine(const std::string& engineId)
 {
-    return FirstHandle(FindInForm(Content(), kModule, engineId));
+    return HandleOf(FormSearch(Content(), kModule, engineId).First());
 }
 
 std::string ProfileDoc::ElementItemQry(bool inParameters) { return ItemQry(kElementItem, inParameters); }

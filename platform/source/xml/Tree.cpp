@@ -163,7 +163,12 @@ xmlNode* NextElement(xmlNode* from, const xmlNode* top)
 
 void Move(xmlNode* node, xmlNode* parent)
 {
-    Tree::Of(node).Release(node);
+    Tree& from = Tree::Of(node);
+    Tree& to = Tree::Of(parent);
+    from.Release(node);
+    if (&from != &to)
+        to.Memory().Share(from.Memory());
+    const Arena::Use use(to.Memory());
     xmlUnlinkNode(node);
     if (node->doc != parent->doc)
         for (xmlNode* element = node; element != nullptr; element = NextElement(element, node))
@@ -176,7 +181,7 @@ void Move(xmlNode* node, xmlNode* parent)
     for (xmlNode* element = moved; element != nullptr; element = NextElement(element, moved))
         declares = declares || element->nsDef != nullptr;
     if (declares)
-        Tree::Of(parent).ForgetPrefixes();
+        to.ForgetPrefixes();
     RequireMemory();
 }
 
@@ -184,6 +189,9 @@ Tree::Tree(DocPointer doc) : m_doc(std::move(doc)) { m_doc->_private = this; }
 
 Tree::~Tree()
 {
+    if (!Memory().Lent())
+        return;
+    const Arena::Use use(Memory());
     for (xmlNode* node : m_detached)
         xmlFreeNode(node);
 }

@@ -61,6 +61,7 @@ class Tree
     static Tree& Of(const xmlNode* node);
 
     xmlDoc* Doc() const { return m_doc.get(); }
+    Arena& Memory() { return *m_doc.get_deleter().arena; }
     xmlNode* Top() const { return reinterpret_cast<xmlNode*>(m_doc.get()); }
     // The namespace that the document first binds to the prefix; empty if it binds none.
     const std::string& NamespaceOf(const std::string& prefix);

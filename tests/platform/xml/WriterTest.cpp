@@ -57,6 +57,7 @@ TEST(Writer, EscapesNamespaces)
 TEST(Writer, IsNotDeeperThanTheDocument)
 {
     const DocPointer doc = Parse("<a/>");
+    const xml::Arena::Use use(*doc.get_deleter().arena);
     xmlNode* node = xmlDocGetRootElement(doc.get());
     constexpr int kDepth = 200'000;
     for (int i = 0; i < kDepth; ++i)
