@@ -82,28 +82,26 @@ void ProfileStore::DeactivateAny()
 
 std::optional<int> ProfileStore::Active() const
 {
-    std::optional<int> profile;
-    m_store.Read(
-        [&](StoreConnection& connection)
-        {
-            Query row(connection, "SELECT active_profile FROM state WHERE active_profile IS NOT NULL");
-            if (row.Next())
-                profile = row.Number(0);
-        });
-    return profile;
+    return *m_active.Get(m_store,
+                         [](StoreConnection& connection)
+                         {
+                             Query row(connection,
+                                       "SELECT active_profile FROM state WHERE active_profile IS NOT NULL");
+                             return row.Next() ? std::optional(row.Number(0)) : std::nullopt;
+                         });
 }
 
 std::vector<ProfileSummary> ProfileStore::List() const
 {
-    std::vector<ProfileSummary> list;
-    m_store.Read(
-        [&](StoreConnection& connection)
-        {
-            Query row(connection, kList);
-            while (row.Next())
-                list.push_back(SummaryOf(row));
-        });
-    return list;
+    return *m_list.Get(m_store,
+                       [](StoreConnection& connection)
+                       {
+                           std::vector<ProfileSummary> list;
+                           Query row(connection, kList);
+                           while (row.Next())
+                               list.push_back(SummaryOf(row));
+                           return list;
+                       });
 }
 
 std::optional<ProfileSummary> ProfileStore::Find(int profile) const
@@ -138,14 +136,12 @@ void ProfileStore::Switch(ProfileSwitch which, bool on)
 
 bool ProfileStore::On(ProfileSwitch which) const
 {
-    bool on = false;
-    m_store.Read(
-        [&](StoreConnection& connection)
-        {
-            Query row(connection, StatementsOf(which).read);
-            on = row.Next() && row.Flag(0);
-        });
-    return on;
+    return *m_switches[static_cast<int>(which)].Get(m_store,
+                                                    [which](StoreConnection& connection)
+                                                    {
+                                                        Query row(connection, StatementsOf(which).read);
+                                                        return row.Next() && row.Flag(0);
+                                                    });
 }
 
 } // namespace analytics

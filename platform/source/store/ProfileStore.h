@@ -2,6 +2,7 @@
 
 #include <analytics/ProfileSummary.h>
 
+#include "store/KeptReading.h"
 #include "store/MergedDocuments.h"
 #include "store/Store.h"
 #include "store/StoredConfiguration.h"
@@ -65,6 +66,9 @@ class ProfileStore
   private:
     mutable platform::Store m_store; // reading may open it anew
     MergedDocuments m_merged;
+    mutable platform::KeptReading<std::vector<ProfileSummary>> m_list;
+    mutable platform::KeptReading<std::optional<int>> m_active;
+    mutable platform::KeptReading<bool> m_switches[2]; // in the order of ProfileSwitch
 };
 
 } // namespace analytics

@@ -5,6 +5,8 @@
 #include "store/StateFolder.h"
 #include "threads/Lock.h"
 
+#include <atomic>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
@@ -36,6 +38,12 @@ class Store
     // may share a transaction, on a thread of any of them; an operation may run again after it was taken
     // back.
     void Write(const Operation& operation);
+    // Throws AnalyticsFault if nothing could be read now. A replaced database has been noticed then.
+    void Look() { OpenForReading(); }
+    // Another number after each change, before it is acknowledged, and after the database was opened anew.
+    // What a reading saw is what is stored for as long as the number from before it stays: in this process
+    // all changes come this way.
+    std::uint64_t Version() const { return m_version.load(std::memory_order_acquire); }
     // How many changes wait for the one that is being written.
     std::size_t Waiting() { return m_group.Waiting(); }
 
@@ -50,6 +58,8 @@ class Store
         FileIdentity log;
         bool Same(const Files& other) const;
     };
+
+    class Change;
 
     bool Usable();
     bool Fresh();
@@ -70,6 +80,7 @@ class Store
 
     const std::string m_database; // path of the file
     const std::string m_log;
+    std::atomic<std::uint64_t> m_version = 0;
     CommitGroup m_group;
     // Where several are taken, in this order.
     Lock m_writerLock;

@@ -30,8 +30,7 @@ std::string SceneAnalyzerConverter::FromOnvifToVarlo(const std::string& onvifDoc
 {
     std::string result;
     Config config;
-    OnvifDoc onvifParser;
-    if (!onvifParser.DocToConfig(onvifDoc, config))
+    if (!OnvifDoc().DocToConfig(onvifDoc, config)) // whose tree isn't needed any more
         return result;
     // The engine document holds neither.
     config.ProfileName(params.ProfileName());

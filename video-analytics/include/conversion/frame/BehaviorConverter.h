@@ -18,8 +18,7 @@ class BehaviorConverter : public ProfileDocConverter
     {
         std::string result;
         Config config;
-        VarloDoc varloParser;
-        if (!varloParser.DocToConfig(varloDoc, config))
+        if (!VarloDoc().DocToConfig(varloDoc, config)) // whose tree isn't needed any more
             return result;
         params.Active(config.Active());
         OnvifDoc onvifParser;
@@ -32,8 +31,7 @@ class BehaviorConverter : public ProfileDocConverter
     {
         std::string result;
         Config config;
-        OnvifDoc onvifParser;
-        if (!onvifParser.DocToConfig(onvifDoc, config))
+        if (!OnvifDoc().DocToConfig(onvifDoc, config))
             return result;
         VarloDoc varloParser;
         varloParser.ConfigToDoc(config, result);
