@@ -13,7 +13,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <iterator>
 #include <set>
 #include <stdexcept>
 #include <vector>
@@ -77,15 +76,15 @@ TEST_F(SoapIOTest, ContextsOfManyConnectionsLieApart)
         for (int i = 0; i < kContexts; ++i)
         {
             contexts.push_back(m_transport.GetSoapStruct(nullptr));
-            std::fill(std::begin(contexts[i]->buf), std::end(contexts[i]->buf), static_cast<char>(i));
+            std::ranges::fill(contexts.back()->buf, static_cast<char>(i));
         }
-        for (int i = 0; i < kContexts; ++i)
+        EXPECT_EQ(std::set(contexts.begin(), contexts.end()).size(), contexts.size());
+        for (int i = 0; soap* const context : contexts)
         {
-            EXPECT_EQ(std::count(std::begin(contexts[i]->buf), std::end(contexts[i]->buf), i), SOAP_BUFLEN);
-            soap_end(contexts[i]);
-            soap_free(contexts[i]);
+            EXPECT_EQ(std::ranges::count(context->buf, static_cast<char>(i++)), SOAP_BUFLEN);
+            soap_end(context);
+            soap_free(context);
         }
-        EXPECT_EQ(std::set(contexts.begin(), contexts.end()).size(), kContexts);
     }
 }
 
