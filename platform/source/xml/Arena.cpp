@@ -66,8 +66,9 @@ void* Arena::Resize(void* block, std::size_t size)
         GiveBack(block);
         return Take(size);
     }
+    // How long the block was isn't known: what is behind it comes along, even the place it moves to.
     void* const moved = Take(size);
-    return moved == nullptr ? nullptr : std::memcpy(moved, block, std::min(size, rest));
+    return moved == nullptr ? nullptr : std::memmove(moved, block, std::min(size, rest));
 }
 
 void Arena::Share(const Arena& other)

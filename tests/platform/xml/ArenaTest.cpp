@@ -63,6 +63,18 @@ TEST(Arena, ResizesWithTheContent)
     EXPECT_STREQ(text, "text");
 }
 
+TEST(Arena, MovesABlockBehindTheNextOne)
+{
+    Arena arena(0);
+    auto* text = static_cast<char*>(arena.Take(5));
+    std::copy_n("text", 5, text);
+    arena.Take(1);
+    auto* const moved = static_cast<char*>(arena.Resize(text, 200)); // of the same piece
+    EXPECT_GT(moved, text);
+    EXPECT_LT(moved - text, 200);
+    EXPECT_STREQ(moved, "text");
+}
+
 TEST(Arena, KeepsWhatItShares)
 {
     auto source = std::make_unique<Arena>(0);
