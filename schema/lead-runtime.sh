@@ -10,8 +10,7 @@ folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
 (cd "$folder" && "$ar" x "$installed")
 for object in "$folder"/*.o; do
-    changes=(--redefine-sym malloc=RuntimeAllocate --redefine-sym free=RuntimeRelease
-             --weaken-symbol soap_resolve --weaken-symbol soap_free_temp)
+    changes=(--redefine-sym malloc=RuntimeAllocate --weaken-symbol soap_resolve --weaken-symbol soap_free_temp)
     # Behind ours its own one is still wanted, and so has a second name.
     place=$("$nm" "$object" | awk '$2 == "T" && $3 == "soap_free_temp" { print $1 }')
     if [ -n "$place" ]; then

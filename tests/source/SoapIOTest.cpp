@@ -12,10 +12,7 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <set>
 #include <stdexcept>
-#include <vector>
 
 namespace
 {
@@ -64,28 +61,6 @@ TEST_F(SoapIOTest, ContextHasTheHooksTheTimeOutAndTheSocket)
     EXPECT_NE(m_soap->imode & SOAP_XML_TREE, 0);
     EXPECT_NE(m_soap->imode & SOAP_C_UTFSTRING, 0);
     EXPECT_NE(m_soap->omode & SOAP_C_UTFSTRING, 0);
-}
-
-// The first of them lie in places that are kept, the others come from the allocator.
-TEST_F(SoapIOTest, ContextsOfManyConnectionsLieApart)
-{
-    constexpr int kContexts = 20;
-    for (int round = 0; round < 2; ++round)
-    {
-        std::vector<soap*> contexts;
-        for (int i = 0; i < kContexts; ++i)
-        {
-            contexts.push_back(m_transport.GetSoapStruct(nullptr));
-            std::ranges::fill(contexts.back()->buf, static_cast<char>(i));
-        }
-        EXPECT_EQ(std::set(contexts.begin(), contexts.end()).size(), contexts.size());
-        for (int i = 0; soap* const context : contexts)
-        {
-            EXPECT_EQ(std::ranges::count(context->buf, static_cast<char>(i++)), SOAP_BUFLEN);
-            soap_end(context);
-            soap_free(context);
-        }
-    }
 }
 
 TEST_F(SoapIOTest, SendSendsAll)
