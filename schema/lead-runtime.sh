@@ -10,12 +10,16 @@ folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
 (cd "$folder" && "$ar" x "$installed")
 for object in "$folder"/*.o; do
-    changes=(--redefine-sym malloc=RuntimeAllocate --weaken-symbol soap_resolve --weaken-symbol soap_free_temp)
-    # Behind ours its own one is still wanted, and so has a second name.
-    place=$("$nm" "$object" | awk '$2 == "T" && $3 == "soap_free_temp" { print $1 }')
-    if [ -n "$place" ]; then
-        changes+=(--add-symbol "RuntimeFreeTemp=.text:0x$place,function,global")
-    fi
+    changes=(--redefine-sym malloc=RuntimeAllocate --weaken-symbol soap_resolve)
+    changes+=(--wildcard --weaken-symbol 'soap_new_REQUIRE_*')
+    # Behind ours their own ones are still wanted, and so have a second name.
+    for names in soap_begin=RuntimeBegin soap_free_temp=RuntimeFreeTemp soap_string_in=RuntimeStringIn; do
+        changes+=(--weaken-symbol "${names%=*}")
+        place=$("$nm" "$object" | awk -v name="${names%=*}" '$2 == "T" && $3 == name { print $1 }')
+        if [ -n "$place" ]; then
+            changes+=(--add-symbol "${names#*=}=.text:0x$place,function,global")
+        fi
+    done
     "$objcopy" "${changes[@]}" "$object"
 done
 rm -f "$copy"
