@@ -19,7 +19,7 @@ class Exchange;
 class Turns
 {
   public:
-    static constexpr std::size_t kServing = 32; // requests at a time
+    static constexpr std::size_t kServing = 48; // requests at a time
     static constexpr std::size_t kAccepting = 4;
     static constexpr std::size_t kThreads = kServing + kAccepting; // enough for both at once
     // After a failure to accept: as a rule some connection ends within this time.
