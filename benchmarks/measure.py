@@ -1,6 +1,6 @@
 """Measures everything and writes the tables of docs/performance.md; what stands around them stays.
 
-    measure.py           nine rounds, about a quarter of an hour
+    measure.py           nine rounds, some five minutes
     measure.py --smoke   tiny counts, nothing written: does everything still run and answer?
 """
 

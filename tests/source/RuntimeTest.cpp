@@ -10,10 +10,10 @@
 
 #include <algorithm>
 #include <cstring>
-#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 extern "C" void RuntimeBegin(soap* context);
@@ -69,26 +69,45 @@ std::optional<std::string> ReadElement(soap& context, Reader read)
     return result;
 }
 
+// A message that the runtime reads in pieces.
+class Message
+{
+  public:
+    Message(std::string text, std::size_t piece)
+        : m_text(std::move(text)),
+          m_input{m_text, piece},
+          m_context(soap_new1(SOAP_XML_TREE | SOAP_C_UTFSTRING))
+    {
+        m_context->user = &m_input;
+        m_context->frecv = Receive;
+        EXPECT_EQ(soap_begin_recv(m_context), SOAP_OK);
+    }
+    ~Message()
+    {
+        soap_end(m_context);
+        soap_free(m_context);
+    }
+    Message(const Message&) = delete;
+    Message& operator=(const Message&) = delete;
+
+    soap& Context() { return *m_context; }
+
+  private:
+    const std::string m_text;
+    Input m_input;
+    soap* const m_context;
+};
+
 Result Read(const std::string& text, std::size_t piece, Reader read)
 {
-    const std::string message = "<m><t>" + text + "</t><t>&lt;a/> b</t></m>";
-    Input input = {message, piece};
-    const std::unique_ptr<soap, void (*)(soap*)> context(soap_new1(SOAP_XML_TREE | SOAP_C_UTFSTRING),
-                                                         [](soap* s)
-                                                         {
-                                                             soap_destroy(s);
-                                                             soap_end(s);
-                                                             soap_free(s);
-                                                         });
-    context->user = &input;
-    context->frecv = Receive;
-    EXPECT_EQ(soap_begin_recv(context.get()), SOAP_OK);
-    EXPECT_EQ(soap_element_begin_in(context.get(), "m", 1, nullptr), SOAP_OK);
+    Message message("<m><t>" + text + "</t><t>&lt;a/> b</t></m>", piece);
+    soap& context = message.Context();
+    EXPECT_EQ(soap_element_begin_in(&context, "m", 1, nullptr), SOAP_OK);
     Result result = {};
-    result.text = ReadElement(*context, read);
-    result.error = context->error;
-    if (context->error == SOAP_OK)
-        result.next = ReadElement(*context, read);
+    result.text = ReadElement(context, read);
+    result.error = context.error;
+    if (context.error == SOAP_OK)
+        result.next = ReadElement(context, read);
     return result;
 }
 
@@ -194,18 +213,11 @@ TEST(RuntimeTest, BoundsAreTheRuntimes)
     {
         const auto read = [bounds](Reader reader)
         {
-            const std::string message = "<t>a&lt;b</t>";
-            Input input = {message, 100};
-            soap* const context = soap_new1(SOAP_XML_TREE | SOAP_C_UTFSTRING);
-            context->user = &input;
-            context->frecv = Receive;
-            soap_begin_recv(context);
-            soap_element_begin_in(context, "t", 1, nullptr);
-            const char* const text = reader(context, 1, bounds.least, bounds.most, nullptr);
-            const std::pair<std::string, int> result = {text == nullptr ? "(none)" : text, context->error};
-            soap_end(context);
-            soap_free(context);
-            return result;
+            Message message("<t>a&lt;b</t>", 100);
+            soap& context = message.Context();
+            soap_element_begin_in(&context, "t", 1, nullptr);
+            const char* const text = reader(&context, 1, bounds.least, bounds.most, nullptr);
+            return std::pair<std::string, int>(text == nullptr ? "(none)" : text, context.error);
         };
         EXPECT_EQ(read(soap_string_in), read(RuntimeStringIn));
     }
