@@ -13,7 +13,7 @@ set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_CURRENT_SOURCE_DIR}/remove-rpath.cmake)
 
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
-set(CPACK_DEBIAN_PACKAGE_MAINTAINER "Varlo Analytics Maintainers <maintainers@users.noreply.c-seed-ce6e085f.example>")
+set(CPACK_DEBIAN_PACKAGE_MAINTAINER "Varlo Analytics Maintainers <maintainers@varlo-analytics.example>")
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_BINARY_DIR}/platform ${CMAKE_BINARY_DIR}/source)
