@@ -1,6 +1,7 @@
 #include <analytics/Platform.h>
 
 #include "Runtime.h"
+#include "access/Caller.h"
 #include "settings/SettingsSource.h"
 #include "threads/OncePerRequest.h"
 
@@ -10,6 +11,7 @@ namespace
 {
 thread_local std::uint64_t gRequests = 0; // that this thread has begun
 thread_local bool gWithinRequest = false;
+thread_local const Caller* gCaller = nullptr;
 
 Configuration& Stored()
 {
@@ -24,7 +26,15 @@ RequestScope::RequestScope()
     gWithinRequest = true;
 }
 
-RequestScope::~RequestScope() { gWithinRequest = false; }
+RequestScope::RequestScope(const Caller& caller) : RequestScope() { gCaller = &caller; }
+
+RequestScope::~RequestScope()
+{
+    gWithinRequest = false;
+    gCaller = nullptr;
+}
+
+const Caller* CurrentCaller() { return gCaller; }
 
 std::uint64_t RequestOfThread() { return gWithinRequest ? gRequests : 0; }
 

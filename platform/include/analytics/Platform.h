@@ -32,6 +32,8 @@ struct Configuration
 // Throws AnalyticsFault, with file and line, if the settings document can't be read.
 void Configure(const Configuration& configuration);
 
+struct Caller; // who sent a request; the platform's own business
+
 // While one lives, its thread serves one request, and sees settings and plug-ins as they were when the
 // request first asked for them; without one they are looked up at each call. The server has one around
 // each request. One at a time on a thread.
@@ -39,10 +41,13 @@ class RequestScope
 {
   public:
     RequestScope();
+    // `caller` decides what the request may change. It must outlive the scope.
+    explicit RequestScope(const Caller& caller);
     ~RequestScope();
     RequestScope(const RequestScope&) = delete;
     RequestScope& operator=(const RequestScope&) = delete;
 };
+
 // Saves what can be read of a damaged profile store into a new one, and keeps the damaged files beside it
 // under another name. Does nothing to a sound store. Returns a sentence on what was done, for the
 // operator. After Configure(), before a profile manager is made. Throws AnalyticsFault.

@@ -1,6 +1,7 @@
 #include <analytics/PluginManager.h>
 #include <analytics/Settings.h>
 
+#include "access/Caller.h"
 #include "platform/plugins/PluginFixture.h"
 
 #include <optional>
@@ -66,4 +67,20 @@ TEST_F(RequestScopeTest, ARequestLooksForItself)
         })
         .join();
     EXPECT_EQ(Seen(), "1 1 1");
+}
+
+TEST_F(RequestScopeTest, ARequestHasItsCallerAndNoOtherThreadHas)
+{
+    using analytics::platform::CurrentCaller;
+    EXPECT_EQ(CurrentCaller(), nullptr);
+    {
+        const analytics::platform::Caller caller{"guard", analytics::platform::Role::Operator, "192.0.2.7",
+                                                 "5f3a9c01"};
+        const RequestScope request(caller);
+        EXPECT_EQ(CurrentCaller(), &caller);
+        std::thread([] { EXPECT_EQ(CurrentCaller(), nullptr); }).join();
+    }
+    EXPECT_EQ(CurrentCaller(), nullptr);
+    const RequestScope request;
+    EXPECT_EQ(CurrentCaller(), nullptr);
 }
