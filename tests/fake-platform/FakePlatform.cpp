@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <cassert>
 #include <cstdlib>
+#include <sstream>
+#include <utility>
 
 namespace fake
 {
@@ -17,16 +19,24 @@ Platform* gPlatform = nullptr;
 // One call of the platform, for as long as the expression that makes it.
 struct Call
 {
-    Call() { Platform::Current().onCall(); }
+    template <class... Arguments>
+    explicit Call(const Arguments&... nameAndArguments)
+    {
+        Platform::Current().onCall();
+        std::ostringstream text;
+        const char* between = "";
+        ((text << std::exchange(between, " ") << nameAndArguments), ...);
+        Platform::Current().calls.push_back(text.str());
+    }
     ~Call() { Platform::Current().onReturn(); }
     Call(const Call&) = delete;
     Call& operator=(const Call&) = delete;
     Profiles* operator->() const { return &Platform::Current().profiles; }
 };
 
-const Plugin* Find(const std::string& id)
+const Plugin* Find(const char* operation, const std::string& id)
 {
-    const Call call;
+    const Call call(operation, id);
     const auto& plugins = Platform::Current().plugins;
     const auto it = std::find_if(plugins.begin(), plugins.end(),
                                  [&](const Plugin& plugin)
@@ -36,7 +46,7 @@ const Plugin* Find(const std::string& id)
 
 std::vector<std::string> Setting(const std::string& key)
 {
-    const Call call;
+    const Call call("Settings", key);
     Platform::Current().onSetting();
     const auto it = Platform::Current().settings.find(key);
     return it == Platform::Current().settings.end() ? std::vector<std::string>() : it->second;
@@ -77,67 +87,81 @@ ProfileManager::~ProfileManager() { ++Platform::Current().managersDeleted; }
 
 bool ProfileManager::CreateProfile(int& id, const std::string& name)
 {
-    return fake::Call()->CreateProfile(id, name);
+    return fake::Call("CreateProfile", name)->CreateProfile(id, name);
 }
-bool ProfileManager::DeleteProfile(int id) { return fake::Call()->DeleteProfile(id); }
-bool ProfileManager::ExecuteProfile(int id) { return fake::Call()->ExecuteProfile(id); }
-bool ProfileManager::StopProfile(int id) { return fake::Call()->StopProfile(id); }
-bool ProfileManager::AlgorithmControl(int command) { return fake::Call()->AlgorithmControl(command); }
-bool ProfileManager::GetActiveProfile(int& id) const { return fake::Call()->GetActiveProfile(id); }
+bool ProfileManager::DeleteProfile(int id) { return fake::Call("DeleteProfile", id)->DeleteProfile(id); }
+bool ProfileManager::ExecuteProfile(int id) { return fake::Call("ExecuteProfile", id)->ExecuteProfile(id); }
+bool ProfileManager::StopProfile(int id) { return fake::Call("StopProfile", id)->StopProfile(id); }
+bool ProfileManager::AlgorithmControl(int command)
+{
+    return fake::Call("AlgorithmControl", command)->AlgorithmControl(command);
+}
+bool ProfileManager::GetActiveProfile(int& id) const
+{
+    return fake::Call("GetActiveProfile")->GetActiveProfile(id);
+}
 bool ProfileManager::GetProfileList(std::vector<ProfileSummary>& list) const
 {
-    return fake::Call()->GetProfileList(list);
+    return fake::Call("GetProfileList")->GetProfileList(list);
 }
-std::string ProfileManager::GetProfileName(int id) { return fake::Call()->GetProfileName(id); }
-std::string ProfileManager::GetCameraPreset(int id) { return fake::Call()->GetCameraPreset(id); }
-std::string ProfileManager::GetConfig(int id) { return fake::Call()->GetConfig(id); }
+std::string ProfileManager::GetProfileName(int id)
+{
+    return fake::Call("GetProfileName", id)->GetProfileName(id);
+}
+std::string ProfileManager::GetCameraPreset(int id)
+{
+    return fake::Call("GetCameraPreset", id)->GetCameraPreset(id);
+}
+std::string ProfileManager::GetConfig(int id) { return fake::Call("GetConfig", id)->GetConfig(id); }
 bool ProfileManager::GetActiveRules(int id, std::vector<std::string>& rules) const
 {
-    return fake::Call()->GetActiveRules(id, rules);
+    return fake::Call("GetActiveRules", id)->GetActiveRules(id, rules);
 }
 bool ProfileManager::SetRuleConfig(int profile, const std::string& id, const std::string& config, bool active)
 {
-    return fake::Call()->SetRuleConfig(profile, id, config, active);
+    return fake::Call("SetRuleConfig", profile, id, config, active)
+        ->SetRuleConfig(profile, id, config, active);
 }
 bool ProfileManager::DeleteRule(int profile, const std::string& id)
 {
-    return fake::Call()->DeleteRule(profile, id);
+    return fake::Call("DeleteRule", profile, id)->DeleteRule(profile, id);
 }
 bool ProfileManager::GetEngineConfig(int profile, const std::string& id, std::string& config)
 {
-    return fake::Call()->GetEngineConfig(profile, id, config);
+    return fake::Call("GetEngineConfig", profile, id)->GetEngineConfig(profile, id, config);
 }
 bool ProfileManager::SetEngineConfig(int profile, const std::string& id, const std::string& config)
 {
-    return fake::Call()->SetEngineConfig(profile, id, config);
+    return fake::Call("SetEngineConfig", profile, id, config)->SetEngineConfig(profile, id, config);
 }
 bool ProfileManager::SetEngineConfig(int profile, const std::string& id, const std::string& config,
                                      const std::string& name, const std::string& preset)
 {
-    return fake::Call()->SetEngineConfig(profile, id, config, name, preset);
+    return fake::Call("SetEngineConfig", profile, id, config, name, preset)
+        ->SetEngineConfig(profile, id, config, name, preset);
 }
-bool ProfileManager::GetMDActiveState() { return fake::Call()->GetMDActiveState(); }
+bool ProfileManager::GetMDActiveState() { return fake::Call("GetMDActiveState")->GetMDActiveState(); }
 
 void PluginManager::GetManifest(Manifest& manifest, const std::string& id) const
 {
-    if (const fake::Plugin* const plugin = fake::Find(id))
+    if (const fake::Plugin* const plugin = fake::Find("GetManifest", id))
         manifest = Manifest(plugin->fields);
 }
 void PluginManager::GetRulesManifests(ManifestArray& manifests) const
 {
-    const fake::Call call;
+    const fake::Call call("GetRulesManifests");
     for (const fake::Plugin& plugin : Platform::Current().plugins)
         if (plugin.fields.type == "rule")
             manifests.emplace_back(plugin.fields);
 }
 std::string PluginManager::GetDefaultConfiguration(const std::string& id) const
 {
-    const fake::Plugin* const plugin = fake::Find(id);
+    const fake::Plugin* const plugin = fake::Find("GetDefaultConfiguration", id);
     return plugin == nullptr ? std::string() : plugin->engineDocument;
 }
 std::string PluginManager::GetVarloDefaultConfiguration(const std::string& id) const
 {
-    const fake::Plugin* const plugin = fake::Find(id);
+    const fake::Plugin* const plugin = fake::Find("GetVarloDefaultConfiguration", id);
     return plugin == nullptr ? std::string() : plugin->behaviorDocument;
 }
 
@@ -154,18 +178,18 @@ int Settings::GetValue(const std::string& key, int defaultValue)
 std::vector<std::string> Settings::GetValues(const std::string& key) { return fake::Setting(key); }
 std::uint32_t Settings::MaxResource()
 {
-    const fake::Call call;
+    const fake::Call call("MaxResource");
     return Platform::Current().maxResource;
 }
 std::string Settings::OnvifPrefix() { return "tt"; }
 std::string Settings::RulesTag()
 {
-    const fake::Call call;
+    const fake::Call call("RulesTag");
     return "RuleEngineConfiguration";
 }
 std::string Settings::EnginePattern()
 {
-    const fake::Call call;
+    const fake::Call call("EnginePattern");
     return "com.varlo.engine.";
 }
 

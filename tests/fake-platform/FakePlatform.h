@@ -59,6 +59,7 @@ struct Platform
     // first may throw; the call then doesn't take place.
     std::function<void()> onCall = [] {};
     std::function<void()> onReturn = [] {};
+    std::vector<std::string> calls; // those that took place: the name, and what was handed over
 
     testing::NiceMock<Profiles> profiles;
     std::function<void()> onManagerMade = [] {}; // may throw

@@ -38,6 +38,10 @@ XSI_TYPE = "{http://www.w3.org/2001/XMLSchema-instance}type"
 
 SCHEMA = etree.XMLSchema(etree.parse(str(GENERATED / "VideoAnalytics.xsd")))
 
+# A valid message for each operation, in an order in which a service without profiles answers all of them.
+MESSAGES = {etree.QName(element).localname: element
+            for element in etree.parse(str(SOURCE / "tests/data/messages.xml")).getroot().iterchildren("*")}
+
 
 class Host:
     """One host process. `settings` is the text of a settings document; the default is the delivered one."""
@@ -183,6 +187,10 @@ def read_all(connection):
 
 
 def envelope(operation, version="1.1", **fields):
+    """The message of an operation. The runtime ignores a field that it doesn't know, so none is sent by mistake."""
+    if operation in MESSAGES:
+        unknown = set(fields) - {field.tag for field in MESSAGES[operation]}
+        assert not unknown, f"{operation} has no field {unknown}"
     root = etree.Element(f"{{{ENVELOPES[version]}}}Envelope", nsmap={"s": ENVELOPES[version], "va": NAMESPACE})
     body = etree.SubElement(root, f"{{{ENVELOPES[version]}}}Body")
     request = etree.SubElement(body, f"{{{NAMESPACE}}}{operation}")

@@ -142,10 +142,7 @@ class Profiles(ServiceTest):
 
     def test_a_call_that_says_nil_has_its_fields_missing(self):
         nil = ' xmlns:xsi="http://www.w3.org/2001/XMLSchema-instance" xsi:nil="true"/>'
-        operations = [e.get("name") for e in service.etree.parse(str(GENERATED / "VideoAnalytics.wsdl")).iterfind(
-            "{http://schemas.xmlsoap.org/wsdl/}portType/{http://schemas.xmlsoap.org/wsdl/}operation")]
-        self.assertEqual(len(operations), 16)
-        for operation in operations:
+        for operation in service.MESSAGES:
             for version in ENVELOPES:
                 with self.subTest(operation=operation, version=version):
                     plain = service.envelope(operation, version)
