@@ -6,7 +6,7 @@
 # "cross" is what the preset arm64 needs besides "build".
 set -euo pipefail
 
-build="cmake ninja-build g++ pkg-config gsoap libgsoap-dev libxml2-dev libsqlite3-dev libsqlitecpp-dev
+build="cmake ninja-build g++ pkg-config gsoap libgsoap-dev libxml2-dev libexpat1-dev libpugixml-dev libsqlite3-dev libsqlitecpp-dev
     libboost-dev libcli11-dev libssl-dev zlib1g-dev libsystemd-dev libcrypt-dev"
 test="clang libclang-rt-dev lld libgtest-dev libgmock-dev libbenchmark-dev python3 python3-lxml python3-zeep
     curl openssl binutils procps man-db php-cli php-soap libsoap-lite-perl nlohmann-json3-dev nodejs
@@ -14,7 +14,7 @@ test="clang libclang-rt-dev lld libgtest-dev libgmock-dev libbenchmark-dev pytho
 # Node of another maker brings npm along, and refuses that of Debian beside it.
 command -v npm >/dev/null || test="$test npm"
 coverage="llvm"
-cross="g++-aarch64-linux-gnu libgsoap-dev:arm64 libxml2-dev:arm64 libsqlite3-dev:arm64 libsqlitecpp-dev:arm64
+cross="g++-aarch64-linux-gnu libgsoap-dev:arm64 libxml2-dev:arm64 libexpat1-dev:arm64 libpugixml-dev:arm64 libsqlite3-dev:arm64 libsqlitecpp-dev:arm64
     libsystemd-dev:arm64 libssl-dev:arm64 zlib1g-dev:arm64 libcrypt-dev:arm64"
 
 missing=()

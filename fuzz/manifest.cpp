@@ -17,7 +17,7 @@ constexpr std::array kTypes = {"source", "engine", "rule", "sink"};
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     const std::string text = fuzzing::Text(data, size);
-    analytics::platform::XmlError error;
+    analytics::xml::SyntaxError error;
     const auto fields = analytics::platform::ReadManifest(text, error);
     Expect(fields || !error.reason.empty(), "a refusal has a reason", text);
     if (!fields)

@@ -41,7 +41,7 @@ std::string FirstText(const XmlFile& xml, const char* query)
 
 // The number in the element `name`, 0 if there is none. False if it is none between 0 and `max`.
 bool ReadNumber(const XmlFile& xml, const std::string& name, std::uint32_t max, std::uint32_t& number,
-                XmlError& error)
+                xml::SyntaxError& error)
 {
     number = 0;
     const auto found = xml.Texts("/manifest/" + name);
@@ -57,7 +57,7 @@ bool ReadNumber(const XmlFile& xml, const std::string& name, std::uint32_t max, 
     return false;
 }
 
-bool ReadNumbers(const XmlFile& xml, ManifestFields& fields, XmlError& error)
+bool ReadNumbers(const XmlFile& xml, ManifestFields& fields, xml::SyntaxError& error)
 {
     for (const FlagField& flag : kFlags)
     {
@@ -81,7 +81,7 @@ std::string TextFault(const XmlFile& xml, const ManifestFields& fields)
 }
 } // namespace
 
-std::optional<ManifestFields> ReadManifest(const std::string& text, XmlError& error)
+std::optional<ManifestFields> ReadManifest(const std::string& text, xml::SyntaxError& error)
 {
     const auto xml = XmlFile::Parse(text, error);
     if (!xml)

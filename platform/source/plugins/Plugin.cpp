@@ -41,7 +41,7 @@ bool ReadPlugin(const std::string& home, Plugin& plugin, PluginProblem& problem)
         problem = {path + ": the manifest can't be read: " + file.failure + ignored, 0};
         return false;
     }
-    XmlError error;
+    xml::SyntaxError error;
     auto fields = ReadManifest(file.text, error);
     if (!fields)
     {

@@ -20,7 +20,7 @@ std::shared_ptr<SettingsDocument> SettingsFile::Current()
 void SettingsFile::Parse(const FileText& file)
 {
     m_failure.clear();
-    XmlError error;
+    xml::SyntaxError error;
     if (!file.failure.empty())
         m_failure = m_path + ": the settings document can't be read: " + file.failure;
     else if (auto xml = XmlFile::Parse(file.text, error))

@@ -115,8 +115,8 @@ void Record(void* context, xmlErrorPtr error)
     parser.instate = XML_PARSER_EOF;
     parser.disableSAX = 1;
     first.line = error->line;
-    first.message = error->message == nullptr ? "out of memory" : error->message;
-    first.message.erase(first.message.find_last_not_of("\r\n ") + 1);
+    first.reason = error->message == nullptr ? "out of memory" : error->message;
+    first.reason.erase(first.reason.find_last_not_of("\r\n ") + 1);
 }
 
 // Lets the parser read the text where it stands. From one of the library's buffers it would read a copy,
@@ -155,7 +155,7 @@ DocPointer Parse(const std::string& text, SyntaxError& error)
     error = {};
     if (const char* refusal = Refusal(text))
     {
-        error.message = refusal;
+        error.reason = refusal;
         return nullptr;
     }
     const auto arena = std::make_shared<Arena>(kParserBytes + text.size() * kTreeBytes);

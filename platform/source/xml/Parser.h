@@ -1,6 +1,7 @@
 #pragma once
 
 #include "xml/Arena.h"
+#include "xml/Reader.h"
 
 #include <libxml/tree.h>
 
@@ -9,13 +10,6 @@
 
 namespace analytics::xml
 {
-
-// What is wrong with a text that is refused.
-struct SyntaxError
-{
-    int line = 0;        // counted from 1; 0 if it concerns the text as a whole
-    std::string message; // a phrase for a person, without a full stop at its end
-};
 
 // A document stands in an arena of its own, which ends with it. Whoever changes it puts the arena to use.
 struct DocDeleter

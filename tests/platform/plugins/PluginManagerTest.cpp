@@ -230,8 +230,9 @@ TEST_P(BrokenManifestTest, IsLeftOutAndNamedOnce)
 INSTANTIATE_TEST_SUITE_P(
     Texts, BrokenManifestTest,
     testing::Values(
-        BrokenManifest{"", 1, "it is empty"},
-        BrokenManifest{"<manifest type='rule'>\n<id>b</id>", 2, "Premature end"},
+        BrokenManifest{"", 1, "the document is empty"},
+        BrokenManifest{"<manifest type='rule'>\n<id>b</id>", 2,
+                       "the document ends before its root element does"},
         BrokenManifest{"\n<plugin type='rule'><id>b</id></plugin>", 2, "the root element is plugin"},
         BrokenManifest{"<manifest><id>b</id></manifest>", 1, "the type is \"\""},
         BrokenManifest{"<manifest type='Rule'><id>b</id></manifest>", 1, "the type is \"Rule\""},
@@ -257,7 +258,7 @@ INSTANTIATE_TEST_SUITE_P(
             "<manifest type='rule'><id>b</id><supportsAdvancedMode>yes</supportsAdvancedMode></manifest>", 1,
             "supportsAdvancedMode is \"yes\""},
         BrokenManifest{"<!DOCTYPE manifest [<!ENTITY e 'b'>]><manifest type='rule'><id>&e;</id></manifest>",
-                       1, "Entity 'e' not defined"}));
+                       1, "a document type declaration is not accepted"}));
 
 TEST_F(PluginManagerTest, AFolderWithoutManifestIsNamedOnce)
 {

@@ -15,7 +15,7 @@ DocPointer Parse(const std::string& text)
 {
     xml::SyntaxError error;
     DocPointer doc = xml::Parse(text, error);
-    EXPECT_NE(doc, nullptr) << text << ": " << error.message;
+    EXPECT_NE(doc, nullptr) << text << ": " << error.reason;
     return doc;
 }
 

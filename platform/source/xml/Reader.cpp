@@ -1,0 +1,256 @@
+#include "xml/Reader.h"
+
+#include <expat.h>
+
+#include <algorithm>
+#include <memory>
+#include <new>
+#include <random>
+
+namespace analytics::xml
+{
+namespace
+{
+constexpr int kMaxDepth = 256;
+constexpr int kMaxAttributes = 256;
+
+// No text holds this character: expat puts it between a namespace and a name.
+constexpr char kSeparator = '\x01';
+
+// A parser that has met a larger text ends, since it keeps what it took.
+constexpr std::size_t kKeptParserBytes = std::size_t{64} << 10U;
+
+struct ParserDeleter
+{
+    void operator()(XML_Parser parser) const { XML_ParserFree(parser); }
+};
+using Parser = std::unique_ptr<XML_ParserStruct, ParserDeleter>;
+
+// One reading of a text by expat.
+class Judge
+{
+  public:
+    Judge(XML_Parser parser, const Limits& limits) : m_parser(parser), m_limits(limits)
+    {
+        XML_SetUserData(parser, this);
+        XML_SetElementHandler(parser, Begin, End);
+        XML_SetStartNamespaceDeclHandler(parser, Declare);
+        XML_SetStartCdataSectionHandler(parser, [](void* self) { Self(self).m_survey.sections = true; });
+        XML_SetStartDoctypeDeclHandler(parser, Type);
+        XML_SetSkippedEntityHandler(parser, Entity);
+    }
+
+    std::optional<Survey> Run(std::string_view text, SyntaxError& error)
+    {
+        if (XML_Parse(m_parser, text.data(), static_cast<int>(text.size()), XML_TRUE) != XML_STATUS_ERROR)
+            return m_survey;
+        const XML_Error code = XML_GetErrorCode(m_parser);
+        if (code == XML_ERROR_NO_MEMORY)
+            throw std::bad_alloc();
+        error = {static_cast<int>(XML_GetCurrentLineNumber(m_parser)),
+                 code == XML_ERROR_ABORTED       ? m_refusal
+                 : code == XML_ERROR_NO_ELEMENTS ? "the document ends before its root element does"
+                                                 : XML_ErrorString(code),
+                 static_cast<int>(XML_GetCurrentColumnNumber(m_parser)) + 1};
+        if (m_survey.elements > m_limits.elements)
+            error.reason = "the document has more than " + std::to_string(m_limits.elements) + " elements";
+        return std::nullopt;
+    }
+
+  private:
+    static Judge& Self(void* self) { return *static_cast<Judge*>(self); }
+
+    static void Begin(void* self, const char* /*name*/, const char** attributes)
+    {
+        Judge& judge = Self(self);
+        int count = judge.m_declared;
+        while (count <= kMaxAttributes && attributes[0] != nullptr)
+        {
+            attributes += 2;
+            ++count;
+        }
+        judge.m_declared = 0;
+        if (count > kMaxAttributes)
+            judge.Refuse("an element has more than 256 attributes");
+        if (++judge.m_depth > kMaxDepth)
+            judge.Refuse("the elements are nested too deeply");
+        if (++judge.m_survey.elements > judge.m_limits.elements)
+            judge.Refuse("the document has too many elements");
+    }
+    static void End(void* self, const char* /*name*/) { --Self(self).m_depth; }
+
+    // Called ahead of the element that declares it.
+    static void Declare(void* self, const char* /*prefix*/, const char* /*space*/)
+    {
+        Judge& judge = Self(self);
+        ++judge.m_declared;
+        judge.m_survey.innerNamespaces = judge.m_survey.innerNamespaces || judge.m_depth > 0;
+    }
+
+    static void Type(void* self, const char* /*name*/, const char* system, const char* publicId, int inner)
+    {
+        Judge& judge = Self(self);
+        const bool named = system != nullptr || publicId != nullptr;
+        if (inner != 0 || (named && !judge.m_limits.namedType))
+            judge.Refuse("a document type declaration is not accepted");
+    }
+
+    // Only a document with a named type gets here: elsewhere a reference to an unknown entity is an error.
+    static void Entity(void* self, const char* /*name*/, int /*parameter*/)
+    {
+        Self(self).Refuse("a reference to an unknown entity is not accepted");
+    }
+
+    // No exception may pass the parser, which calls these operations.
+    void Refuse(const char* why)
+    {
+        m_refusal = why;
+        XML_StopParser(m_parser, XML_FALSE);
+    }
+
+    XML_Parser m_parser;
+    const Limits& m_limits;
+    Survey m_survey;
+    const char* m_refusal = nullptr;
+    int m_depth = 0;
+    int m_declared = 0; // by the element that comes next
+};
+
+// Each thread keeps its parser, with the memory that it has taken.
+Parser& OwnParser()
+{
+    thread_local Parser parser;
+    // Drawn once, so that nobody can choose names that fall on one place of the parser's tables.
+    static const unsigned long salt = (static_cast<unsigned long>(std::random_device()()) << 32U) | 1U;
+    if (parser == nullptr)
+        parser.reset(XML_ParserCreateNS("UTF-8", kSeparator));
+    else if (XML_ParserReset(parser.get(), "UTF-8") == XML_FALSE)
+        parser.reset();
+    if (parser == nullptr)
+        throw std::bad_alloc();
+    XML_SetHashSalt(parser.get(), salt);
+    return parser;
+}
+
+std::optional<Survey> Refused(SyntaxError& error, int line, const char* reason)
+{
+    error = {line, reason, line == 0 ? 0 : 1};
+    return std::nullopt;
+}
+
+// Ends of lines as XML knows them. pugixml leaves those in processing instructions as they are.
+std::string WithPlainLineEnds(std::string_view text)
+{
+    std::string plain;
+    plain.reserve(text.size());
+    for (std::size_t i = 0; i < text.size(); ++i)
+        if (text[i] != '\r')
+            plain += text[i];
+        else if (i + 1 == text.size() || text[i + 1] != '\n')
+            plain += '\n';
+    return plain;
+}
+
+pugi::xml_parse_result Load(std::string_view text, pugi::xml_document& tree)
+{
+    constexpr unsigned kParts = pugi::parse_cdata | pugi::parse_escapes | pugi::parse_wconv_attribute |
+                                pugi::parse_ws_pcdata | pugi::parse_comments | pugi::parse_pi |
+                                pugi::parse_doctype;
+    const auto result = tree.load_buffer(text.data(), text.size(), kParts, pugi::encoding_utf8);
+    if (result.status == pugi::status_out_of_memory)
+        throw std::bad_alloc();
+    return result;
+}
+
+// Makes texts of them.
+void ReplaceSections(pugi::xml_document& tree)
+{
+    for (pugi::xml_node node = tree.first_child(); node;)
+    {
+        const pugi::xml_node section = node;
+        node = Next(node, tree);
+        if (section.type() != pugi::node_cdata)
+            continue;
+        if (*section.value() != '\0' &&
+            !section.parent().insert_child_before(pugi::node_pcdata, section).set_value(section.value()))
+            throw std::bad_alloc();
+        section.parent().remove_child(section);
+    }
+}
+
+bool IsText(pugi::xml_node node)
+{
+    return node.type() == pugi::node_pcdata || node.type() == pugi::node_cdata;
+}
+} // namespace
+
+std::optional<Survey> Check(std::string_view text, SyntaxError& error, const Limits& limits)
+{
+    if (text.empty())
+        return Refused(error, 1, "the document is empty");
+    if (text.size() > limits.bytes)
+        return Refused(error, 0, "the document is too large");
+    // Where it is allowed expat takes the text for UTF-16.
+    if (const std::size_t nul = text.find('\0'); nul != std::string_view::npos)
+        return Refused(error, static_cast<int>(std::count(text.begin(), text.begin() + nul, '\n')) + 1,
+                       "the document holds a NUL character");
+    Parser& parser = OwnParser();
+    const auto survey = Judge(parser.get(), limits).Run(text, error);
+    if (text.size() > kKeptParserBytes)
+        parser.reset();
+    return survey;
+}
+
+std::optional<Survey> Read(std::string_view text, pugi::xml_document& tree, SyntaxError& error,
+                           const Limits& limits)
+{
+    const auto survey = Check(text, error, limits);
+    if (!survey)
+        return std::nullopt;
+    const auto result =
+        text.find('\r') == std::string_view::npos ? Load(text, tree) : Load(WithPlainLineEnds(text), tree);
+    if (!result) // expat has let through what pugixml doesn't take
+        return Refused(error, 0, result.description());
+    if (survey->sections)
+        ReplaceSections(tree);
+    return survey;
+}
+
+std::string Content(pugi::xml_node node)
+{
+    std::string text;
+    for (pugi::xml_node each = Next(node, node); each; each = Next(each, node))
+        if (IsText(each))
+            text += each.value();
+    return text;
+}
+
+pugi::xml_node Next(pugi::xml_node from, pugi::xml_node top)
+{
+    if (const pugi::xml_node child = from.first_child())
+        return child;
+    while (from != top && !from.next_sibling())
+        from = from.parent();
+    return from == top ? pugi::xml_node() : from.next_sibling();
+}
+
+Lines::Lines(std::string_view text)
+{
+    std::ptrdiff_t offset = 0;
+    for (std::size_t i = 0; i < text.size(); ++i)
+    {
+        if (text[i] == '\r' && i + 1 < text.size() && text[i + 1] == '\n')
+            continue;
+        if (text[i] == '\r' || text[i] == '\n')
+            m_ends.push_back(offset);
+        ++offset;
+    }
+}
+
+int Lines::Of(pugi::xml_node node) const
+{
+    const auto end = std::lower_bound(m_ends.begin(), m_ends.end(), node.offset_debug());
+    return node ? static_cast<int>(end - m_ends.begin()) + 1 : 0;
+}
+
+} // namespace analytics::xml

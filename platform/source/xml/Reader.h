@@ -1,0 +1,71 @@
+#pragma once
+
+#include <pugixml.hpp>
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+// The one way in for XML that others wrote. Expat judges the text: it has to be well-formed XML 1.0 with
+// namespaces, in UTF-8 whatever it declares, with nothing in it that can grow. What has passed is read into a
+// tree by pugixml. Nothing is opened or printed. Each function throws std::bad_alloc without memory, and may
+// be called from any thread.
+namespace analytics::xml
+{
+
+// Why a text is refused.
+struct SyntaxError
+{
+    int line = 0;       // counted from 1; 0 if it concerns the text as a whole
+    std::string reason; // a phrase for a person, without a full stop at its end
+    int column = 0;     // in characters, counted from 1; 0 if the line is 0
+};
+
+// What is refused beyond what isn't well-formed. No setting: 256 levels of elements, 256 attributes an
+// element.
+struct Limits
+{
+    std::size_t bytes = std::size_t{64} << 20U;
+    std::size_t elements = static_cast<std::size_t>(-1);
+    // A document type declaration that names a file (<!DOCTYPE a SYSTEM "a.dtd">) is passed over; otherwise
+    // it may hold the name alone.
+    bool namedType = false;
+};
+
+// What was seen in a text that passed.
+struct Survey
+{
+    std::size_t elements = 0;
+    bool innerNamespaces = false; // an element other than the root declares one
+    bool sections = false;        // there are CDATA sections
+};
+
+// Judges the text alone, at about a third of the cost of Read() and without memory that grows with it.
+// Nothing, and `error` filled, if it is refused.
+std::optional<Survey> Check(std::string_view text, SyntaxError& error, const Limits& limits = {});
+
+// The same, and reads what has passed into `tree`: elements, texts with all their white space (CDATA sections
+// too), comments, processing instructions and the document type, but no XML declaration.
+std::optional<Survey> Read(std::string_view text, pugi::xml_document& tree, SyntaxError& error,
+                           const Limits& limits = {});
+
+// All text below the node.
+std::string Content(pugi::xml_node node);
+
+// The next node in document order below `top`, `from` being `top` or one below; null at the end.
+pugi::xml_node Next(pugi::xml_node from, pugi::xml_node top);
+
+// The lines in which the nodes of a tree stand that Read() has read from `text` and nobody has changed.
+class Lines
+{
+  public:
+    explicit Lines(std::string_view text);
+    int Of(pugi::xml_node node) const; // counted from 1; 0 for null
+
+  private:
+    std::vector<std::ptrdiff_t> m_ends;
+};
+
+} // namespace analytics::xml
