@@ -55,7 +55,7 @@ void ExpectWhatXPathFinds(analytics::Document& document, const std::string& quer
            query + "\n" + found + "instead of\n" + expected);
 }
 
-void ExpectReadable(const analytics::Document& document)
+void ExpectReadable(analytics::Document& document)
 {
     const std::string text = document.DumpToString();
     analytics::Document again;

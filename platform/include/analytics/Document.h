@@ -36,7 +36,7 @@ class Document
     bool ParseString(const std::string& xml);
     // The document in UTF-8 behind an XML declaration; ParseString() reads it back. The same tree gives
     // the same text. Empty if there is no document, or one that grew too large (AddNewChild()).
-    std::string DumpToString() const;
+    std::string DumpToString();
 
     DocumentNode* SelectNode(const std::string& query, DocumentNode* context); // the first match
     std::vector<DocumentNode*> SelectNodes(const std::string& query, DocumentNode* context); // document order

@@ -18,15 +18,15 @@ class DocumentNode
     ~DocumentNode(); // releases the handle, never the node
 
     // Text content: that of the element and of all below it, or the attribute's value.
-    int GetValue(int defaultValue) const;
-    std::string GetValue() const;
+    int GetValue(int defaultValue);
+    std::string GetValue();
     // Replaces all content of the element, or the attribute's value.
     void SetValue(int value);
     void SetValue(const std::string& value);
 
     // Attributes without a namespace. One that is absent gives the default, or an empty text.
-    int GetProperty(const std::string& name, int defaultValue) const;
-    std::string GetProperty(const std::string& name) const;
+    int GetProperty(const std::string& name, int defaultValue);
+    std::string GetProperty(const std::string& name);
     // Creates the attribute behind the others, or replaces its value in its place.
     void SetProperty(const std::string& name, int value);
     void SetProperty(const std::string& name, const std::string& value);
@@ -48,7 +48,7 @@ class DocumentNode
     // Declares the namespaces that the nodes from here down use, where no declaration reaches them.
     void ReconciliateNs();
     // The node as a document of its own, without an XML declaration; of an attribute, its value.
-    std::string DumpToString() const;
+    std::string DumpToString();
 
     DocumentNode();
     explicit DocumentNode(void* handle);

@@ -46,7 +46,7 @@ bool Document::ParseString(const std::string& xml)
     return m_tree != nullptr;
 }
 
-std::string Document::DumpToString() const
+std::string Document::DumpToString()
 {
     if (m_tree == nullptr || m_tree->Overgrown())
         return {};

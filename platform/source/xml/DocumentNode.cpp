@@ -64,9 +64,9 @@ void* DocumentNode::Handle() const { return m_handle; }
 void DocumentNode::Handle(void* handle) { m_handle = handle; }
 void DocumentNode::DeleteHandle() { m_handle = nullptr; }
 
-int DocumentNode::GetValue(int defaultValue) const { return xml::ToInt(GetValue(), defaultValue); }
+int DocumentNode::GetValue(int defaultValue) { return xml::ToInt(GetValue(), defaultValue); }
 
-std::string DocumentNode::GetValue() const
+std::string DocumentNode::GetValue()
 {
     return m_handle == nullptr ? std::string() : xml::Content(NodeOf(this));
 }
@@ -91,12 +91,12 @@ void DocumentNode::SetValue(const std::string& value)
     xml::RequireMemory();
 }
 
-int DocumentNode::GetProperty(const std::string& name, int defaultValue) const
+int DocumentNode::GetProperty(const std::string& name, int defaultValue)
 {
     return xml::ToInt(GetProperty(name), defaultValue);
 }
 
-std::string DocumentNode::GetProperty(const std::string& name) const
+std::string DocumentNode::GetProperty(const std::string& name)
 {
     return xml::Attribute(NodeOf(this), name.c_str());
 }
@@ -175,7 +175,7 @@ void DocumentNode::ReconciliateNs()
     xml::RequireMemory();
 }
 
-std::string DocumentNode::DumpToString() const
+std::string DocumentNode::DumpToString()
 {
     return IsElement(NodeOf(this)) ? Dump(NodeOf(this)) : GetValue();
 }

@@ -41,7 +41,7 @@ class ProfileDocumentTest : public testing::Test
     std::string Rules(const std::string& id)
     {
         std::string names;
-        for (const DocumentNode* node : doc.SelectRules(id))
+        for (DocumentNode* node : doc.SelectRules(id))
         {
             names += node->GetProperty("Name") + " ";
             delete node;

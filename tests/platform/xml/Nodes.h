@@ -33,7 +33,7 @@ inline std::string Texts(Document& doc, const std::string& query, const Node& co
 }
 
 // The dump without its declaration and final line break.
-inline std::string Body(const Document& doc)
+inline std::string Body(Document& doc)
 {
     const std::string text = doc.DumpToString();
     const std::size_t begin = text.find("?>\n");

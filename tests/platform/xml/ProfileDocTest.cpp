@@ -48,7 +48,7 @@ class ProfileDocTest : public testing::Test
     std::string RuleNames(const std::string& id)
     {
         std::string names;
-        for (const DocumentNode* node : doc.SelectRules(id))
+        for (DocumentNode* node : doc.SelectRules(id))
         {
             names += node->GetProperty("Name") + " ";
             delete node;

@@ -75,7 +75,7 @@ void SetPoint(DocumentNode* node, const Point& point)
     node->SetProperty("y", point.Y());
 }
 
-Point PointOf(const DocumentNode& node)
+Point PointOf(DocumentNode& node)
 {
     Point point;
     point.Set(node.GetProperty("x", 0), node.GetProperty("y", 0));
