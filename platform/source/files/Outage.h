@@ -1,0 +1,31 @@
+#pragma once
+
+#include <chrono>
+#include <optional>
+#include <string>
+
+namespace analytics::platform
+{
+
+// Something that may stop working for a while. Standard error is told when that begins and when it has
+// ended, at most once in 10 seconds: what breaks and works again all the time is told of now and then. One
+// thread at a time.
+class Outage
+{
+  public:
+    using Clock = std::chrono::steady_clock;
+    static constexpr std::chrono::seconds kQuiet{10};
+
+    // At each failure.
+    void Begin(const std::string& sentence, Clock::time_point now = Clock::now());
+    // At each success.
+    void End(const std::string& sentence);
+    bool Ongoing() const { return m_ongoing; }
+
+  private:
+    bool m_ongoing = false;
+    bool m_told = false; // that it is ongoing
+    std::optional<Clock::time_point> m_last;
+};
+
+} // namespace analytics::platform

@@ -1,0 +1,62 @@
+#include "files/Outage.h"
+
+#include "platform/PlatformTest.h"
+
+using analytics::platform::Outage;
+using namespace std::chrono_literals;
+
+namespace
+{
+const Outage::Clock::time_point kStart(1000s);
+}
+
+TEST(OutageTest, BeginAndEndAreSaidOnce)
+{
+    Outage outage;
+    EXPECT_EQ(ErrorsOf([&] { outage.End("again"); }), "");
+    EXPECT_EQ(ErrorsOf(
+                  [&]
+                  {
+                      outage.Begin("broken", kStart);
+                      outage.Begin("broken", kStart + 60s);
+                  }),
+              "broken\n");
+    EXPECT_TRUE(outage.Ongoing());
+    EXPECT_EQ(ErrorsOf(
+                  [&]
+                  {
+                      outage.End("again");
+                      outage.End("again");
+                  }),
+              "again\n");
+    EXPECT_FALSE(outage.Ongoing());
+}
+
+TEST(OutageTest, WhatBreaksAgainAndAgainIsSaidOnceInTenSeconds)
+{
+    Outage outage;
+    const std::string errors = ErrorsOf(
+        [&]
+        {
+            for (int second = 0; second < 10; ++second)
+            {
+                outage.Begin("broken", kStart + std::chrono::seconds(second));
+                outage.End("again");
+            }
+        });
+    EXPECT_EQ(errors, "broken\nagain\n");
+    EXPECT_EQ(ErrorsOf([&] { outage.Begin("broken", kStart + 10s); }), "broken\n");
+}
+
+TEST(OutageTest, OneThatLastsIsSaidAfterTheQuietTime)
+{
+    Outage outage;
+    ErrorsOf(
+        [&]
+        {
+            outage.Begin("broken", kStart);
+            outage.End("again");
+        });
+    EXPECT_EQ(ErrorsOf([&] { outage.Begin("broken", kStart + 5s); }), "");
+    EXPECT_EQ(ErrorsOf([&] { outage.Begin("broken", kStart + 11s); }), "broken\n");
+}
