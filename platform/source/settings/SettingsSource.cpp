@@ -4,6 +4,8 @@
 #include "threads/OncePerRequest.h"
 #include "threads/PerPath.h"
 
+#include <filesystem>
+
 namespace analytics::platform
 {
 namespace
@@ -24,6 +26,11 @@ std::shared_ptr<SettingsDocument> CurrentSettings()
 {
     thread_local OncePerRequest<SettingsDocument> settings;
     return settings.Get([] { return CurrentSettingsFile()->Current(); });
+}
+
+std::string FileBesideSettings(const std::string& file)
+{
+    return std::filesystem::path(CurrentConfiguration().settingsFile).parent_path() / file;
 }
 
 void LoadSettings() { Files().Renew(CurrentConfiguration().settingsFile)->Current(); }

@@ -12,6 +12,9 @@ std::shared_ptr<SettingsFile> CurrentSettingsFile();
 // AnalyticsFault if they could never be read.
 std::shared_ptr<SettingsDocument> CurrentSettings();
 
+// A file that the settings name: where it is relative, it counts from the settings document.
+std::string FileBesideSettings(const std::string& file);
+
 // Begins anew with the configured file. Throws AnalyticsFault if it can't be read.
 void LoadSettings();
 

@@ -1,0 +1,205 @@
+#include "audit/AuditTrail.h"
+
+#include <analytics/Settings.h>
+
+#include "files/FileStamp.h"
+#include "files/StandardError.h"
+#include "metrics/Metrics.h"
+#include "settings/SettingsSource.h"
+#include "threads/PerPath.h"
+
+#define SD_JOURNAL_SUPPRESS_LOCATION
+#include <systemd/sd-journal.h>
+
+#include <fcntl.h>
+#include <sys/uio.h>
+#include <syslog.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <system_error>
+#include <vector>
+
+namespace analytics::platform
+{
+namespace
+{
+constexpr std::chrono::seconds kTick{1};
+constexpr const char* kJournalSocket = "/run/systemd/journal/socket";
+
+// libsystemd reports a line as sent where there is no journal.
+bool SendToJournal(const AuditLine& line)
+{
+    if (access(kJournalSocket, W_OK) != 0)
+        return false;
+    std::vector<std::string> texts = {"MESSAGE=" + line.text, "PRIORITY=" + std::to_string(LOG_NOTICE),
+                                      "SYSLOG_IDENTIFIER=varlo-analytics-host"};
+    for (const auto& [name, value] : line.fields)
+    {
+        std::string field = "VARLO_" + name;
+        std::ranges::transform(field, field.begin(),
+                               [](char c) { return c >= 'a' && c <= 'z' ? char(c - 32) : c; });
+        texts.push_back(field + '=' + value);
+    }
+    std::vector<iovec> fields;
+    for (std::string& text : texts)
+        fields.push_back({text.data(), text.size()});
+    return sd_journal_sendv(fields.data(), static_cast<int>(fields.size())) == 0;
+}
+
+// None if the settings name none.
+std::shared_ptr<AuditTrail> CurrentTrail()
+{
+    static PerPath<AuditTrail> trails;
+    const std::string target = Settings::GetValue("//server/audit");
+    if (target.empty())
+        return nullptr;
+    return trails.At(target == AuditTrail::kJournal ? target : FileBesideSettings(target));
+}
+
+template <class Action>
+void WithTrail(Action action) noexcept
+{
+    try
+    {
+        if (const auto trail = CurrentTrail())
+            action(*trail);
+    }
+    catch (const std::exception&)
+    {
+        gAuditErrors.Add();
+    }
+}
+} // namespace
+
+AuditTrail::AuditTrail(std::string target) : m_target(std::move(target)) {}
+
+AuditTrail::~AuditTrail()
+{
+    m_ticker.reset();
+    const Hold hold(m_lock);
+    for (const AuditEntry& entry : m_refusals.Rest())
+        WriteLine(entry);
+}
+
+void AuditTrail::Write(const AuditEntry& entry)
+{
+    const Hold hold(m_lock);
+    WriteLine(entry);
+}
+
+void AuditTrail::WriteRefusedAccess(const AuditEntry& entry)
+{
+    const Hold hold(m_lock);
+    for (const AuditEntry& told : m_refusals.Add(entry, AccessRefusals::Clock::now()))
+        WriteLine(told);
+    if (!m_ticker)
+        m_ticker.emplace(kTick, [this] { WriteDue(); });
+}
+
+void AuditTrail::WriteDue()
+{
+    const Hold hold(m_lock);
+    for (const AuditEntry& entry : m_refusals.Due(AccessRefusals::Clock::now()))
+        WriteLine(entry);
+}
+
+void AuditTrail::Open()
+{
+    const Hold hold(m_lock);
+    if (m_target != kJournal && !IsOpen() && !OpenFile())
+        Complain(errno);
+}
+
+void AuditTrail::WriteLine(const AuditEntry& entry) noexcept
+{
+    try
+    {
+        const AuditLine line = FormatAudit(entry, std::chrono::system_clock::now());
+        if (m_target == kJournal)
+        {
+            if (!SendToJournal(line))
+                Say(line.text);
+        }
+        else if ((IsOpen() || OpenFile()) && Append(line.text + '\n'))
+            m_outage.End("The audit trail " + m_target + " is written again.");
+        else
+            Lose(errno);
+    }
+    catch (const std::exception&) // no memory
+    {
+        gAuditErrors.Add();
+    }
+}
+
+bool AuditTrail::IsOpen()
+{
+    struct stat status = {};
+    return m_file && fstat(m_file.Get(), &status) == 0 && StampOf(status).SameFile(StampOf(m_target));
+}
+
+// Not to wait for the reader of a pipe.
+bool AuditTrail::OpenFile()
+{
+    m_file = FileHandle(
+        open(m_target.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, 0600));
+    return static_cast<bool>(m_file);
+}
+
+// A part of a line, where there was no more room, would spoil the next one.
+bool AuditTrail::Append(const std::string& line)
+{
+    const ssize_t written = write(m_file.Get(), line.data(), line.size());
+    if (written == static_cast<ssize_t>(line.size()))
+        return true;
+    if (written > 0)
+    {
+        const off_t end = lseek(m_file.Get(), 0, SEEK_END);
+        if (end >= written && ftruncate(m_file.Get(), end - written) != 0)
+            m_file = FileHandle();
+        errno = ENOSPC;
+    }
+    return false;
+}
+
+void AuditTrail::Lose(int error)
+{
+    gAuditErrors.Add();
+    Complain(error);
+}
+
+void AuditTrail::Complain(int error)
+{
+    m_outage.Begin("The audit trail " + m_target +
+                   " can't be written: " + std::generic_category().message(error) +
+                   "; lines are lost until it can. Make room there, or make it writable for the service.");
+}
+
+void Audit(AuditEntry entry) noexcept
+{
+    WithTrail(
+        [&](AuditTrail& trail)
+        {
+            if (const Caller* const caller = CurrentCaller())
+                entry.caller = *caller;
+            trail.Write(entry);
+        });
+}
+
+void AuditRefusedAccess(const Caller& caller, const std::string& reason) noexcept
+{
+    WithTrail(
+        [&](AuditTrail& trail)
+        {
+            trail.WriteRefusedAccess(
+                {.change = "access", .result = AuditResult::Refused, .reason = reason, .caller = caller});
+        });
+}
+
+void OpenAuditTrail() noexcept
+{
+    WithTrail([](AuditTrail& trail) { trail.Open(); });
+}
+
+} // namespace analytics::platform
