@@ -23,6 +23,7 @@ struct Configuration
     std::string settingsFile;
     std::string pluginFolder;
     std::string stateFolder;        // made if missing
+    std::string engineFolder;       // what the analytics engine reads; empty: that of the settings, if any
     std::optional<Endpoint> listen; // wins over the endpoint in the settings document
     // Called once a server listens, with its URL, on the thread that started it.
     std::function<void(const std::string& url)> onListening;
