@@ -33,17 +33,30 @@ struct ManifestFields
 };
 
 // The description of one plug-in. A value: a copy doesn't change when the plug-in does. One that no
-// plug-in filled is not valid; its texts and lists are empty, its numbers 0 and its flags false.
+// plug-in filled is not valid; its texts and lists are empty, its numbers 0 and its flags false. It is all in
+// this header: nothing of it is asked of the platform's library.
 class Manifest
 {
   public:
-    Manifest();
-    explicit Manifest(const ManifestFields& fields); // valid if the identifier isn't empty
-    Manifest(const Manifest&);
-    Manifest(Manifest&&) noexcept;
-    Manifest& operator=(const Manifest&);
-    Manifest& operator=(Manifest&&) noexcept;
-    virtual ~Manifest();
+    Manifest() = default;
+    // Valid if the identifier isn't empty.
+    explicit Manifest(const ManifestFields& fields)
+        : m_id(fields.id),
+          m_alias(fields.alias),
+          m_name(fields.name),
+          m_home(fields.home),
+          m_fixedCameraPosition(fields.fixedCameraPosition),
+          m_resourceRequirement(fields.resourceRequirement),
+          m_dependencies(fields.dependencies),
+          m_type(fields.type),
+          m_supportsAdvancedMode(fields.supportsAdvancedMode)
+    {
+    }
+    Manifest(const Manifest&) = default;
+    Manifest(Manifest&&) noexcept = default;
+    Manifest& operator=(const Manifest&) = default;
+    Manifest& operator=(Manifest&&) noexcept = default;
+    virtual ~Manifest() = default;
 
     // References live as long as the manifest.
     const std::string& Id() const { return m_id; }

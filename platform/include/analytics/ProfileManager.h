@@ -48,8 +48,8 @@ class ProfileManager
     std::string GetConfig(int profileId);
 
     // Each list replaces what the vector held; false, and the vector as it was, if there is no such profile.
-    bool GetRules(int profileId, std::vector<std::string>& rules) const;       // in the order of identifiers
-    bool GetActiveRules(int profileId, std::vector<std::string>& rules) const; // those stored as active
+    bool GetRules(int profileId, std::vector<std::string>& rules) const; // in the order of identifiers
+    bool GetActiveRules(int profileId, std::vector<std::string>& rules); // those stored as active
     bool GetRuleConfig(int profileId, const std::string& id, std::string& config) const; // false if none
     bool SetRuleConfig(int profileId, const std::string& id, const std::string& config, bool active);
     // The plug-in's default configuration, not active. ClientFault if there is no such plug-in or the
@@ -69,7 +69,7 @@ class ProfileManager
     bool GetMDActiveState(); // the MD function, as last switched by AlgorithmControl; off at first
     // True if rule `id` could be active beside the active rules of the profile: their costs and those
     // of the plug-ins that they all depend on, each counted once, stay within Settings::MaxResource().
-    bool HasEnoughResource(int profileId, const std::string& id) const;
+    bool HasEnoughResource(int profileId, const std::string& id);
 
   private:
     std::unique_ptr<class ProfileStore> m_store;

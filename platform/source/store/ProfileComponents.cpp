@@ -58,7 +58,7 @@ bool ProfileManager::GetRules(int profileId, std::vector<std::string>& rules) co
     return GetIds(*m_store, profileId, RulePlugin, false, rules);
 }
 
-bool ProfileManager::GetActiveRules(int profileId, std::vector<std::string>& rules) const
+bool ProfileManager::GetActiveRules(int profileId, std::vector<std::string>& rules)
 {
     return GetIds(*m_store, profileId, RulePlugin, true, rules);
 }

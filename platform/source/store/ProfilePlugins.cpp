@@ -79,7 +79,7 @@ bool ProfileManager::AddEngine(int profileId, const std::string& id)
     return Add(*m_store, profileId, kEngine, id);
 }
 
-bool ProfileManager::HasEnoughResource(int profileId, const std::string& id) const
+bool ProfileManager::HasEnoughResource(int profileId, const std::string& id)
 {
     m_store->Require(profileId);
     if (ManifestOf(id).Type() != kRule.typeName)

@@ -17,10 +17,10 @@ class SocketException : public std::runtime_error
         kError = 3
     };
 
-    SocketException(SocketError error, const std::string& what) : std::runtime_error(what), m_error(error) {}
+    SocketException(SocketError error, const std::string& what);
     ~SocketException() override;
 
-    SocketError GetError() const { return m_error; }
+    SocketError GetError() const;
 
   private:
     SocketError m_error;
