@@ -2,13 +2,15 @@
 
 #include <AbandonedObjectOnvifDoc.h>
 #include <AbandonedObjectVarloDoc.h>
-#include <frame/EngineBehaviorConverter.h>
+#include <frame/BehaviorConverter.h>
 
 namespace profile_conversion
 {
 
-using AbandonedObjectConverter =
-    frame::EngineBehaviorConverter<abandonedobject::Config, abandonedobject::VarloDoc,
-                                   abandonedobject::OnvifDoc>;
+class AbandonedObjectConverter
+    : public frame::EngineBehaviorConverter<abandonedobject::Config, abandonedobject::VarloDoc,
+                                            abandonedobject::OnvifDoc>
+{
+};
 
 } // namespace profile_conversion

@@ -1,11 +1,13 @@
 #pragma once
 
 #include <AbandonedObjectConfig.h>
-#include <frame/EngineRuleDoc.h>
+#include <frame/RuleDoc.h>
 
 namespace profile_conversion::abandonedobject
 {
 
-using OnvifDoc = frame::EngineRuleDoc<Config>;
+class OnvifDoc : public frame::EngineRuleDoc<Config>
+{
+};
 
 } // namespace profile_conversion::abandonedobject

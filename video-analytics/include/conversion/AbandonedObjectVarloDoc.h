@@ -1,11 +1,12 @@
 #pragma once
 
 #include <AbandonedObjectConfig.h>
-#include <frame/StillObjectVarloDoc.h>
 
 namespace profile_conversion::abandonedobject
 {
 
-using VarloDoc = frame::StillObjectVarloDoc<Config>;
+class VarloDoc : public frame::StillObjectVarloDoc<Config>
+{
+};
 
 } // namespace profile_conversion::abandonedobject

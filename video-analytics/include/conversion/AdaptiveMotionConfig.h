@@ -1,7 +1,7 @@
 #pragma once
 
-#include <frame/AnyDirectionRule.h>
 #include <frame/BehaviorConfig.h>
+#include <frame/Rules.h>
 
 namespace profile_conversion::adaptivemotion
 {

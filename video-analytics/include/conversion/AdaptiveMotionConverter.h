@@ -7,7 +7,10 @@
 namespace profile_conversion
 {
 
-using AdaptiveMotionConverter =
-    frame::BehaviorConverter<adaptivemotion::Config, adaptivemotion::VarloDoc, adaptivemotion::OnvifDoc>;
+class AdaptiveMotionConverter
+    : public frame::BehaviorConverter<adaptivemotion::Config, adaptivemotion::VarloDoc,
+                                      adaptivemotion::OnvifDoc>
+{
+};
 
 } // namespace profile_conversion

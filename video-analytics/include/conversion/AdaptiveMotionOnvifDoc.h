@@ -6,6 +6,8 @@
 namespace profile_conversion::adaptivemotion
 {
 
-using OnvifDoc = frame::RuleDoc<Config>;
+class OnvifDoc : public frame::RuleDoc<Config>
+{
+};
 
 } // namespace profile_conversion::adaptivemotion

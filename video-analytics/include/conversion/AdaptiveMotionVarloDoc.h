@@ -6,6 +6,8 @@
 namespace profile_conversion::adaptivemotion
 {
 
-using VarloDoc = frame::BehaviorDoc<Config>;
+class VarloDoc : public frame::BehaviorDoc<Config>
+{
+};
 
 } // namespace profile_conversion::adaptivemotion

@@ -7,7 +7,10 @@
 namespace profile_conversion
 {
 
-using CameraSabotageConverter =
-    frame::BehaviorConverter<camerasabotage::Config, camerasabotage::VarloDoc, camerasabotage::OnvifDoc>;
+class CameraSabotageConverter
+    : public frame::BehaviorConverter<camerasabotage::Config, camerasabotage::VarloDoc,
+                                      camerasabotage::OnvifDoc>
+{
+};
 
 } // namespace profile_conversion

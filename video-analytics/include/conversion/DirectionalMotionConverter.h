@@ -2,13 +2,15 @@
 
 #include <DirectionalMotionOnvifDoc.h>
 #include <DirectionalMotionVarloDoc.h>
-#include <frame/EngineBehaviorConverter.h>
+#include <frame/BehaviorConverter.h>
 
 namespace profile_conversion
 {
 
-using DirectionalMotionConverter =
-    frame::EngineBehaviorConverter<directionalmotion::Config, directionalmotion::VarloDoc,
-                                   directionalmotion::OnvifDoc>;
+class DirectionalMotionConverter
+    : public frame::EngineBehaviorConverter<directionalmotion::Config, directionalmotion::VarloDoc,
+                                            directionalmotion::OnvifDoc>
+{
+};
 
 } // namespace profile_conversion

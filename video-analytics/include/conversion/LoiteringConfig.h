@@ -1,7 +1,7 @@
 #pragma once
 
 #include <frame/BehaviorConfig.h>
-#include <frame/DelayRule.h>
+#include <frame/Rules.h>
 
 namespace profile_conversion::loitering
 {

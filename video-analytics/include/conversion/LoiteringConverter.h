@@ -7,7 +7,9 @@
 namespace profile_conversion
 {
 
-using LoiteringConverter =
-    frame::BehaviorConverter<loitering::Config, loitering::VarloDoc, loitering::OnvifDoc>;
+class LoiteringConverter
+    : public frame::BehaviorConverter<loitering::Config, loitering::VarloDoc, loitering::OnvifDoc>
+{
+};
 
 } // namespace profile_conversion

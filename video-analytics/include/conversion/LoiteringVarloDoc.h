@@ -6,6 +6,11 @@
 namespace profile_conversion::loitering
 {
 
-using VarloDoc = frame::BehaviorDoc<Config>;
+class VarloDoc : public frame::BehaviorDoc<Config>
+{
+    // Without a use: this behavior has no settings in an engine.
+    std::string m_engineId;
+    std::string m_engineConfig;
+};
 
 } // namespace profile_conversion::loitering

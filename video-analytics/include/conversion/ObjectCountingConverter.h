@@ -7,7 +7,10 @@
 namespace profile_conversion
 {
 
-using ObjectCountingConverter =
-    frame::BehaviorConverter<objectcounting::Config, objectcounting::VarloDoc, objectcounting::OnvifDoc>;
+class ObjectCountingConverter
+    : public frame::BehaviorConverter<objectcounting::Config, objectcounting::VarloDoc,
+                                      objectcounting::OnvifDoc>
+{
+};
 
 } // namespace profile_conversion

@@ -2,12 +2,15 @@
 
 #include <ObjectRemovalOnvifDoc.h>
 #include <ObjectRemovalVarloDoc.h>
-#include <frame/EngineBehaviorConverter.h>
+#include <frame/BehaviorConverter.h>
 
 namespace profile_conversion
 {
 
-using ObjectRemovalConverter =
-    frame::EngineBehaviorConverter<objectremoval::Config, objectremoval::VarloDoc, objectremoval::OnvifDoc>;
+class ObjectRemovalConverter
+    : public frame::EngineBehaviorConverter<objectremoval::Config, objectremoval::VarloDoc,
+                                            objectremoval::OnvifDoc>
+{
+};
 
 } // namespace profile_conversion

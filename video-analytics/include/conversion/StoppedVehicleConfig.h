@@ -1,14 +1,16 @@
 #pragma once
 
-#include <frame/StillObjectConfig.h>
+#include <frame/StillObject.h>
 
 namespace profile_conversion::stoppedvehicle
 {
 
-using Rule = frame::StillObjectRule;
+class Rule : public frame::StillObjectRule
+{
+};
 using Rules = std::vector<Rule*>;
 
-class Config : public frame::StillObjectConfig
+class Config : public frame::StillObjectConfig<Rule>
 {
   public:
     static std::string Id() { return "com.varlo.rule.stoppedvehicle"; }

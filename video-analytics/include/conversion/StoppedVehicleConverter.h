@@ -2,13 +2,15 @@
 
 #include <StoppedVehicleOnvifDoc.h>
 #include <StoppedVehicleVarloDoc.h>
-#include <frame/EngineBehaviorConverter.h>
+#include <frame/BehaviorConverter.h>
 
 namespace profile_conversion
 {
 
-using StoppedVehicleConverter =
-    frame::EngineBehaviorConverter<stoppedvehicle::Config, stoppedvehicle::VarloDoc,
-                                   stoppedvehicle::OnvifDoc>;
+class StoppedVehicleConverter
+    : public frame::EngineBehaviorConverter<stoppedvehicle::Config, stoppedvehicle::VarloDoc,
+                                            stoppedvehicle::OnvifDoc>
+{
+};
 
 } // namespace profile_conversion

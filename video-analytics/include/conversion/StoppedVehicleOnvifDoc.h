@@ -1,11 +1,13 @@
 #pragma once
 
 #include <StoppedVehicleConfig.h>
-#include <frame/EngineRuleDoc.h>
+#include <frame/RuleDoc.h>
 
 namespace profile_conversion::stoppedvehicle
 {
 
-using OnvifDoc = frame::EngineRuleDoc<Config>;
+class OnvifDoc : public frame::EngineRuleDoc<Config>
+{
+};
 
 } // namespace profile_conversion::stoppedvehicle

@@ -1,11 +1,12 @@
 #pragma once
 
 #include <StoppedVehicleConfig.h>
-#include <frame/StillObjectVarloDoc.h>
 
 namespace profile_conversion::stoppedvehicle
 {
 
-using VarloDoc = frame::StillObjectVarloDoc<Config>;
+class VarloDoc : public frame::StillObjectVarloDoc<Config>
+{
+};
 
 } // namespace profile_conversion::stoppedvehicle

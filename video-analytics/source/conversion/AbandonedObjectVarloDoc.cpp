@@ -9,7 +9,7 @@ using abandonedobject::Config;
 template <>
 struct BehaviorForm<Config> : StillObjectBehaviorForm<Config, Bounds{5, 1000}, Bounds{30, 1800}>
 {
-    static inline const std::string kTemplate = StillObjectTemplate("AbandonedObject");
+    static inline const std::string kVarloDocTemplate = StillObjectTemplate("AbandonedObject");
 };
 
 template class BehaviorDoc<Config>;

@@ -1,6 +1,6 @@
 #include <AdaptiveMotionOnvifDoc.h>
 
-#include "frame/RuleDocTemplate.h"
+#include "frame/RuleForm.h"
 
 namespace profile_conversion::frame
 {

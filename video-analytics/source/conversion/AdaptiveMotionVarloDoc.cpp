@@ -1,6 +1,6 @@
 #include <AdaptiveMotionVarloDoc.h>
 
-#include "frame/BehaviorDocTemplate.h"
+#include "frame/BehaviorForm.h"
 
 namespace profile_conversion::frame
 {
@@ -10,7 +10,7 @@ using adaptivemotion::Rule;
 template <>
 struct BehaviorForm<Config> : BehaviorFormDefaults<Config>
 {
-    static constexpr char kTemplate[] =
+    static constexpr char kVarloDocTemplate[] =
         R"(<?xml version="1.0" encoding="utf-8"?>)"
         R"(<behavior version="2.0" id="urn:varlo-com:AlgorithmId:AdaptiveMotion:1" active="0" advanceMode="0">)"
         R"(<minPoints>2</minPoints><maxPoints>6</maxPoints>)"

@@ -29,9 +29,10 @@ bool VarloDoc::DocToConfig(const std::string& xml, Config& config)
     if (behavior == nullptr)
         return false;
     config.Active(behavior->GetProperty("active", 0) != 0);
-    config.AlarmDelay(doc.GetSingleValue(kAlarmDelay, config.AlarmDelay(), behavior.get()));
-    const int severity = doc.GetSingleValue(kAlarmSeverity, config.Severity(), behavior.get());
-    config.Severity(analytics::SeverityFromInt(severity));
+    if (const NodePointer delay = SelectNode(doc, kAlarmDelay, behavior.get()))
+        config.AlarmDelay(delay->GetValue(config.AlarmDelay()));
+    if (const NodePointer severity = SelectNode(doc, kAlarmSeverity, behavior.get()))
+        config.Severity(analytics::SeverityFromInt(severity->GetValue(config.Severity())));
     return true;
 }
 

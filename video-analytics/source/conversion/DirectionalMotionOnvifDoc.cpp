@@ -1,6 +1,6 @@
 #include <DirectionalMotionOnvifDoc.h>
 
-#include "frame/EngineRuleDocTemplate.h"
+#include "frame/EnginePart.h"
 
 namespace profile_conversion::frame
 {

@@ -1,6 +1,6 @@
 #include <DirectionalMotionVarloDoc.h>
 
-#include "frame/BehaviorDocTemplate.h"
+#include "frame/BehaviorForm.h"
 
 namespace profile_conversion::frame
 {
@@ -8,16 +8,13 @@ using directionalmotion::Config;
 using directionalmotion::Rule;
 
 template <>
-struct BehaviorForm<Config> : BehaviorFormDefaults<Config>
+struct BehaviorForm<Config> : EngineBehaviorFormDefaults<Config>
 {
-    static constexpr char kTemplate[] =
+    static constexpr char kVarloDocTemplate[] =
         R"(<?xml version="1.0" encoding="utf-8"?>)"
         R"(<behavior version="2.0" id="urn:varlo-com:AlgorithmId:DirectionalMotion:1" active="0" advanceMode="0">)"
         R"(<minPoints>2</minPoints><maxPoints>6</maxPoints>)"
         R"(<objectSpeed>5</objectSpeed><sensitivity>5</sensitivity><rois/></behavior>)";
-    static constexpr Field<Config> kAttributes[] = {
-        {"advanceMode", &Config::AdvancedMode, &Config::AdvancedMode},
-    };
     static constexpr Field<Config> kElements[] = {
         {"sensitivity", &Config::Sensitivity, &Config::Sensitivity},
         {"objectSpeed", &Config::ObjectSpeed, &Config::ObjectSpeed},

@@ -1,6 +1,6 @@
 #include <LoiteringOnvifDoc.h>
 
-#include "frame/RuleDocTemplate.h"
+#include "frame/RuleForm.h"
 
 namespace profile_conversion::frame
 {
@@ -10,12 +10,7 @@ using loitering::Rule;
 template <>
 struct RuleForm<Config> : RuleFormDefaults<Config>
 {
-    static constexpr RuleItem<Rule> kItems[] = {
-        {{"EnableAlarm", &Rule::EnableAlarm, &Rule::EnableAlarm}, 0},
-        {{"Severity", &Rule::Severity, &Rule::Severity}, 0},
-        {{"DwellTime", &Rule::DwellTime, &Rule::DwellTime}, 5},
-        {{"AlarmDelay", &Rule::AlarmDelay, &Rule::AlarmDelay}, 300},
-    };
+    static constexpr auto kItems = DelayItems<Rule>(300);
 };
 
 template class RuleDoc<Config>;

@@ -1,7 +1,7 @@
 #include <ObjectCountingOnvifDoc.h>
 
 #include "frame/ObjectSizes.h"
-#include "frame/RuleDocTemplate.h"
+#include "frame/RuleForm.h"
 
 namespace profile_conversion
 {

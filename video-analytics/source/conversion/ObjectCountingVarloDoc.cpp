@@ -1,6 +1,6 @@
 #include <ObjectCountingVarloDoc.h>
 
-#include "frame/BehaviorDocTemplate.h"
+#include "frame/BehaviorForm.h"
 #include "frame/ObjectSizes.h"
 
 namespace profile_conversion::frame
@@ -11,7 +11,7 @@ using objectcounting::Rule;
 template <>
 struct BehaviorForm<Config> : BehaviorFormDefaults<Config>
 {
-    static constexpr char kTemplate[] =
+    static constexpr char kVarloDocTemplate[] =
         R"(<?xml version="1.0" encoding="utf-8"?>)"
         R"(<behavior version="2.0" id="urn:varlo-com:AlgorithmId:ObjectCounting:1" active="0" advanceMode="0">)"
         R"(<minPoints>2</minPoints><maxPoints>6</maxPoints>)"

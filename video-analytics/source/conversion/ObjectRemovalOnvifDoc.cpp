@@ -1,6 +1,6 @@
 #include <ObjectRemovalOnvifDoc.h>
 
-#include "frame/EngineRuleDocTemplate.h"
+#include "frame/EnginePart.h"
 
 namespace profile_conversion::frame
 {
@@ -10,18 +10,18 @@ using objectremoval::Rule;
 template <>
 struct RuleForm<Config> : RuleFormDefaults<Config>
 {
-    static constexpr RuleItem<Rule> kItems[] = {
-        {{"EnableAlarm", &Rule::EnableAlarm, &Rule::EnableAlarm}, 0},
-        {{"Severity", &Rule::Severity, &Rule::Severity}, 0},
-        {{"DwellTime", &Rule::DwellTime, &Rule::DwellTime}, 5},
-        // A missing delay is 5 here and 3 in the clients' form, and that stands.
-        {{"AlarmDelay", &Rule::AlarmDelay, &Rule::AlarmDelay}, 5},
-    };
+    // A missing delay is 5 here and 3 in the clients' form, and that stands.
+    static constexpr auto kItems = DelayItems<Rule>(5);
 };
 
 template <>
 struct EnginePart<Config> : CopiedRules<Config>
 {
+    // The first one of the document, whatever it stands in.
+    static NodePointer Container(analytics::ProfileDoc& doc, analytics::DocumentNode*)
+    {
+        return SelectNode(doc, doc.ElementItemQry(true));
+    }
     static constexpr Field<Rule> kCopied[] = {
         {"AlarmDelay", &Rule::AlarmDelay, &Rule::AlarmDelay},
         {"DwellTime", &Rule::DwellTime, &Rule::DwellTime},

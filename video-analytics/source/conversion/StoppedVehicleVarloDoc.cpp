@@ -9,7 +9,7 @@ using stoppedvehicle::Config;
 template <>
 struct BehaviorForm<Config> : StillObjectBehaviorForm<Config, Bounds{3, 1000}, Bounds{3, 300}>
 {
-    static inline const std::string kTemplate = StillObjectTemplate("StoppedVehicle");
+    static inline const std::string kVarloDocTemplate = StillObjectTemplate("StoppedVehicle");
 };
 
 template class BehaviorDoc<Config>;

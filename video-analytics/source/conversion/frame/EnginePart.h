@@ -1,12 +1,13 @@
 #pragma once
 
-#include "frame/Nodes.h"
 #include "frame/RuleForm.h"
 
-#include <analytics/ProfileDoc.h>
+#include <analytics/PluginManager.h>
 
 #include <OnvifDoc.h>
 
+// The tables of what a behavior has in the module of its engine, and what EngineRuleDoc does with them, for
+// the source of a family that instantiates it and its base.
 namespace profile_conversion::frame
 {
 
@@ -51,11 +52,15 @@ struct CopiedRules : EnginePartDefaults<Config>
     using Rule = typename Config::RuleType;
 
     static constexpr bool kEnabledOnly = false; // a rule without alarms has no copy
+    static NodePointer Container(analytics::ProfileDoc& doc, analytics::DocumentNode* items)
+    {
+        return NodePointer(doc.SelectElementItemNode(items, true));
+    }
 
     static bool Write(const Config& config, OnvifDoc& writer, analytics::ProfileDoc& doc,
                       analytics::DocumentNode* items)
     {
-        const NodePointer container(doc.SelectElementItemNode(items, true));
+        const NodePointer container = EnginePart<Config>::Container(doc, items);
         for (const Rule* rule : config.GetRules())
             if (rule != nullptr && (rule->EnableAlarm() || !EnginePart<Config>::kEnabledOnly))
                 Copy(*rule, writer, container.get());
@@ -74,5 +79,57 @@ struct CopiedRules : EnginePartDefaults<Config>
         EnginePart<Config>::CopyZone(writer, *copy, rule.Zone());
     }
 };
+
+template <class Config>
+bool EngineRuleDoc<Config>::DocToConfig(const std::string& xml, Config& config)
+{
+    using Part = EnginePart<Config>;
+    analytics::ProfileDoc doc;
+    if (!doc.ParseString(xml))
+        return false;
+    if (const NodePointer module{doc.SelectEngine(EngineId(Config::Id()))})
+    {
+        for (const ModuleItem<Config>& item : Part::kItems)
+            item.field.Set(config,
+                           doc.GetSimpleItemValue(item.field.Name(), item.missing, module.get(), true));
+        Part::Read(config, *module, doc);
+    }
+    this->ReadRules(doc, config);
+    return true;
+}
+
+template <class Config>
+bool EngineRuleDoc<Config>::ConfigToDoc(const Config& config, std::string& xml)
+{
+    m_engineId = EngineId(Config::Id());
+    m_engineConfig = ConfigToEngineDoc(m_engineId, config);
+    return RuleDoc<Config>::ConfigToDoc(config, xml);
+}
+
+template <class Config>
+void EngineRuleDoc<Config>::EngineConfig(std::string& id, std::string& config)
+{
+    id = m_engineId;
+    config = m_engineConfig;
+}
+
+template <class Config>
+std::string EngineRuleDoc<Config>::EngineId(const std::string& id)
+{
+    return EngineOf(id);
+}
+
+template <class Config>
+std::string EngineRuleDoc<Config>::ConfigToEngineDoc(const std::string& engineId, const Config& config)
+{
+    using Part = EnginePart<Config>;
+    analytics::ProfileDoc doc;
+    if (!doc.ParseString(analytics::PluginManager().GetDefaultConfiguration(engineId)))
+        return {};
+    const NodePointer items(Part::kItemsInModule ? doc.SelectEngine(engineId) : nullptr);
+    for (const ModuleItem<Config>& item : Part::kItems)
+        doc.SetSimpleItemValue(item.field.Name(), item.field.Get(config), items.get());
+    return Part::Write(config, *this, doc, items.get()) ? doc.DumpToString() : std::string();
+}
 
 } // namespace profile_conversion::frame

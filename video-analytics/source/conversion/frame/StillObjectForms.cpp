@@ -8,9 +8,9 @@ namespace profile_conversion::frame
 {
 namespace
 {
-constexpr SizeFilter<StillObjectConfig> kSizes[] = {
-    {"minObj", "MinSize", &StillObjectConfig::MinSizeFilter, &StillObjectConfig::MinSizeFilter},
-    {"maxObj", "MaxSize", &StillObjectConfig::MaxSizeFilter, &StillObjectConfig::MaxSizeFilter},
+constexpr SizeFilter<StillObjectHead> kSizes[] = {
+    {"minObj", "MinSize", &StillObjectHead::MinSizeFilter, &StillObjectHead::MinSizeFilter},
+    {"maxObj", "MaxSize", &StillObjectHead::MaxSizeFilter, &StillObjectHead::MaxSizeFilter},
 };
 
 std::string Step(const std::string& name) { return analytics::Settings::OnvifPrefix() + ":" + name; }
@@ -53,13 +53,12 @@ void AddExcludeZoneNode(int number, const Polygon& zone, analytics::DocumentNode
     BehaviorNodes().AddPointsNodes(zone, vertices.get());
 }
 
-void ReadStillObjectHead(StillObjectConfig& config, analytics::DocumentNode& behavior,
-                         analytics::Document& doc)
+void ReadStillObjectHead(StillObjectHead& config, analytics::DocumentNode& behavior, analytics::Document& doc)
 {
     // The line is kept from one size to the next: points that the maxObj lacks are those of the minObj.
     // The engine's reader below starts each size anew.
     Line line;
-    for (const SizeFilter<StillObjectConfig>& size : kSizes)
+    for (const SizeFilter<StillObjectHead>& size : kSizes)
     {
         ReadObjectSize(line, size.object, behavior, doc);
         (config.*size.set)(line);
@@ -69,10 +68,10 @@ void ReadStillObjectHead(StillObjectConfig& config, analytics::DocumentNode& beh
         config.AddExcludeZone(BehaviorNodes().ReadPoints("vertices/vertex", zone.get(), doc));
 }
 
-void WriteStillObjectHead(const StillObjectConfig& config, analytics::DocumentNode& behavior,
+void WriteStillObjectHead(const StillObjectHead& config, analytics::DocumentNode& behavior,
                           analytics::Document& doc)
 {
-    for (const SizeFilter<StillObjectConfig>& size : kSizes)
+    for (const SizeFilter<StillObjectHead>& size : kSizes)
         WriteObjectSize((config.*size.get)(), size.object, behavior, doc);
     const NodePointer zones = SelectNode(doc, "excludeZones", &behavior);
     int number = 0;
@@ -80,11 +79,11 @@ void WriteStillObjectHead(const StillObjectConfig& config, analytics::DocumentNo
         AddExcludeZoneNode(++number, zone, zones.get());
 }
 
-void ReadStillObjectModule(StillObjectConfig& config, analytics::DocumentNode& module,
+void ReadStillObjectModule(StillObjectHead& config, analytics::DocumentNode& module,
                            analytics::ProfileDoc& doc)
 {
     if (const NodePointer filters = SelectNode(doc, ItemQry(doc, kObjectSizeFilters), &module))
-        for (const SizeFilter<StillObjectConfig>& size : kSizes)
+        for (const SizeFilter<StillObjectHead>& size : kSizes)
         {
             Line line;
             ReadRectangle(line, size.rectangle, *filters, doc);
@@ -99,7 +98,7 @@ void ReadStillObjectModule(StillObjectConfig& config, analytics::DocumentNode& m
     }
 }
 
-bool WriteStillObjectModule(const StillObjectConfig& config, const std::string& engineId, OnvifDoc& writer,
+bool WriteStillObjectModule(const StillObjectHead& config, const std::string& engineId, OnvifDoc& writer,
                             analytics::ProfileDoc& doc)
 {
     const NodePointer module(doc.SelectEngine(engineId));
@@ -112,7 +111,7 @@ bool WriteStillObjectModule(const StillObjectConfig& config, const std::string& 
     const NodePointer filters = FindOrAddItem(kObjectSizeFilters, *module, *parameters, writer, doc);
     if (filters != nullptr)
         doc.DeleteNodes(Step("Rectangle"), filters.get());
-    for (const SizeFilter<StillObjectConfig>& size : kSizes)
+    for (const SizeFilter<StillObjectHead>& size : kSizes)
         AddRectangle((config.*size.get)(), size.rectangle, filters.get());
     const NodePointer zones = FindOrAddItem("ExcludeZones", *module, *parameters, writer, doc);
     // An empty zone writes nothing and leaves a gap in the numbers.

@@ -1,11 +1,9 @@
 #pragma once
 
-#include <frame/StillObjectConfig.h>
-#include <frame/StillObjectVarloDoc.h>
+#include <frame/StillObject.h>
 
-#include "frame/BehaviorDocTemplate.h"
-#include "frame/EngineForm.h"
-#include "frame/EngineRuleDocTemplate.h"
+#include "frame/BehaviorForm.h"
+#include "frame/EnginePart.h"
 
 #include <string>
 
@@ -16,34 +14,21 @@ namespace profile_conversion::frame
 
 // The document without rules, of the behavior with this word in its URN.
 std::string StillObjectTemplate(const std::string& word);
-void ReadStillObjectHead(StillObjectConfig& config, analytics::DocumentNode& behavior,
+void ReadStillObjectHead(StillObjectHead& config, analytics::DocumentNode& behavior,
                          analytics::Document& doc);
-void WriteStillObjectHead(const StillObjectConfig& config, analytics::DocumentNode& behavior,
+void WriteStillObjectHead(const StillObjectHead& config, analytics::DocumentNode& behavior,
                           analytics::Document& doc);
-void ReadStillObjectModule(StillObjectConfig& config, analytics::DocumentNode& module,
+void ReadStillObjectModule(StillObjectHead& config, analytics::DocumentNode& module,
                            analytics::ProfileDoc& doc);
 // False if the document has no module of the engine, or no Parameters in it.
-bool WriteStillObjectModule(const StillObjectConfig& config, const std::string& engineId, OnvifDoc& writer,
+bool WriteStillObjectModule(const StillObjectHead& config, const std::string& engineId, OnvifDoc& writer,
                             analytics::ProfileDoc& doc);
 
-// The family adds its kTemplate.
+// The family adds its kVarloDocTemplate.
 template <class Config, Bounds kDwellTime, Bounds kAlarmDelay>
-struct StillObjectBehaviorForm : BehaviorFormDefaults<Config>
+struct StillObjectBehaviorForm : EngineBehaviorFormDefaults<Config>
 {
-    using Rule = typename Config::RuleType;
-
-    static constexpr Field<Config> kAttributes[] = {
-        {"advanceMode", &Config::AdvancedMode, &Config::AdvancedMode},
-    };
-    static constexpr Field<Config> kElements[] = {
-        {"sensitivity", &Config::Sensitivity, &Config::Sensitivity},
-    };
-    static constexpr RoiChild<Rule> kRoiChildren[] = {
-        {{"enable", &Rule::EnableAlarm, &Rule::EnableAlarm}},
-        {{"alarmSeverity", &Rule::Severity, &Rule::Severity}},
-        {{"dwellTime", &Rule::DwellTime, &Rule::DwellTime}, kDwellTime},
-        {{"alarmDelay", &Rule::AlarmDelay, &Rule::AlarmDelay}, kAlarmDelay},
-    };
+    static constexpr auto kRoiChildren = DelayRoi<typename Config::RuleType>(kDwellTime, kAlarmDelay);
     static constexpr auto ReadHead = ReadStillObjectHead;
     static constexpr auto WriteHead = WriteStillObjectHead;
 };

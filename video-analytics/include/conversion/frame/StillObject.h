@@ -1,23 +1,26 @@
 #pragma once
 
 #include <Shapes.h>
-#include <frame/DelayRule.h>
-#include <frame/EngineBehaviorConfig.h>
+#include <frame/BehaviorConfig.h>
+#include <frame/BehaviorDoc.h>
+#include <frame/Rules.h>
 
 #include <algorithm>
 #include <vector>
 
+// What the behaviors share that look for something which came and stays: abandoned objects, stopped vehicles.
 namespace profile_conversion::frame
 {
 
 // A zone in which something that stays is alarmed on.
 class StillObjectRule : public DelayRule<3>
 {
+  protected:
+    ~StillObjectRule() = default;
 };
 
-// The model of the behaviors that look for something which came and stays: abandoned objects, stopped
-// vehicles.
-class StillObjectConfig : public EngineBehaviorConfig<StillObjectRule>
+// What such a model has above its rules.
+class StillObjectHead
 {
   public:
     // Sizes drawn as lines; the setters copy both points.
@@ -31,10 +34,32 @@ class StillObjectConfig : public EngineBehaviorConfig<StillObjectRule>
     void ExcludeZones(const std::vector<Polygon>& zones) { m_excludeZones = zones; }
     void AddExcludeZone(const Polygon& zone) { m_excludeZones.push_back(zone); }
 
+  protected:
+    ~StillObjectHead() = default;
+
   private:
     Line m_minSizeFilter;
     Line m_maxSizeFilter;
     std::vector<Polygon> m_excludeZones;
+};
+
+template <class RuleT>
+class StillObjectConfig : public EngineBehaviorConfig<RuleT>, public StillObjectHead
+{
+};
+
+// The element of an exclude zone, also of an empty one, named by its number.
+// Nothing without a parent.
+void AddExcludeZoneNode(int number, const Polygon& zone, analytics::DocumentNode* parent);
+
+template <class Config>
+class StillObjectVarloDoc : public BehaviorDoc<Config>
+{
+  public:
+    void AddExcludeZone(int idx, const Polygon& zone, analytics::DocumentNode* parent)
+    {
+        AddExcludeZoneNode(idx, zone, parent);
+    }
 };
 
 } // namespace profile_conversion::frame

@@ -35,4 +35,33 @@ class ZoneRule
     Points m_zone;
 };
 
+// A rule with an alarm delay, which the families start from different values.
+template <int kAlarmDelay>
+class DelayRule : public ZoneRule
+{
+  public:
+    int AlarmDelay() const { return m_alarmDelay; }
+    void AlarmDelay(int seconds) { m_alarmDelay = seconds; }
+
+  protected:
+    ~DelayRule() = default;
+
+  private:
+    int m_alarmDelay = kAlarmDelay;
+};
+
+// A rule that alarms on one direction of movement, or on all of them.
+class AnyDirectionRule : public ZoneRule
+{
+  public:
+    int Direction() const { return m_direction; } // 0 to 7 or 8 for all, which nothing enforces
+    void Direction(int direction) { m_direction = direction; }
+
+  protected:
+    ~AnyDirectionRule() = default;
+
+  private:
+    int m_direction = 8;
+};
+
 } // namespace profile_conversion::frame
