@@ -11,7 +11,6 @@
 #include <cstdio>
 #include <cstring>
 #include <string>
-#include <string_view>
 
 namespace analytics::kestrile
 {
@@ -39,11 +38,10 @@ const char* StatusOf(const char* key, const char* val)
 }
 
 // The runtime answers in HTTP 1.1 whatever the request says; the status line is to have the request's
-// version. Called with the first bytes of a request.
-void NoteVersion(soap* soap, std::string_view bytes)
+// version. It keeps the line that said it.
+const char* VersionOf(const soap& context)
 {
-    if (bytes.substr(0, bytes.find('\n')).find(" HTTP/1.0") != std::string_view::npos)
-        soap->http_version = "1.0";
+    return std::strstr(context.msgbuf, " HTTP/1.0") != nullptr ? "1.0" : context.http_version;
 }
 
 } // namespace
@@ -176,6 +174,7 @@ int SoapIO::SoapIOImpl::PostHeader(soap* soap, const char* key, const char* val)
     if (status == nullptr)
         return post(soap, key, val);
     const std::string text = status; // a copy: it may lie in tmpbuf itself
+    soap->http_version = VersionOf(*soap);
     std::snprintf(soap->tmpbuf, sizeof soap->tmpbuf, "HTTP/%s %s", soap->http_version, text.c_str());
     return post(soap, soap->tmpbuf, nullptr);
 }
@@ -216,11 +215,7 @@ std::size_t SoapIO::SoapIOImpl::Recv(soap* soap, char* s, std::size_t n)
             const int result =
                 sock->Recv(s, static_cast<unsigned int>(n), static_cast<unsigned int>(soap->recv_timeout));
             if (result >= 0)
-            {
-                if (soap->buflen == 0)
-                    NoteVersion(soap, {s, static_cast<std::size_t>(result)});
                 return static_cast<std::size_t>(result);
-            }
             soap->errnum = errno;
             return 0;
         }

@@ -113,7 +113,7 @@ std::string ProfileManager::GetCameraPreset(int id)
     return fake::Call("GetCameraPreset", id)->GetCameraPreset(id);
 }
 std::string ProfileManager::GetConfig(int id) { return fake::Call("GetConfig", id)->GetConfig(id); }
-bool ProfileManager::GetActiveRules(int id, std::vector<std::string>& rules) const
+bool ProfileManager::GetActiveRules(int id, std::vector<std::string>& rules)
 {
     return fake::Call("GetActiveRules", id)->GetActiveRules(id, rules);
 }

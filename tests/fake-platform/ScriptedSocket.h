@@ -44,7 +44,7 @@ class ScriptedSocket : public tarno::osa::TcpSocket
         const int scripted = onRecv();
         if (scripted < 0)
             return scripted;
-        const std::size_t count = std::min<std::size_t>(size, m_input.size());
+        const std::size_t count = std::min({std::size_t{size}, piece, m_input.size()});
         std::memcpy(data, m_input.data(), count);
         m_input.erase(0, count);
         return static_cast<int>(count);
@@ -52,6 +52,7 @@ class ScriptedSocket : public tarno::osa::TcpSocket
 
     std::function<void()> onSend = [] {};
     std::function<int()> onRecv = [] { return 0; };
+    std::size_t piece = std::string::npos; // bytes that arrive at a time, at most
 
   private:
     SocketRecord& m_record;

@@ -50,7 +50,14 @@ extern "C"
     void* __real_malloc(std::size_t size);
     void* __real_calloc(std::size_t count, std::size_t size);
     void* __real_realloc(void* block, std::size_t size);
-    void* __wrap_malloc(std::size_t size) { return Refused() ? nullptr : __real_malloc(size); }
+    // Throws as the delivered one does.
+    void* __wrap_malloc(std::size_t size)
+    {
+        void* const block = Refused() ? nullptr : __real_malloc(size);
+        if (block == nullptr)
+            throw std::bad_alloc();
+        return block;
+    }
     void* __wrap_calloc(std::size_t count, std::size_t size)
     {
         return Refused() ? nullptr : __real_calloc(count, size);
@@ -61,17 +68,11 @@ extern "C"
     }
 }
 
-void* operator new(std::size_t size)
-{
-    void* const block = std::malloc(size == 0 ? 1 : size);
-    if (block == nullptr)
-        throw std::bad_alloc();
-    return block;
-}
-void* operator new[](std::size_t size) { return operator new(size); }
+void* operator new(std::size_t size) { return __wrap_malloc(size); }
+void* operator new[](std::size_t size) { return __wrap_malloc(size); }
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept
 {
-    return std::malloc(size == 0 ? 1 : size);
+    return Refused() ? nullptr : __real_malloc(size);
 }
 void* operator new[](std::size_t size, const std::nothrow_t& tag) noexcept { return operator new(size, tag); }
 void operator delete(void* block) noexcept { std::free(block); }

@@ -195,6 +195,42 @@ TEST(ExchangeTest, ResponseBeginsWithAStatusLineInTheRequestsVersion)
     analyticsapi::SoapRequest::Shutdown();
 }
 
+TEST(ExchangeTest, RequestMayArriveInPieces)
+{
+    fake::Platform platform;
+    EXPECT_CALL(platform.profiles, GetProfileList).WillRepeatedly(testing::Return(true));
+    for (const char* version : {"1.1", "1.0"})
+    {
+        const std::string request = wire::Http(wire::Envelope("<v:GetProfileList/>"), version);
+        for (const std::size_t piece : {1U, 2U, 7U, 14U})
+        {
+            fake::SocketRecord record;
+            auto* const socket = new fake::ScriptedSocket(record, request);
+            socket->piece = piece;
+            Transport().AcceptSocket(socket);
+            EXPECT_EQ(record.sent, wire::Serve(request).sent) << piece;
+            EXPECT_THAT(record.sent, StartsWith("HTTP/" + std::string(version) + " 200 OK\r\n"));
+        }
+    }
+    analyticsapi::SoapRequest::Shutdown();
+}
+
+TEST(ExchangeTest, TextLongerThanTheBufferArrivesWhole)
+{
+    fake::Platform platform;
+    std::string text;
+    std::string plain;
+    for (int i = 0; text.size() < std::size_t{SOAP_BUFLEN} * 3; ++i)
+    {
+        text += "&lt;vertex n=&quot;" + std::to_string(i) + "&quot;/&gt;<![CDATA[&]]>\xc3\xa9";
+        plain += "<vertex n=\"" + std::to_string(i) + "\"/>&\xc3\xa9";
+    }
+    EXPECT_CALL(platform.profiles, CreateProfile(testing::_, plain)).WillOnce(testing::Return(true));
+    EXPECT_THAT(wire::Answer("<v:CreateProfile><name>" + text + "</name></v:CreateProfile>"),
+                StartsWith("HTTP/1.1 200 OK\r\n"));
+    analyticsapi::SoapRequest::Shutdown();
+}
+
 TEST(ExchangeTest, SilentClientEndsTheConnectionWithoutAResponse)
 {
     fake::Platform platform;

@@ -132,6 +132,29 @@ TEST_F(BehaviorHandlersTest, EitherFormOfTheIdentifierWillDo)
     EXPECT_THAT(Ask("DeleteProfileBehavior", kId), StartsWith(kOk));
 }
 
+// The way of a behavior doesn't tell rules from engines: the scene's own converter is found under its engine.
+TEST_F(BehaviorHandlersTest, SceneAnalyzerPassesAsABehavior)
+{
+    const std::string scene = "com.varlo.engine.sceneanalyzer";
+    const std::string module =
+        "<tt:R xmlns:tt=\"urn:t\"><tt:AnalyticsModule Type=\"" + scene +
+        "\"><tt:Parameters><tt:SimpleItem "
+        "Name=\"Sensitivity\" Value=\"5\"/></tt:Parameters></tt:AnalyticsModule></tt:R>";
+    Of(scene).engineDocument = module;
+    Of(scene).behaviorDocument = "<analyticProfile/>";
+    auto& profiles = m_platform.profiles;
+    EXPECT_CALL(profiles, SetEngineConfig(_, _, _)).Times(0);
+    EXPECT_CALL(profiles, SetRuleConfig(4, scene, HasSubstr("Name=\"Sensitivity\" Value=\"8\""), false))
+        .WillOnce(Return(true));
+    EXPECT_CALL(profiles, GetConfig(4)).WillOnce(Return(module));
+    EXPECT_CALL(profiles, DeleteRule(4, scene)).WillOnce(Return(true));
+    EXPECT_THAT(Set(scene, "<analyticProfile><sensitivity>8</sensitivity></analyticProfile>"),
+                StartsWith(kOk));
+    EXPECT_THAT(Ask("GetProfileBehavior", scene), HasSubstr("&lt;sensitivity&gt;5&lt;/sensitivity&gt;"));
+    EXPECT_THAT(Ask("GetDefaultConfiguration", scene), HasSubstr("&lt;analyticProfile/&gt;"));
+    EXPECT_THAT(Ask("DeleteProfileBehavior", scene), StartsWith(kOk));
+}
+
 TEST_F(BehaviorHandlersTest, SetStoresTheConvertedRuleWithItsFlagAndNothingElse)
 {
     EXPECT_CALL(m_platform.profiles, SetEngineConfig(_, _, _)).Times(0);
