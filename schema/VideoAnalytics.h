@@ -13,6 +13,8 @@
 //gsoap VideoAnalytics service port: http://127.0.0.1:8080/
 //gsoap VideoAnalytics service namespace: urn:schemas-varlo-com:service:VideoAnalytics:2
 //gsoap VideoAnalytics service documentation: Analytic profiles of a camera: create, edit, run and stop them.
+//gsoap VideoAnalytics service style: document
+//gsoap VideoAnalytics service encoding: literal
 //gsoap VideoAnalytics schema namespace: urn:schemas-varlo-com:service:VideoAnalytics:2
 //gsoap VideoAnalytics schema form: unqualified
 
@@ -626,84 +628,90 @@ class _VideoAnalytics__SetProfileSceneResponse
     struct soap* soap;
 };
 
+// What the WSDL and the XSD say of each type.
+
+//gsoap VideoAnalytics schema type-documentation: Availability 0 not available: the behavior cannot be selected beside the active ones, 1 available, 2 active. GetBehaviorAvailability and GetBehaviorAvailability2 return it.
+//gsoap VideoAnalytics schema type-documentation: Behavior One installed behavior, in the answer of GetBehaviorAvailability and GetBehaviorAvailability2.
+//gsoap VideoAnalytics schema type-documentation: AvailabilityList The behaviors that users can configure, and the hidden ones, in the answer of GetBehaviorAvailability and GetBehaviorAvailability2.
+//gsoap VideoAnalytics schema type-documentation: BehaviorIdList Behaviors by their URN, in the request GetBehaviorAvailability2.
+//gsoap VideoAnalytics schema type-documentation: ProfileSummary One profile, its name as text, in the answer of GetProfileList.
+//gsoap VideoAnalytics schema type-documentation: ProfileList All profiles, in the answer of GetProfileList.
+//gsoap VideoAnalytics schema type-documentation: Coordinate No operation uses it.
+//gsoap VideoAnalytics schema type-documentation: Normalized1To10 No operation uses it.
+//gsoap VideoAnalytics schema type-documentation: AlarmState No operation uses it.
+//gsoap VideoAnalytics schema type-documentation: AlarmSeverity No operation uses it.
+//gsoap VideoAnalytics schema type-documentation: Direction No operation uses it.
+//gsoap VideoAnalytics schema type-documentation: AllDirection No operation uses it.
+//gsoap VideoAnalytics schema type-documentation: DimensionDirection No operation uses it.
+//gsoap VideoAnalytics schema type-documentation: SceneType No operation uses it.
+//gsoap VideoAnalytics schema type-documentation: BackgroundType No operation uses it.
+//gsoap VideoAnalytics schema type-documentation: TuningLevel No operation uses it.
+//gsoap VideoAnalytics schema type-documentation: Vertex No operation uses it.
+//gsoap VideoAnalytics schema type-documentation: ROI No operation uses it.
+//gsoap VideoAnalytics schema type-documentation: AlarmDelayedROI No operation uses it.
+//gsoap VideoAnalytics schema type-documentation: DirectionalROI No operation uses it.
+//gsoap VideoAnalytics schema type-documentation: AllDirectionalROI No operation uses it.
+//gsoap VideoAnalytics schema type-documentation: SensitiveROI No operation uses it.
+//gsoap VideoAnalytics schema type-documentation: CalibrationParameter No operation uses it.
+//gsoap VideoAnalytics schema type-documentation: Parameter No operation uses it.
+//gsoap VideoAnalytics schema type-documentation: ParameterList No operation uses it.
+//gsoap VideoAnalytics schema type-documentation: BehaviorList No operation uses it.
+//gsoap VideoAnalytics schema type-documentation: Profile No operation uses it.
+//gsoap VideoAnalytics schema type-documentation: MetadataURL No operation uses it.
+//gsoap VideoAnalytics schema type-documentation: MetadataURLs No operation uses it.
+//gsoap VideoAnalytics schema type-documentation: _struct_1 No operation uses it.
+//gsoap VideoAnalytics schema type-documentation: _struct_2 No operation uses it.
+//gsoap VideoAnalytics schema type-documentation: _struct_3 No operation uses it.
+//gsoap VideoAnalytics schema type-documentation: _struct_4 No operation uses it.
+//gsoap VideoAnalytics schema type-documentation: _struct_5 No operation uses it.
+//gsoap VideoAnalytics schema type-documentation: _struct_6 No operation uses it.
+
 // ---- Operations, in the order in which the dispatcher compares ----
 
 //gsoap VideoAnalytics service method-documentation: GetBehaviorAvailability Tells for every installed behavior whether it is active in the profile, can be selected beside the active ones, or cannot. A negative profileId asks for a camera with nothing active.
-//gsoap VideoAnalytics service method-style: GetBehaviorAvailability document
-//gsoap VideoAnalytics service method-encoding: GetBehaviorAvailability literal
 int __VideoAnalytics__GetBehaviorAvailability(_VideoAnalytics__GetBehaviorAvailability* VideoAnalytics__GetBehaviorAvailability, _VideoAnalytics__GetBehaviorAvailabilityResponse* VideoAnalytics__GetBehaviorAvailabilityResponse);
 
 //gsoap VideoAnalytics service method-documentation: GetBehaviorAvailability2 The same for a set of active behaviors that the client names itself. Answered with a GetBehaviorAvailabilityResponse.
-//gsoap VideoAnalytics service method-style: GetBehaviorAvailability2 document
-//gsoap VideoAnalytics service method-encoding: GetBehaviorAvailability2 literal
 int __VideoAnalytics__GetBehaviorAvailability2(_VideoAnalytics__GetBehaviorAvailability2* VideoAnalytics__GetBehaviorAvailability2, _VideoAnalytics__GetBehaviorAvailabilityResponse* VideoAnalytics__GetBehaviorAvailabilityResponse);
 
 //gsoap VideoAnalytics service method-documentation: GetProfileBehavior Returns the behavior document of one behavior of a profile, as text.
-//gsoap VideoAnalytics service method-style: GetProfileBehavior document
-//gsoap VideoAnalytics service method-encoding: GetProfileBehavior literal
 int __VideoAnalytics__GetProfileBehavior(_VideoAnalytics__GetProfileBehavior* VideoAnalytics__GetProfileBehavior, _VideoAnalytics__GetProfileBehaviorResponse* VideoAnalytics__GetProfileBehaviorResponse);
 
 //gsoap VideoAnalytics service method-documentation: ExecuteProfile Runs the profile; it becomes the active one.
-//gsoap VideoAnalytics service method-style: ExecuteProfile document
-//gsoap VideoAnalytics service method-encoding: ExecuteProfile literal
 int __VideoAnalytics__ExecuteProfile(_VideoAnalytics__ExecuteProfile* VideoAnalytics__ExecuteProfile, _VideoAnalytics__ExecuteProfileResponse* VideoAnalytics__ExecuteProfileResponse);
 
 //gsoap VideoAnalytics service method-documentation: GetActiveProfile Returns the identifier of the active profile, -1 if none runs.
-//gsoap VideoAnalytics service method-style: GetActiveProfile document
-//gsoap VideoAnalytics service method-encoding: GetActiveProfile literal
 int __VideoAnalytics__GetActiveProfile(_VideoAnalytics__GetActiveProfile* VideoAnalytics__GetActiveProfile, _VideoAnalytics__GetActiveProfileResponse* VideoAnalytics__GetActiveProfileResponse);
 
 //gsoap VideoAnalytics service method-documentation: GetProfileList Lists all profiles in the order of their creation; profileList is left out when there are none.
-//gsoap VideoAnalytics service method-style: GetProfileList document
-//gsoap VideoAnalytics service method-encoding: GetProfileList literal
 int __VideoAnalytics__GetProfileList(_VideoAnalytics__GetProfileList* VideoAnalytics__GetProfileList, _VideoAnalytics__GetProfileListResponse* VideoAnalytics__GetProfileListResponse);
 
 //gsoap VideoAnalytics service method-documentation: StopProfile Stops the profile; without profileId, or with -1, whichever is active.
-//gsoap VideoAnalytics service method-style: StopProfile document
-//gsoap VideoAnalytics service method-encoding: StopProfile literal
 int __VideoAnalytics__StopProfile(_VideoAnalytics__StopProfile* VideoAnalytics__StopProfile, _VideoAnalytics__StopProfileResponse* VideoAnalytics__StopProfileResponse);
 
 //gsoap VideoAnalytics service method-documentation: AlgorithmControl 0 stops the analytics, 1 starts them, 2 switches the MD function off, 3 on.
-//gsoap VideoAnalytics service method-style: AlgorithmControl document
-//gsoap VideoAnalytics service method-encoding: AlgorithmControl literal
 int __VideoAnalytics__AlgorithmControl(_VideoAnalytics__AlgorithmControl* VideoAnalytics__AlgorithmControl, _VideoAnalytics__AlgorithmControlResponse* VideoAnalytics__AlgorithmControlResponse);
 
 //gsoap VideoAnalytics service method-documentation: DeleteProfileBehavior Removes one behavior from a profile.
-//gsoap VideoAnalytics service method-style: DeleteProfileBehavior document
-//gsoap VideoAnalytics service method-encoding: DeleteProfileBehavior literal
 int __VideoAnalytics__DeleteProfileBehavior(_VideoAnalytics__DeleteProfileBehavior* VideoAnalytics__DeleteProfileBehavior, _VideoAnalytics__DeleteProfileBehaviorResponse* VideoAnalytics__DeleteProfileBehaviorResponse);
 
 //gsoap VideoAnalytics service method-documentation: GetDefaultConfiguration Returns the default behavior document of a behavior, as text.
-//gsoap VideoAnalytics service method-style: GetDefaultConfiguration document
-//gsoap VideoAnalytics service method-encoding: GetDefaultConfiguration literal
 int __VideoAnalytics__GetDefaultConfiguration(_VideoAnalytics__GetDefaultConfiguration* VideoAnalytics__GetDefaultConfiguration, _VideoAnalytics__GetDefaultConfigurationResponse* VideoAnalytics__GetDefaultConfigurationResponse);
 
 //gsoap VideoAnalytics service method-documentation: GetDefaultScene Returns the default scene document, as text.
-//gsoap VideoAnalytics service method-style: GetDefaultScene document
-//gsoap VideoAnalytics service method-encoding: GetDefaultScene literal
 int __VideoAnalytics__GetDefaultScene(_VideoAnalytics__GetDefaultScene* VideoAnalytics__GetDefaultScene, _VideoAnalytics__GetDefaultSceneResponse* VideoAnalytics__GetDefaultSceneResponse);
 
 //gsoap VideoAnalytics service method-documentation: SetProfileBehavior Stores a behavior document in a profile.
-//gsoap VideoAnalytics service method-style: SetProfileBehavior document
-//gsoap VideoAnalytics service method-encoding: SetProfileBehavior literal
 int __VideoAnalytics__SetProfileBehavior(_VideoAnalytics__SetProfileBehavior* VideoAnalytics__SetProfileBehavior, _VideoAnalytics__SetProfileBehaviorResponse* VideoAnalytics__SetProfileBehaviorResponse);
 
 //gsoap VideoAnalytics service method-documentation: CreateProfile Creates an empty profile and returns its identifier. A name has at most 255 bytes of UTF-8.
-//gsoap VideoAnalytics service method-style: CreateProfile document
-//gsoap VideoAnalytics service method-encoding: CreateProfile literal
 int __VideoAnalytics__CreateProfile(_VideoAnalytics__CreateProfile* VideoAnalytics__CreateProfile, _VideoAnalytics__CreateProfileResponse* VideoAnalytics__CreateProfileResponse);
 
 //gsoap VideoAnalytics service method-documentation: DeleteProfile Deletes a profile; the active one is stopped first.
-//gsoap VideoAnalytics service method-style: DeleteProfile document
-//gsoap VideoAnalytics service method-encoding: DeleteProfile literal
 int __VideoAnalytics__DeleteProfile(_VideoAnalytics__DeleteProfile* VideoAnalytics__DeleteProfile, _VideoAnalytics__DeleteProfileResponse* VideoAnalytics__DeleteProfileResponse);
 
-//gsoap VideoAnalytics service method-documentation: GetProfileScene Returns the scene document of a profile, as text.
-//gsoap VideoAnalytics service method-style: GetProfileScene document
-//gsoap VideoAnalytics service method-encoding: GetProfileScene literal
+//gsoap VideoAnalytics service method-documentation: GetProfileScene Returns the scene document of a profile, as text. For a profile that has no scene yet no answer comes: the connection closes.
 int __VideoAnalytics__GetProfileScene(_VideoAnalytics__GetProfileScene* VideoAnalytics__GetProfileScene, _VideoAnalytics__GetProfileSceneResponse* VideoAnalytics__GetProfileSceneResponse);
 
 //gsoap VideoAnalytics service method-documentation: SetProfileScene Stores a scene document in a profile and takes over the profile name in it.
-//gsoap VideoAnalytics service method-style: SetProfileScene document
-//gsoap VideoAnalytics service method-encoding: SetProfileScene literal
 int __VideoAnalytics__SetProfileScene(_VideoAnalytics__SetProfileScene* VideoAnalytics__SetProfileScene, _VideoAnalytics__SetProfileSceneResponse* VideoAnalytics__SetProfileSceneResponse);
