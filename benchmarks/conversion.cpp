@@ -31,14 +31,6 @@ constexpr int kZones[] = {1, 4, 10, 1000, 10000};
 constexpr int kFewZones = 10;
 constexpr int kManyZones = 10000;
 
-// In the order in which the factory looks for them.
-constexpr const char* kBehaviors[] = {
-    "adaptivemotion",    "objectcounting", "camerasabotage",  "loiteringdetection",
-    "directionalmotion", "objectremoval",  "abandonedobject", "stoppedvehicle",
-};
-
-std::string IdOf(const std::string& behavior) { return "com.varlo.rule." + behavior; }
-
 std::unique_ptr<ProfileDocConverter> Converter(const std::string& id)
 {
     return std::unique_ptr<ProfileDocConverter>(profile_conversion::Factory::CreateConverter(id));
@@ -140,9 +132,9 @@ void ToClient(benchmark::State& state, const std::string& id, int zones)
     Measure(state, id + "/to client", zones, convert, document, stored);
 }
 
-void Register(const std::string& behavior)
+void Register(const std::string& id)
 {
-    const std::string id = IdOf(behavior);
+    const std::string behavior = id.substr(id.rfind('.') + 1);
     const auto add = [&](const std::string& direction, auto function)
     {
         for (const int zones : kZones)
@@ -168,9 +160,10 @@ int main(int argc, char** argv)
     configuration.pluginFolder = PLATFORM_DATA "/plugins";
     configuration.stateFolder = state;
     analytics::platform::Configure(configuration);
-    for (const std::string behavior : kBehaviors)
-        if (Converter(IdOf(behavior)) != nullptr)
-            Register(behavior);
+    analytics::ManifestArray behaviors;
+    analytics::PluginManager().GetRulesManifests(behaviors);
+    for (const analytics::Manifest& behavior : behaviors)
+        Register(behavior.Id());
     benchmark::RunSpecifiedBenchmarks();
     std::filesystem::remove_all(state);
 }

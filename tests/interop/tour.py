@@ -2,9 +2,13 @@
 reads a call as a line of JSON, [operation, {field: value}], and prints its answer as a line: {"result": {...}}
 or {"code": ..., "fault": ...}."""
 
-import os
+import sys
+from pathlib import Path
 
-from service import DATA, Fault, etree
+from service import DATA, etree
+
+sys.path.insert(0, str(Path(__file__).resolve().parent.parent / "soak"))
+import documents  # noqa: E402
 
 LOITERING = "urn:varlo-com:AlgorithmId:LoiteringDetection:1"
 SENDER = {"1.1": "Client", "1.2": "Sender"}
@@ -42,12 +46,10 @@ def profiles(*rows):
     return {"profiles": [{"id": number, "name": name, "active": running} for number, name, running in rows]}
 
 
-def availability(loitering, others):
-    order = ["AbandonedObject", "AdaptiveMotion", "CameraSabotage", "DirectionalMotion", "LoiteringDetection",
-             "ObjectCounting", "ObjectRemoval", "StoppedVehicle"]
-    told = {"LoiteringDetection": loitering, "AdaptiveMotion": 0}  # too dear beside a behavior that runs
-    return {"behaviors": [{"type": name, "availability": told.get(name, others)}
-                          for name in order]}
+def available(active):
+    """What each behavior is beside the active ones."""
+    return {"behaviors": [{"type": behavior.alias.split(":")[-2], "availability": number}
+                          for behavior, number in zip(documents.BEHAVIORS, documents.availability(active, False))]}
 
 
 TOUR = [
@@ -72,8 +74,8 @@ TOUR = [
     ("SetProfileBehavior", {"profileId": 1, "behaviorId": LOITERING, "config": "no document"},
      Refused("The behavior document could not be read")),
     ("GetProfileBehavior", {"profileId": 1, "behaviorId": LOITERING}, Document(active(BEHAVIOR))),
-    ("GetBehaviorAvailability", {"profileId": 1}, availability(2, 1)),
-    ("GetBehaviorAvailability2", {"activeBehaviors": {"behavior": [LOITERING]}}, availability(2, 1)),
+    ("GetBehaviorAvailability", {"profileId": 1}, available([LOITERING])),
+    ("GetBehaviorAvailability2", {"activeBehaviors": {"behavior": [LOITERING]}}, available([LOITERING])),
     ("DeleteProfileBehavior", {"profileId": 1, "behaviorId": LOITERING}, {}),
     ("DeleteProfileBehavior", {"profileId": 1, "behaviorId": LOITERING},
      Refused("Profile 1 has no behavior com.varlo.rule.loiteringdetection")),

@@ -1,6 +1,10 @@
 #include "Families.h"
 
+#include <pugixml.hpp>
+
+#include <algorithm>
 #include <cassert>
+#include <filesystem>
 #include <fstream>
 #include <regex>
 #include <sstream>
@@ -8,26 +12,58 @@
 namespace conversiontest
 {
 
+namespace
+{
+constexpr char kRule[] = "com.varlo.rule.";
+constexpr char kFolder[] = PLATFORM_DATA "/plugins/";
+
+// The document's element; an empty one if there is none.
+pugi::xml_node Load(pugi::xml_document& document, const std::filesystem::path& file)
+{
+    document.load_file(file.c_str());
+    return document.document_element();
+}
+
+// Whether a golden document says that the family writes an idle behavior.
+bool HasIdleDocument(const std::string& name)
+{
+    for (const auto& golden : std::filesystem::recursive_directory_iterator(TEST_DATA "/" + name))
+    {
+        pugi::xml_document document;
+        const pugi::xml_node behavior = Load(document, golden.path());
+        if (behavior.attribute("version") && !behavior.attribute("active").as_bool() &&
+            !behavior.child("rois").child("roi"))
+            return true;
+    }
+    return false;
+}
+
+Family FamilyOf(const std::string& id)
+{
+    pugi::xml_document document;
+    Family family;
+    family.name = id.substr(std::size(kRule) - 1);
+    family.id = id;
+    const pugi::xml_node manifest = Load(document, kFolder + id + "/manifest.xml");
+    family.alias = manifest.child_value("alias");
+    family.engine = manifest.child("dependencies").child_value("id");
+    family.zones = !Load(document, kFolder + id + "/behavior.xml").child("rois").empty();
+    family.emptyWhenIdle = !HasIdleDocument(family.name);
+    return family;
+}
+} // namespace
+
 const std::vector<Family>& Families()
 {
-    static const std::vector<Family> kFamilies = {
-        {"adaptivemotion", "com.varlo.rule.adaptivemotion", "urn:varlo-com:AlgorithmId:AdaptiveMotion:1",
-         "com.varlo.engine.motiondetector", true},
-        {"objectcounting", "com.varlo.rule.objectcounting", "urn:varlo-com:AlgorithmId:ObjectCounting:1",
-         "com.varlo.engine.objecttracker", true},
-        {"camerasabotage", "com.varlo.rule.camerasabotage", "urn:varlo-com:AlgorithmId:CameraSabotage:1",
-         "com.varlo.engine.sabotagedetector", false, false},
-        {"loitering", "com.varlo.rule.loiteringdetection", "urn:varlo-com:AlgorithmId:LoiteringDetection:1",
-         "com.varlo.engine.objecttracker", false},
-        {"directionalmotion", "com.varlo.rule.directionalmotion",
-         "urn:varlo-com:AlgorithmId:DirectionalMotion:1", "com.varlo.engine.directionalmotion", true},
-        {"objectremoval", "com.varlo.rule.objectremoval", "urn:varlo-com:AlgorithmId:ObjectRemoval:1",
-         "com.varlo.engine.objectremoval", true},
-        {"abandonedobject", "com.varlo.rule.abandonedobject", "urn:varlo-com:AlgorithmId:AbandonedObject:1",
-         "com.varlo.engine.abandonedobject", true},
-        {"stoppedvehicle", "com.varlo.rule.stoppedvehicle", "urn:varlo-com:AlgorithmId:StoppedVehicle:1",
-         "com.varlo.engine.stoppedvehicle", true},
-    };
+    static const std::vector<Family> kFamilies = []
+    {
+        std::vector<Family> families;
+        for (const auto& plugin : std::filesystem::directory_iterator(kFolder))
+            if (const std::string id = plugin.path().filename(); id.starts_with(kRule))
+                families.push_back(FamilyOf(id));
+        std::ranges::sort(families, {}, &Family::id);
+        return families;
+    }();
     return kFamilies;
 }
 

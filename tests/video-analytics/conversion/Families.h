@@ -11,19 +11,19 @@
 #include <string>
 #include <vector>
 
-// The families as rows, and a platform that has the plug-in of each, with the configurations that an
-// installation starts with.
+// The families as rows, one for each behavior in the plug-in folder, and a platform that has the plug-in of
+// each, with the configurations that an installation starts with.
 namespace conversiontest
 {
 
 struct Family
 {
-    const char* name; // of its folder below tests/data
-    const char* id;
-    const char* alias;
-    const char* engine; // that its plug-in depends on
+    std::string name; // the last word of its identifier, and its folder below tests/data
+    std::string id;
+    std::string alias;
+    std::string engine; // that its plug-in depends on
+    bool zones;         // has rules, one for each zone
     bool emptyWhenIdle; // writes nothing for a behavior without rules that isn't active
-    bool zones = true;  // has rules, one for each zone
 };
 inline void PrintTo(const Family& family, std::ostream* out) { *out << family.name; }
 

@@ -68,7 +68,7 @@ TEST_P(FamilyTest, RefusesWhatIsNoBehaviorOfItsOwn)
 
 TEST_P(FamilyTest, TakesEitherIdentifierAndWritesTheAlias)
 {
-    for (const std::string id : {family.id, family.alias})
+    for (const std::string& id : {family.id, family.alias})
     {
         const std::string engine = Convert(Behavior(id, "1", "<rois><roi><name>x</name></roi></rois>"));
         ASSERT_NE(engine, "") << id;

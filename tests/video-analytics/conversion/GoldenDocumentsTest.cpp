@@ -33,8 +33,7 @@ std::vector<Golden> AllGolden()
 {
     std::vector<Golden> all;
     for (const Family& family : Families())
-        for (const auto& entry :
-             std::filesystem::directory_iterator(std::string(TEST_DATA "/") + family.name))
+        for (const auto& entry : std::filesystem::directory_iterator(TEST_DATA "/" + family.name))
             all.push_back({family, entry.path()});
     std::sort(all.begin(), all.end(), [](const Golden& a, const Golden& b) { return a.folder < b.folder; });
     return all;
@@ -79,7 +78,7 @@ TEST_P(GoldenDocuments, BackToTheClient)
 
 std::string TestName(const testing::TestParamInfo<Golden>& row)
 {
-    std::string name = row.param.family.name + std::string("_") + row.param.folder.filename().string();
+    std::string name = row.param.family.name + "_" + row.param.folder.filename().string();
     std::replace(name.begin(), name.end(), '-', '_');
     return name;
 }
