@@ -7,6 +7,7 @@
 #include <CLI/CLI.hpp>
 
 #include <cstdio>
+#include <cstdlib>
 
 namespace client
 {
@@ -31,6 +32,7 @@ Exit codes:
   2  the command line is wrong
   3  no answer: connection, certificate, access or time
   4  a file or a document can't be used, or --strict met a warning
+  5  plan --exit-code: a host differs
 
 Each command has a --help of its own, and options may stand in front of a command or behind it.)";
 
@@ -99,7 +101,7 @@ int Report(const Failure& failure)
     return static_cast<int>(failure.Code());
 }
 
-int Perform(const Session& session)
+int Perform(Session& session)
 {
     try
     {
@@ -111,7 +113,7 @@ int Perform(const Session& session)
     }
     if (std::fflush(stdout) != 0)
         return Report(Failure(Exit::Document, "The result can't be written to standard output"));
-    return static_cast<int>(Exit::Done);
+    return static_cast<int>(session.exit);
 }
 
 } // namespace
@@ -126,7 +128,7 @@ int RunCommandLine(int argc, char** argv)
     app.failure_message(UsageMessage);
     AddOptions(app, session);
     for (const auto add : {AddProfileCommands, AddAvailabilityCommand, AddBehaviorCommands, AddSceneCommands,
-                           AddControlCommands, AddFolderCommands, AddApplyCommand})
+                           AddControlCommands, AddFolderCommands, AddPlanCommands})
         add(app, session);
     try
     {
@@ -136,7 +138,10 @@ int RunCommandLine(int argc, char** argv)
     {
         return app.exit(error) == 0 ? 0 : static_cast<int>(Exit::Usage);
     }
-    return Perform(session);
+    const int code = Perform(session);
+    if (session.leaves)
+        std::_Exit(code);
+    return code;
 }
 
 } // namespace client

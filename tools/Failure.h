@@ -13,7 +13,8 @@ enum class Exit
     Refused = 1,     // the service answered with a fault; of several hosts, not all could be done
     Usage = 2,       // the command line is wrong
     Unreachable = 3, // there was no answer: connection, certificate, time, access
-    Document = 4     // a file or a document can't be used, or --strict met a warning
+    Document = 4,    // a file or a document can't be used, or --strict met a warning
+    Differs = 5      // nothing went wrong, and a host differs: of a plan that was asked for --exit-code
 };
 
 // Ends a command. The text is a sentence for a person: what was wrong, and what to do.

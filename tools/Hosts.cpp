@@ -11,9 +11,18 @@
 namespace client
 {
 
-std::vector<std::string> ReadHosts(const std::string& file)
+Target ParseTarget(const std::string& line, const Access& access)
 {
-    std::vector<std::string> hosts;
+    Target target{access};
+    target.access.url = WholeUrl(line);
+    return target;
+}
+
+std::string LineOf(const Target& target) { return target.access.url; }
+
+std::vector<Target> ReadHosts(const std::string& file, const Access& access)
+{
+    std::vector<Target> hosts;
     std::map<std::string, int> lines;
     std::istringstream stream(ReadSource(file).text);
     std::string line;
@@ -25,15 +34,16 @@ std::vector<std::string> ReadHosts(const std::string& file)
         const std::string place = Printable(file) + ":" + std::to_string(number) + ": ";
         try
         {
-            hosts.push_back(WholeUrl(text));
+            hosts.push_back(ParseTarget(text, access));
         }
         catch (const Failure& failure)
         {
             throw Failure(Exit::Usage, place + failure.what());
         }
-        if (const auto [known, added] = lines.emplace(hosts.back(), number); !added)
-            throw Failure(Exit::Usage, place + hosts.back() + " stands in line " +
-                                           std::to_string(known->second) + " already. Take one of them out");
+        const std::string& url = hosts.back().access.url;
+        if (const auto [known, added] = lines.emplace(url, number); !added)
+            throw Failure(Exit::Usage, place + url + " stands in line " + std::to_string(known->second) +
+                                           " already. Take one of them out");
     }
     if (hosts.empty())
         throw Failure(Exit::Usage, Printable(file) + " names no host. Write an address into each line");

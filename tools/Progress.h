@@ -1,24 +1,27 @@
 #pragma once
 
 #include <cstddef>
-#include <string>
 
 namespace client
 {
 
-// Tells on standard error how far something has come: a bar on a terminal, else a line for each step.
+// Tells on standard error, if it is a terminal, how far something has come.
 class Progress
 {
   public:
     explicit Progress(std::size_t count);
-    // Clears the bar.
+    // Clears the line.
     ~Progress();
-    void Step(std::size_t done, const std::string& line) const;
+    // One more is done.
+    void Step();
+    // Before lines are written to the same terminal; the next step draws the bar again.
+    void Clear() const;
 
   private:
-    void Draw(std::size_t done) const;
+    void Draw() const;
 
     std::size_t m_count;
+    std::size_t m_done = 0;
     bool m_terminal;
 };
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Access.h"
+#include "Failure.h"
 #include "Output.h"
 #include "Service.h"
 
@@ -25,6 +26,10 @@ struct Session
     bool strict = false;
     // The command that was named; it is run when the whole line has been read.
     std::function<void()> run;
+    // What the program's exit says of a command that has thrown nothing.
+    Exit exit = Exit::Done;
+    // Other threads are still at work, so that the process has to end without giving up what they use.
+    bool leaves = false;
 
     // Connects at the first call of an operation. Throws Failure if the address or the files of the access
     // can't be used.
@@ -50,7 +55,7 @@ void AddBehaviorCommands(CLI::App& app, Session& session);
 void AddSceneCommands(CLI::App& app, Session& session);
 void AddControlCommands(CLI::App& app, Session& session);
 void AddFolderCommands(CLI::App& app, Session& session);
-void AddApplyCommand(CLI::App& app, Session& session);
+void AddPlanCommands(CLI::App& app, Session& session);
 
 // A command below `parent` that does `run`, with examples under its help, a line each.
 CLI::App* AddCommand(CLI::App& parent, Session& session, const std::string& name,

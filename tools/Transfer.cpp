@@ -2,16 +2,16 @@
 
 #include "Behaviors.h"
 #include "Failure.h"
+#include "Plan.h"
 #include "Scene.h"
 #include "Text.h"
+
+#include <algorithm>
 
 namespace client
 {
 namespace
 {
-
-// Time to take a profile back that couldn't be finished because its time was up.
-constexpr std::chrono::seconds kTakeBack(5);
 
 // The document of a behavior; empty if the profile has none. The service says of a profile without any
 // behavior that it doesn't know the behavior.
@@ -39,36 +39,28 @@ void Note(Stored& stored, std::vector<Change> changes, const std::string& docume
     }
 }
 
-void StoreDocuments(Service& service, const ProfileDocuments& profile, Stored& stored)
+// What came back different. Behaviors share analytics engines, so that a later one may have changed an
+// earlier one: they are compared once all are stored.
+void NoteChanges(const ProfileDocuments& sent, const ProfileDocuments& found, Stored& stored)
 {
-    if (profile.scene)
+    if (sent.scene && found.scene)
     {
-        service.SetScene(stored.id, RenamedScene(profile.scene->text, profile.name));
-        Source sent = *profile.scene;
-        sent.text = RenamedScene(sent.text, profile.name);
-        Note(stored, ChangesIn(sent, service.Scene(stored.id), kSceneElement), "scene");
+        const Source renamed = {sent.scene->name, RenamedScene(sent.scene->text, sent.name)};
+        Note(stored, ChangesIn(renamed, found.scene->text, kSceneElement), "scene");
     }
-    for (const ProfileDocuments::Behavior& behavior : profile.behaviors)
-        service.SetProfileBehavior(stored.id, behavior.id, behavior.document.text);
-    // Behaviors share analytics engines, so that a later one may have changed an earlier one.
-    for (const ProfileDocuments::Behavior& behavior : profile.behaviors)
-        Note(stored,
-             ChangesIn(behavior.document, service.ProfileBehavior(stored.id, behavior.id), "behavior"),
-             BehaviorCalled(behavior.id));
+    for (const ProfileDocuments::Behavior& behavior : sent.behaviors)
+        for (const ProfileDocuments::Behavior& kept : found.behaviors)
+            if (BehaviorCalled(kept.id) == BehaviorCalled(behavior.id))
+                Note(stored, ChangesIn(behavior.document, kept.document.text, "behavior"),
+                     BehaviorCalled(behavior.id));
 }
 
-[[noreturn]] void TakeBack(Service& service, int id, const Failure& failure)
+[[noreturn]] void TakeBack(Service& service, const ProfileDocuments& profile, const Found& before,
+                           const Failure& failure)
 {
     std::string sentence = failure.what();
-    try
-    {
-        service.Deadline(Service::Clock::now() + kTakeBack);
-        service.DeleteProfile(id);
-    }
-    catch (const Failure&)
-    {
-        sentence += " The unfinished profile " + std::to_string(id) + " is left there: delete it.";
-    }
+    if (!Restore(service, profile.name, before))
+        sentence += " An unfinished profile '" + profile.name + "' may be left there: delete it.";
     throw Failure(failure.Code(), sentence);
 }
 
@@ -99,24 +91,23 @@ void CheckAll(const ProfileDocuments& profile, bool strict)
 
 Stored Store(Service& service, const ProfileDocuments& profile, const StoreOptions& options)
 {
+    const Found before{service.Profiles(), std::nullopt, {}};
     std::vector<Profile> old;
     if (options.replace)
-        old = service.Profiles();
+        old = before.profiles;
     std::erase_if(old, [&profile](const Profile& one) { return one.name != profile.name; });
     Stored stored;
-    stored.id = service.CreateProfile(profile.name);
+    stored.runs =
+        options.run || std::any_of(old.begin(), old.end(), [](const Profile& one) { return one.active; });
     try
     {
-        StoreDocuments(service, profile, stored);
-        stored.runs = options.run;
-        for (const Profile& one : old)
-            stored.runs = stored.runs || one.active;
-        if (stored.runs)
-            service.RunProfile(stored.id);
+        std::atomic<std::size_t> unused{0};
+        stored.id = Perform(service, before, MakePlan(profile, before, {.run = stored.runs}), unused);
+        NoteChanges(profile, Fetch(service, {stored.id, profile.name, "", stored.runs}), stored);
     }
     catch (const Failure& failure)
     {
-        TakeBack(service, stored.id, failure);
+        TakeBack(service, profile, before, failure);
     }
     for (const Profile& one : old)
     {

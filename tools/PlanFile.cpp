@@ -1,0 +1,142 @@
+#include "PlanFile.h"
+
+#include "Failure.h"
+
+#include <nlohmann/json.hpp>
+#include <openssl/sha.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
+namespace client
+{
+namespace
+{
+
+using Json = nlohmann::ordered_json;
+
+constexpr int kVersion = 1;
+
+std::string Line(const Json& json)
+{
+    return json.dump(-1, ' ', false, Json::error_handler_t::replace) + '\n';
+}
+
+std::string Digest(const std::string& text)
+{
+    std::string digest(SHA256_DIGEST_LENGTH, '\0');
+    SHA256(reinterpret_cast<const unsigned char*>(text.data()), text.size(),
+           reinterpret_cast<unsigned char*>(digest.data()));
+    return digest;
+}
+
+[[noreturn]] void RefuseFile(const std::string& file, const std::string& what)
+{
+    throw Failure(Exit::Document, file + " " + what + ". 'varlo-analytics plan DIR --out " + file +
+                                      "' makes one; a folder that 'export' has written is taken as well");
+}
+
+Json Written(const Goal& goal, const std::vector<Target>& targets)
+{
+    Json behaviors = Json::array();
+    for (const ProfileDocuments::Behavior& behavior : goal.wanted.behaviors)
+        behaviors.push_back({{"id", behavior.id}, {"document", behavior.document.text}});
+    Json hosts = Json::array();
+    for (const Target& target : targets)
+        hosts.push_back(LineOf(target));
+    return {{"plan", kVersion},
+            {"prune", goal.options.prune},
+            {"run", goal.options.run},
+            {"name", goal.wanted.name},
+            {"scene", goal.wanted.scene ? Json(goal.wanted.scene->text) : Json()},
+            {"behaviors", behaviors},
+            {"hosts", hosts}};
+}
+
+void ReadHeader(const Json& header, const std::string& file, const Access& access, SavedPlan& plan)
+{
+    if (header.at("plan") != kVersion)
+        RefuseFile(file, "is the plan of another version of this program");
+    plan.goal.options = {header.at("prune"), header.at("run")};
+    ProfileDocuments& wanted = plan.goal.wanted;
+    wanted.name = header.at("name");
+    if (!header.at("scene").is_null())
+        wanted.scene = Source{file + ": scene", header.at("scene")};
+    for (const Json& behavior : header.at("behaviors"))
+    {
+        const std::string id = behavior.at("id");
+        wanted.behaviors.push_back({id, {file + ": " + id, behavior.at("document")}});
+    }
+    for (const Json& line : header.at("hosts"))
+        plan.targets.push_back(ParseTarget(line, access));
+}
+
+// Returns whether this was the last line.
+bool ReadLine(const Json& line, SavedPlan& plan)
+{
+    if (line.contains("host"))
+        plan.digests[line.at("host")] = line.contains("error") ? "" : Digest(line.at("changes").dump());
+    return line.contains("end");
+}
+
+} // namespace
+
+PlanWriter::PlanWriter(const std::string& file, const Goal& goal, const std::vector<Target>& targets)
+    : m_file(file), m_stream(file + ".part", std::ios::binary | std::ios::trunc)
+{
+    m_stream << Line(Written(goal, targets)) << std::flush;
+    if (!m_stream)
+        throw Failure(Exit::Document, file + " can't be written: " + std::strerror(errno));
+}
+
+PlanWriter::~PlanWriter() { std::remove((m_file + ".part").c_str()); }
+
+void PlanWriter::Add(const HostResult& result)
+{
+    m_stream << JsonLine(result);
+    ++m_hosts;
+}
+
+void PlanWriter::Finish()
+{
+    m_stream << Line({{"end", m_hosts}}) << std::flush;
+    m_stream.close();
+    if (!m_stream || std::rename((m_file + ".part").c_str(), m_file.c_str()) != 0)
+        throw Failure(Exit::Document, m_file + " can't be written: " + std::strerror(errno));
+}
+
+bool SavedPlan::Permits(HostResult& plan) const
+{
+    const std::string& digest = digests.at(plan.host);
+    if (digest.empty())
+        plan.error = "The saved plan holds nothing for it, since it couldn't be planned then. Plan again.";
+    else if (digest != Digest(ChangesJson(plan.steps)))
+        plan.error = "It isn't as it was when the plan was made, and nothing was written. Plan again.";
+    return plan.error.empty();
+}
+
+SavedPlan ReadPlan(const std::string& file, const Access& access)
+{
+    std::ifstream stream(file, std::ios::binary);
+    if (!stream)
+        throw Failure(Exit::Document, file + " can't be read: " + std::strerror(errno));
+    SavedPlan plan;
+    bool whole = false;
+    try
+    {
+        std::string line;
+        for (std::getline(stream, line), ReadHeader(Json::parse(line), file, access, plan);
+             !whole && std::getline(stream, line);)
+            whole = ReadLine(Json::parse(line), plan);
+    }
+    catch (const Json::exception&)
+    {
+        RefuseFile(file, "is no saved plan, or a damaged one");
+    }
+    if (!whole || plan.digests.size() != plan.targets.size())
+        RefuseFile(file, "is a saved plan that was cut off");
+    return plan;
+}
+
+} // namespace client

@@ -1,0 +1,50 @@
+#pragma once
+
+#include "HostWork.h"
+
+#include <fstream>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace client
+{
+
+// A plan as it is written, to be applied later. Its lines are JSON objects: the first holds all that is to be
+// done and where, the last tells that the file is whole, and those between are the plans of the hosts.
+class PlanWriter
+{
+  public:
+    // Throws Failure if the file can't be written.
+    PlanWriter(const std::string& file, const Goal& goal, const std::vector<Target>& targets);
+    // Removes what is unfinished.
+    ~PlanWriter();
+    PlanWriter(const PlanWriter&) = delete;
+    PlanWriter& operator=(const PlanWriter&) = delete;
+
+    void Add(const HostResult& result);
+    // Puts the file into its place. Throws Failure.
+    void Finish();
+
+  private:
+    std::string m_file;
+    std::ofstream m_stream;
+    std::size_t m_hosts = 0;
+};
+
+struct SavedPlan
+{
+    Goal goal;
+    std::vector<Target> targets;
+    // What was to be written to a host, in short; none of a host that failed.
+    std::map<std::string, std::string> digests;
+
+    // Whether this is what was planned for the host; if not, why, in the result's error.
+    bool Permits(HostResult& plan) const;
+};
+
+// What a line of hosts doesn't say is that of `access`. Throws Failure (document) for a file that is no plan
+// or not a whole one.
+SavedPlan ReadPlan(const std::string& file, const Access& access);
+
+} // namespace client
