@@ -94,7 +94,7 @@ class Usage(unittest.TestCase):
             if not lines:
                 self.assertRegex(text, r"Examples:\n  varlo-analytics .*" + words[-1])
         self.assertIn(("control", "motion-detection", "off"), seen)
-        self.assertEqual(len(seen), 29, seen)
+        self.assertEqual(len(seen), 30, seen)
 
     def test_completion_knows_the_commands_and_options(self):
         script = Path(service.os.environ["SOURCE"]) / "tools/completion/varlo-analytics"
@@ -108,7 +108,7 @@ class Usage(unittest.TestCase):
         self.assertEqual(complete("pro"), ["profile"])
         self.assertEqual(complete("behavior", "s"), ["set"])
         self.assertEqual(complete("--url", "x", "behavior", "set", "1", "loi"), ["loitering"])
-        self.assertEqual(complete("apply", "--host"), ["--hosts", "--host-timeout"])
+        self.assertEqual(complete("plan", "--host"), ["--hosts", "--host-timeout"])
         self.assertEqual(complete("profile", "list", "--js"), ["--json"])
         self.assertEqual(complete("control", "motion-detection", "o"), ["on", "off"])
         self.assertEqual(complete("availability", "--with", "stop"), ["stopped-vehicle"])

@@ -1,20 +1,27 @@
 """The command-line client: one folder onto many cameras, some of which are dead or slow."""
 
+import json
 import os
 import pty
+import re
+import signal
 import socket
 import subprocess
 import time
+from pathlib import Path
 
 from command import CLIENT, Listener, main, run
-from fleet import FleetTest, actions
+from fleet import FleetTest
+from service import SANITIZED
+from standin import StandIn
+
+FULL = bool(os.environ.get("FULL"))  # as many hosts as are promised
 
 
 class ManyTest(FleetTest):
     behaviors = ("loitering",)
 
     def hosts(self, count):
-        """So many addresses in front of one new service each has a profile of its own at."""
         return [self.another() for _ in range(count)]
 
     def dead(self):
@@ -119,6 +126,122 @@ class Batches(ManyTest):
         for words in (("--batch", "0"), ("--batch", "0%"), ("--batch", "101%"), ("--batch", "x"), ("--max-fail", "-1"),
                       ("--max-fail", "0%"), ("--canary", "-1"), ("--jobs", "0")):
             self.assertEqual(run("apply", self.folder, *words, url=self.host.url).code, 2, words)
+
+
+class Guarded(ManyTest):
+    """More than 30 % of more than 10 hosts, counted on those that answer and have something to lose."""
+
+    def setUp(self):
+        super().setUp()
+        self.stand_in = self.stack.enter_context(StandIn())
+
+    def roll(self, changed, same, created, dead, *words):
+        """A run over so many hosts of each kind."""
+        urls = self.stand_in.urls(changed + same + created)
+        ran = run("apply", self.folder, "--hosts", self.hosts_file(urls[:changed + same]), "--force")
+        self.assertEqual(ran.code, 0, ran.err)
+        for url in urls[:changed]:
+            camera = self.stand_in.cameras[url.partition(str(self.stand_in.port))[2]]
+            camera.scene = camera.scene.replace("<sensitivity>8", "<sensitivity>1")
+        urls += [self.dead() for _ in range(dead)]
+        return run("apply", self.folder, "--hosts", self.hosts_file(urls), "--json", *words)
+
+    def test_many_changes_are_agreed_to(self):
+        ran = self.roll(4, 7, 0, 0)
+        self.assertEqual((ran.code, ran.out), (2, ""))
+        self.assertIn("changes what 4 of 11 hosts have", ran.err)
+        self.assertIn("--force", ran.err)
+        self.assertEqual(self.roll(4, 7, 0, 0, "--force").code, 0)
+
+    def test_few_changes_are_not(self):
+        self.assertEqual(self.roll(3, 8, 0, 0).code, 0)
+        self.assertEqual(self.roll(9, 1, 0, 0).code, 0)
+
+    def test_what_is_created_does_not_count(self):
+        self.assertEqual(self.roll(3, 1, 8, 0).code, 0)
+
+    def test_who_does_not_answer_does_not_count(self):
+        ran = self.roll(4, 7, 0, 8)
+        self.assertIn("changes what 4 of 11 hosts have", ran.err)
+        self.assertEqual(ran.code, 2)
+
+
+class Thousand(ManyTest):
+    """Stand-ins for most, some of them slow, beside real services and dead addresses."""
+
+    COUNT = 1000 if FULL else 250
+    SLOW = range(3, COUNT, COUNT // 5)
+
+    def setUp(self):
+        super().setUp()
+        self.stand_in = self.stack.enter_context(StandIn(lambda path: 600 if int(path.strip("/")) in self.SLOW else 0))
+        self.urls = self.stand_in.urls(self.COUNT)
+        self.urls[1::self.COUNT // 3] = [host.url for host in self.hosts(len(self.urls[1::self.COUNT // 3]))]
+        self.lost = [url for number, url in enumerate(self.urls) if number in self.SLOW] + [self.dead(), self.dead()]
+        self.urls += self.lost[-2:]
+
+    def start(self, *words):
+        process = subprocess.Popen([CLIENT, *map(str, words), "--hosts", self.hosts_file(self.urls), "--json"],
+                                   stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
+        self.addCleanup(process.stdout.close)
+        self.addCleanup(process.stderr.close)
+        return process
+
+    def test_memory_stays_small_and_all_are_told(self):
+        with open(self.work / "lines", "w", encoding="utf-8") as lines:
+            process = subprocess.Popen([CLIENT, "apply", self.folder, "--hosts", self.hosts_file(self.urls), "--json",
+                                        "--timeout", "5"], stdin=subprocess.DEVNULL, stdout=lines, stderr=subprocess.DEVNULL)
+            peak = 0
+            while process.poll() is None:
+                peak = max(peak, high_water(process.pid))
+                time.sleep(0.05)
+        told = [json.loads(line) for line in (self.work / "lines").read_text(encoding="utf-8").splitlines()]
+        states = self.states(told)
+        self.assertEqual(len(told), len(self.urls))
+        self.assertEqual({url for url, state in states.items() if state == "unreachable"}, set(self.lost))
+        self.assertEqual({state for url, state in states.items() if url not in self.lost}, {"changed"})
+        self.assertEqual(process.returncode, 1)
+        print(f"{len(self.urls)} hosts, {peak} KiB at most", flush=True)
+        if not SANITIZED:
+            self.assertLess(peak, 64 * 1024)
+
+    def test_an_interrupted_run_tells_what_was_done(self):
+        process = self.start("apply", self.folder, "--timeout", 60, "--host-timeout", 120, "--jobs", 4)
+        told = [json.loads(process.stdout.readline()) for _ in range(20)]
+        process.send_signal(signal.SIGINT)
+        started = time.monotonic()
+        rest, errors = process.communicate(timeout=60)
+        self.assertLess(time.monotonic() - started, 15)
+        self.assertEqual(process.returncode, 1)
+        self.assertIn("interrupted", errors)
+        told += [json.loads(line) for line in rest.splitlines()]
+        self.assertEqual(sorted(line["host"] for line in told), sorted(self.urls))
+        self.assertLessEqual(set(self.states(told).values()), {"changed", "skipped", "failed", "unreachable"})
+        done = [line["host"] for line in told if line["state"] == "changed"]
+        self.assertGreaterEqual(len(done), 15)
+        self.assertIn("skipped", self.states(told).values())
+        after = self.apply("--hosts", self.hosts_file(done))
+        self.assertEqual({line["state"] for line in after}, {"same"})
+
+    def test_a_second_signal_ends_it_at_once(self):
+        process = self.start("plan", self.folder, "--timeout", 60, "--jobs", 4)
+        process.stdout.readline()
+        time.sleep(1)  # until the slow ones are what it waits for
+        for _ in range(2):
+            process.send_signal(signal.SIGINT)
+            time.sleep(0.2)
+        out, _ = process.communicate(timeout=5)
+        self.assertEqual(process.returncode, 1)
+        self.assertEqual(len(out.splitlines()), len(self.urls) - 1)
+
+
+def high_water(pid):
+    try:
+        text = Path(f"/proc/{pid}/status").read_text(encoding="utf-8")
+    except OSError:
+        return 0
+    found = re.search(r"^VmHWM:\s+(\d+) kB", text, re.M)
+    return int(found.group(1)) if found else 0
 
 
 if __name__ == "__main__":
