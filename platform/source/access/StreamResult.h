@@ -13,7 +13,8 @@ enum class StreamState
     WaitWrite, // again once the socket can be written
     Ended,     // the peer sends no more
     Failed,
-    NotTls // the peer speaks plain HTTP where TLS is due
+    NoCertificate, // the peer has no certificate that is accepted
+    NotTls         // the peer speaks plain HTTP where TLS is due
 };
 
 struct StreamResult

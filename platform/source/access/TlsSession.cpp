@@ -40,6 +40,8 @@ StreamResult TlsSession::Outcome(int result)
     m_sound = false;
     const int reason = ERR_GET_REASON(ERR_peek_error());
     ERR_clear_error();
+    if (reason == SSL_R_PEER_DID_NOT_RETURN_A_CERTIFICATE || reason == SSL_R_CERTIFICATE_VERIFY_FAILED)
+        return {StreamState::NoCertificate};
     return {reason == SSL_R_HTTP_REQUEST ? StreamState::NotTls : StreamState::Failed};
 }
 
@@ -65,7 +67,29 @@ StreamResult TlsSession::Write(std::string_view bytes)
                              static_cast<int>(bytes.size() < kRecord ? bytes.size() : kRecord)));
 }
 
-bool TlsSession::Buffered() const { return SSL_pending(m_session.get()) > 0; }
+bool TlsSession::Begun() const { return SSL_in_before(m_session.get()) == 0; }
+
+bool TlsSession::Resumed() const { return SSL_session_reused(m_session.get()) == 1; }
+
+std::string TlsSession::PeerName() const
+{
+    X509* const certificate = SSL_get0_peer_certificate(m_session.get());
+    if (certificate == nullptr)
+        return "";
+    X509_NAME* const subject = X509_get_subject_name(certificate);
+    int last = -1;
+    for (int next = -1; (next = X509_NAME_get_index_by_NID(subject, NID_commonName, next)) >= 0;)
+        last = next;
+    unsigned char* text = nullptr;
+    const int size =
+        last < 0 ? -1
+                 : ASN1_STRING_to_UTF8(&text, X509_NAME_ENTRY_get_data(X509_NAME_get_entry(subject, last)));
+    std::string name = "CN=";
+    if (size > 0)
+        name.append(reinterpret_cast<const char*>(text), static_cast<std::size_t>(size));
+    OPENSSL_free(text);
+    return name;
+}
 
 void TlsSession::End()
 {

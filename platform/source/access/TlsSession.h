@@ -4,6 +4,7 @@
 
 #include <memory>
 #include <span>
+#include <string>
 #include <string_view>
 
 struct ssl_ctx_st;
@@ -24,8 +25,12 @@ class TlsSession
     StreamResult Read(std::span<char> room);
     // After WaitWrite the next call has to begin with the same bytes.
     StreamResult Write(std::string_view bytes);
-    // Whether there is something to read that the socket knows nothing of any more.
-    bool Buffered() const;
+    // Whether the peer has sent anything.
+    bool Begun() const;
+    // After the handshake: whether it went on with an earlier session.
+    bool Resumed() const;
+    // After the handshake: the last common name of the client's certificate as "CN=..."; empty without one.
+    std::string PeerName() const;
     // Tells the peer that nothing more will come, if it can be told without waiting.
     void End();
 

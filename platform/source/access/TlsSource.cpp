@@ -5,6 +5,7 @@
 
 namespace tarno::osa
 {
+using analytics::platform::Hold;
 namespace
 {
 
@@ -23,6 +24,7 @@ TlsSource::TlsSource(const std::string& certificate, const std::string& privateK
 
 std::shared_ptr<ssl_ctx_st> TlsSource::Current()
 {
+    const Hold hold(m_lock);
     // Each is looked at, whatever became of the others.
     bool changed = m_certificate.Renew();
     changed = m_privateKey.Renew() || changed;

@@ -5,6 +5,7 @@
 
 namespace tarno::osa
 {
+using analytics::platform::Hold;
 
 Budget::Share::Share(Budget& budget) : m_budget(budget), m_age(budget.m_shares++) {}
 
@@ -12,8 +13,12 @@ Budget::Share::~Share() { Release(); }
 
 bool Budget::Share::Ask(std::size_t bytes, std::function<void()> granted)
 {
+    if (bytes <= m_bytes)
+        return true;
+    m_listed = true;
+    const Hold hold(m_budget.m_lock);
     const bool first = m_budget.m_waiting.empty() || m_budget.m_beyond == this;
-    if (bytes <= m_bytes || (first && m_budget.Take(*this, bytes)))
+    if (first && m_budget.Take(*this, bytes))
         return true;
     m_wanted = bytes;
     m_call = std::move(granted);
@@ -23,7 +28,9 @@ bool Budget::Share::Ask(std::size_t bytes, std::function<void()> granted)
 
 void Budget::Share::Keep(std::size_t bytes, std::function<void()> dropped)
 {
-    Release();
+    m_listed = true;
+    const Hold hold(m_budget.m_lock);
+    m_budget.Release(*this);
     m_budget.Set(*this, bytes);
     m_call = std::move(dropped);
     m_budget.m_kept.push_back(this);
@@ -32,12 +39,26 @@ void Budget::Share::Keep(std::size_t bytes, std::function<void()> dropped)
 
 void Budget::Share::Release()
 {
-    m_budget.m_waiting.erase(m_age);
-    m_budget.m_kept.remove(this);
-    if (m_budget.m_beyond == this)
-        m_budget.m_beyond = nullptr;
-    m_budget.Set(*this, 0);
-    m_budget.GrantWaiting();
+    if (!m_listed)
+        return; // Most never hold anything that counts.
+    const Hold hold(m_budget.m_lock);
+    m_budget.Release(*this);
+}
+
+std::size_t Budget::Used()
+{
+    const Hold hold(m_lock);
+    return m_used;
+}
+
+void Budget::Release(Share& share)
+{
+    m_waiting.erase(share.m_age);
+    m_kept.remove(&share);
+    if (m_beyond == &share)
+        m_beyond = nullptr;
+    Set(share, 0);
+    GrantWaiting();
 }
 
 bool Budget::Take(Share& share, std::size_t bytes)
@@ -78,6 +99,7 @@ void Budget::DropKept()
     {
         Share& longest = *m_kept.front();
         m_kept.pop_front();
+        Set(longest, 0);
         std::exchange(longest.m_call, nullptr)();
     }
 }

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "threads/Lock.h"
+
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -10,7 +13,8 @@ namespace tarno::osa
 {
 
 // The memory that the connections of a server hold together for requests and answers. Bounded, so
-// that many large requests or slow readers cost time instead of memory. One thread only.
+// that many large requests or slow readers cost time instead of memory. Any thread; a share is used by one at
+// a time. What a share calls is called under the budget's lock: it may not use the budget.
 //
 // A reader that finds the budget used up waits its turn, the oldest first. One of them at a time may
 // go beyond the budget, so that some request always gets whole and gives its memory back. Answers
@@ -29,7 +33,7 @@ class Budget
 
         // True: `bytes` may be held now. False: `granted` will be called once they may.
         bool Ask(std::size_t bytes, std::function<void()> granted);
-        // Holds `bytes` of an answer. `dropped` is called if others need them; it has to release them.
+        // Holds `bytes` of an answer. `dropped` is called if others need them, and they don't count any more.
         void Keep(std::size_t bytes, std::function<void()> dropped);
         void Release();
 
@@ -37,26 +41,29 @@ class Budget
         friend class Budget;
         Budget& m_budget;
         const std::uint64_t m_age;
-        std::size_t m_bytes = 0;
+        bool m_listed = false; // it has asked for something
+        std::atomic<std::size_t> m_bytes = 0;
         std::size_t m_wanted = 0;
         std::function<void()> m_call;
     };
 
     explicit Budget(std::size_t bytes) : m_total(bytes) {}
-    std::size_t Used() const { return m_used; }
+    std::size_t Used();
 
   private:
-    bool Take(Share& share, std::size_t bytes);
-    void Set(Share& share, std::size_t bytes);
-    void GrantWaiting();
-    void DropKept();
+    bool Take(Share& share, std::size_t bytes) ANALYTICS_REQUIRES(m_lock);
+    void Set(Share& share, std::size_t bytes) ANALYTICS_REQUIRES(m_lock);
+    void Release(Share& share) ANALYTICS_REQUIRES(m_lock);
+    void GrantWaiting() ANALYTICS_REQUIRES(m_lock);
+    void DropKept() ANALYTICS_REQUIRES(m_lock);
 
     const std::size_t m_total;
-    std::size_t m_used = 0;
-    std::uint64_t m_shares = 0;
-    std::map<std::uint64_t, Share*> m_waiting; // by age
-    Share* m_beyond = nullptr;                 // the one that may go beyond the budget
-    std::list<Share*> m_kept;                  // answers, the longest kept first
+    analytics::platform::Lock m_lock;
+    std::size_t m_used ANALYTICS_GUARDED_BY(m_lock) = 0;
+    std::atomic<std::uint64_t> m_shares = 0;
+    std::map<std::uint64_t, Share*> m_waiting ANALYTICS_GUARDED_BY(m_lock); // by age
+    Share* m_beyond ANALYTICS_GUARDED_BY(m_lock) = nullptr; // the one that may go beyond the budget
+    std::list<Share*> m_kept ANALYTICS_GUARDED_BY(m_lock);  // answers, the longest kept first
 };
 
 } // namespace tarno::osa

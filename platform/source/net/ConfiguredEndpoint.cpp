@@ -53,7 +53,8 @@ Access ConfiguredAccess(const std::string& address, unsigned short port)
         access.tls = std::make_unique<TlsSource>(settings.certificate, settings.privateKey,
                                                  settings.clientCertificates);
     if (!settings.users.empty())
-        access.passwords = std::make_unique<PasswordGate>(settings.users);
+        access.passwords = std::make_unique<Authenticator>(settings.users);
+    access.roles = true;
     return access;
 }
 

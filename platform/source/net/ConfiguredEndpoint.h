@@ -1,6 +1,6 @@
 #pragma once
 
-#include "net/ServerLoop.h"
+#include "net/Connection.h"
 
 #include <analytics/Platform.h>
 

@@ -1,136 +1,401 @@
 #include "net/Connection.h"
 
+#include "net/Listener.h"
 #include "net/MemorySocket.h"
+#include "net/RequestMetrics.h"
 
+#include "access/BasicCredentials.h"
+#include "access/Caller.h"
+#include "access/Roles.h"
+#include "metrics/Metrics.h"
+
+#include <analytics/Platform.h>
+#include <tarno/osa/TcpServer.h>
+
+#include <sched.h>
+
+#include <array>
 #include <utility>
 
 namespace tarno::osa
 {
+using analytics::platform::Caller;
+using analytics::platform::Counter;
+using analytics::platform::Gauge;
+using Wish = EventHandler::Wish;
 namespace
 {
 
-using Error = boost::system::error_code;
+constexpr int kLooks = 3; // for the first bytes
+// A client that still sends when it is answered gets the answer only if it isn't cut off meanwhile.
+// For this long and this much its bytes are read and dropped.
+constexpr std::chrono::seconds kLingerTime(3);
+constexpr std::size_t kLingerBytes = 67'108'864;
+
+Gauge gConnections("varlo_connections", "Connections that are open.");
+Counter Connections(const char* outcome)
+{
+    return Counter("varlo_connections_total", "Connections that have ended.",
+                   std::string("outcome=\"") + outcome + '"');
+}
+std::array<Counter, 4> gEnded = {Connections("served"), Connections("refused"), Connections("timed_out"),
+                                 Connections("dropped")};
+
+Counter Handshakes(const char* kind)
+{
+    return Counter("varlo_tls_handshakes_total", "TLS handshakes.", std::string("kind=\"") + kind + '"');
+}
+Counter gFullHandshakes = Handshakes("full");
+Counter gResumedHandshakes = Handshakes("resumed");
+Counter gFailedHandshakes = Handshakes("failed");
+
+std::string NewRequestNumber()
+{
+    static std::atomic<std::uint32_t> gNumber =
+        static_cast<std::uint32_t>(std::chrono::system_clock::now().time_since_epoch().count() / 1'000'000);
+    constexpr std::uint32_t kStep = 0x9E3779B1; // odd: each number comes once in 2^32
+    const std::uint32_t number = gNumber += kStep;
+    std::string text(8, '0');
+    for (std::size_t i = 0; i < text.size(); ++i)
+        text[i] = "0123456789abcdef"[number >> (28 - 4 * i) & 15U];
+    return text;
+}
+
+Refusal RefusalOf(Authenticator::Verdict verdict)
+{
+    if (verdict == Authenticator::Verdict::TooManyAttempts)
+        return Refusal::TooManyAttempts;
+    return verdict == Authenticator::Verdict::Busy ? Refusal::Busy : Refusal::Unauthorized;
+}
 
 } // namespace
 
-Connection::Connection(Stream stream, ConnectionHost& host)
-    : m_host(host),
-      m_stream(std::move(stream)),
-      m_timer(m_stream.Wire().get_executor()),
-      m_share(host.Memory())
+Connection::Connection(Accepted accepted, Served& server)
+    : m_server(server), m_peer(accepted.peer), m_share(server.memory)
 {
-    m_reader.emplace(host.ConnectionLimits().maxRequestBytes);
+    if (m_server.counted)
+        gConnections.Add(1);
+    const auto& tls = m_server.access.tls;
+    m_stream.emplace(std::move(accepted.socket), tls == nullptr ? nullptr : tls->Current());
+    m_reader.emplace(m_server.limits.maxRequestBytes);
+    Within(m_server.limits.requestTime);
 }
 
-void Connection::Start(std::string_view received)
+Connection::~Connection()
 {
-    Within(m_host.ConnectionLimits().requestTime);
-    if (received.empty())
-        Open();
-    else
-        Judge(m_reader->Take(received));
+    CountRequest(false);
+    if (m_server.counted)
+    {
+        gConnections.Add(-1);
+        gEnded[static_cast<std::size_t>(m_outcome)].Add();
+    }
+    m_stream.reset(); // before anybody is told
+    m_share.Release();
+    m_server.ended();
 }
 
-void Connection::Within(std::chrono::milliseconds time)
+void Connection::Within(std::chrono::milliseconds time) { m_deadline = Clock::now() + time; }
+
+Wish Connection::Continue(Cause cause)
 {
-    m_timer.expires_after(time);
-    m_timer.async_wait(
-        [self = shared_from_this()](const Error& error)
-        {
-            // An earlier deadline may have been on its way when this one was set.
-            if (!error && self->m_timer.expiry() <= std::chrono::steady_clock::now())
-                self->OnDeadline();
-        });
+    if (cause == Cause::Deadline)
+        return OnDeadline();
+    if (cause == Cause::Ending)
+        return OnEnding();
+    if (cause == Cause::Slot)
+        return Serve();
+    if (cause == Cause::Woken && m_stage == Stage::Sending)
+        return Wish::Nothing; // Others need the memory of its answer.
+    return Go();
 }
 
-void Connection::OnDeadline()
+Wish Connection::Go()
 {
-    if (m_stage == Stage::Reading && m_reader->Started())
-        Refuse(Refusal::TooSlow);
-    else if (m_stage == Stage::Admitting)
-        Refuse(Refusal::Busy);
-    else if (m_stage != Stage::Working)
-        Close();
+    switch (m_stage)
+    {
+    case Stage::Opening:
+        return Open();
+    case Stage::Reading:
+        return ReadRequest();
+    case Stage::Authenticating:
+        return OnVerdict(m_verdict);
+    case Stage::Serving:
+        return Wish::Slot;
+    case Stage::Sending:
+        return SendMore();
+    case Stage::Lingering:
+        break;
+    }
+    return Linger();
 }
 
-void Connection::Await(Socket::wait_type event, Step next)
+Wish Connection::OnDeadline()
 {
-    m_stream.Wire().async_wait(event,
-                               [self = shared_from_this(), stage = m_stage, next](const Error& error)
-                               {
-                                   if (!error && self->m_stage == stage)
-                                       (self.get()->*next)();
-                               });
+    if (m_stage == Stage::Lingering)
+        return Wish::Nothing;
+    if (m_stage == Stage::Authenticating)
+        return Refuse(Refusal::Busy);
+    m_outcome = Outcome::TimedOut;
+    return m_stage == Stage::Reading && m_reader->Started() ? Refuse(Refusal::TooSlow) : Wish::Nothing;
 }
 
-bool Connection::Await(const StreamResult& result, Step next)
+// A request that has begun to arrive is waited for, and so is one behind a handshake.
+Wish Connection::OnEnding()
 {
-    if (result.state == StreamState::WaitRead)
-        Await(Socket::wait_read, next);
-    else if (result.state == StreamState::WaitWrite)
-        Await(Socket::wait_write, next);
-    else
-        return false;
-    return true;
+    const bool idle = m_stage == Stage::Opening ? m_stream->Tls() == nullptr || !m_stream->Tls()->Begun()
+                                                : m_stage == Stage::Reading && !m_reader->Started();
+    if (idle || m_stage == Stage::Lingering)
+        return Wish::Nothing;
+    return m_stage == Stage::Authenticating ? Wish::WakeUp : Go();
 }
 
-void Connection::Open()
+Wish Connection::Await(const StreamResult& result)
 {
-    const StreamResult result = m_stream.Open();
+    if (result.state == StreamState::WaitWrite)
+        return Wish::Write;
+    m_stream->Flush();
+    return Wish::Read;
+}
+
+Wish Connection::Open()
+{
+    StreamResult result = m_stream->Open();
+    // A client on this machine may have been stopped between connecting and sending, for this thread. It
+    // isn't waited for: who doesn't send at his next turn is left to an event.
+    for (int look = 0; look < kLooks && result.state == StreamState::WaitRead && !m_stream->Tls()->Begun();
+         ++look)
+    {
+        sched_yield();
+        result = m_stream->Open();
+    }
+    if (result.state == StreamState::WaitRead || result.state == StreamState::WaitWrite)
+        return Await(result);
+    if (m_stream->Tls() != nullptr)
+        CountHandshake(result);
+    m_stage = Stage::Reading;
     if (result.state == StreamState::Done)
         return ReadRequest();
     if (result.state == StreamState::NotTls)
     {
-        m_stream.GoPlain();
+        m_stream->GoPlain();
         return Refuse(Refusal::NeedsTls);
     }
-    if (!Await(result, &Connection::Open))
-        Linger(); // The peer may yet have to read why.
+    m_outcome = Outcome::Refused;
+    return Linger(); // The peer may yet have to read why.
 }
 
-void Connection::AwaitRequest()
+void Connection::CountHandshake(const StreamResult& result) const
 {
-    // What TLS holds already makes nothing happen on the socket; the others get their turn all the same.
-    Await(m_stream.Buffered() ? Socket::wait_write : Socket::wait_read, &Connection::ReadRequest);
-}
-
-void Connection::ReadRequest()
-{
-    const std::size_t held = m_reader->Held();
-    const std::span<char> scratch = m_host.Scratch();
-    // Twice as much, since a string that grows takes more than it needs.
-    if (held >= kFreeBytes && !m_share.Ask(2 * (held + scratch.size()), [this] { AwaitRequest(); }))
-        return;
-    const std::size_t most = held < kFreeBytes ? kFreeBytes - held : scratch.size();
-    const StreamResult result = m_stream.Read(scratch.first(most));
-    if (Await(result, &Connection::ReadRequest))
-        return;
-    if (result.state == StreamState::Ended && m_reader->Started())
-        Refuse(Refusal::Truncated);
-    else if (result.state != StreamState::Done)
-        Close();
+    if (result.state != StreamState::Done)
+        gFailedHandshakes.Add();
     else
-        Judge(m_reader->Take({scratch.data(), result.count}));
+        (m_stream->Tls()->Resumed() ? gResumedHandshakes : gFullHandshakes).Add();
+    if (result.state == StreamState::NoCertificate)
+        m_server.refused(Refused::Certificate, m_peer, "");
 }
 
-void Connection::Judge(RequestReader::Outcome outcome)
+Wish Connection::ReadRequest()
 {
-    if (outcome == RequestReader::Outcome::Complete)
-        return Admit();
+    std::array<char, kFreeBytes> room;
+    for (;;)
+    {
+        const std::size_t held = m_reader->Held();
+        if (held >= kFreeBytes && !RoomFor(held + room.size()))
+            return Wish::WakeUp;
+        const StreamResult result =
+            ReadSome(std::span(room).first(held < kFreeBytes ? kFreeBytes - held : room.size()));
+        if (result.state == StreamState::WaitRead || result.state == StreamState::WaitWrite)
+            return Await(result);
+        if (result.state == StreamState::Ended && m_reader->Started())
+            return Refuse(Refusal::Truncated);
+        if (result.state != StreamState::Done)
+            return Wish::Nothing;
+        const RequestReader::Outcome outcome = m_reader->Take({room.data(), result.count});
+        if (outcome != RequestReader::Outcome::NeedMore)
+            return Judge(outcome);
+        constexpr std::string_view kContinue = "HTTP/1.1 100 Continue\r\n\r\n";
+        // The first bytes of the answer: they fit into the socket's buffer.
+        if (m_reader->TakeContinue() && m_stream->Write(kContinue).count != kContinue.size())
+            return Wish::Nothing;
+    }
+}
+
+StreamResult Connection::ReadSome(std::span<char> room)
+{
+    StreamResult result = m_stream->Read(room);
+    for (int look = 0; look < kLooks && result.state == StreamState::WaitRead && !m_looked; ++look)
+    {
+        sched_yield(); // as for a handshake
+        result = m_stream->Read(room);
+    }
+    m_looked = true;
+    return result;
+}
+
+bool Connection::RoomFor(std::size_t bytes)
+{
+    // Twice as much, since a string that grows takes more than it needs.
+    return m_share.Ask(2 * bytes, [this] { m_server.pool.Wake(*this); });
+}
+
+Wish Connection::Judge(RequestReader::Outcome outcome)
+{
     if (outcome == RequestReader::Outcome::Refused)
         return Refuse(m_reader->Reason());
-    if (m_reader->TakeContinue())
-        SendContinue();
-    if (m_stage == Stage::Reading)
-        AwaitRequest();
+    m_followed = m_reader->MoreCame();
+    m_arrived = Clock::now();
+    if (m_server.postOnly && m_reader->IsHeadOrOptions())
+        return Refuse(Refusal::NotPost);
+    return Authenticate();
 }
 
-void Connection::SendContinue()
+Wish Connection::Authenticate()
 {
-    constexpr std::string_view kText = "HTTP/1.1 100 Continue\r\n\r\n";
-    // The first bytes of the answer: they fit into the socket's buffer.
-    if (m_stream.Write(kText).count != kText.size())
-        Close();
+    const auto& passwords = m_server.access.passwords;
+    m_stage = Stage::Authenticating;
+    if (passwords == nullptr)
+        return OnVerdict(Authenticator::Verdict::Allowed);
+    Within(m_server.limits.requestTime);
+    // The verdict comes on another thread, where nothing may hold this connection.
+    auto decided = [weak = weak_from_this()](Authenticator::Verdict verdict)
+    {
+        const auto self = std::static_pointer_cast<Connection>(weak.lock());
+        if (self == nullptr)
+            return;
+        self->m_verdict = verdict;
+        self->m_server.pool.Wake(*self);
+    };
+    const auto verdict = passwords->Authenticate(m_reader->Authorization(), m_peer, std::move(decided));
+    return verdict ? OnVerdict(*verdict) : Wish::WakeUp;
+}
+
+Wish Connection::OnVerdict(Authenticator::Verdict verdict)
+{
+    const bool asked = m_server.access.passwords != nullptr;
+    const auto credentials = asked ? ParseBasicCredentials(m_reader->Authorization()) : std::nullopt;
+    const std::string user = credentials ? credentials->name : "";
+    if (verdict != Authenticator::Verdict::Allowed)
+    {
+        m_server.refused(verdict == Authenticator::Verdict::Denied ? Refused::Password : Refused::Throttled,
+                         m_peer, user);
+        return Refuse(RefusalOf(verdict));
+    }
+    m_user = asked || m_stream->Tls() == nullptr ? user : m_stream->Tls()->PeerName();
+    m_stage = Stage::Serving;
+    return Wish::Slot;
+}
+
+Wish Connection::Refuse(Refusal reason)
+{
+    const bool whole = m_stage == Stage::Authenticating || reason == Refusal::NotPost;
+    const bool head = whole && m_reader->IsHead();
+    const auto version = whole ? m_reader->Version() : SoapVersion::Soap11;
+    if (!whole)
+        m_followed = true;
+    if (m_outcome != Outcome::TimedOut)
+        m_outcome = Outcome::Refused;
+    m_reader.reset();
+    return Send(ErrorResponse(reason, m_server.limits, version, head));
+}
+
+Wish Connection::Serve()
+{
+    if (m_server.counted)
+        m_operation = requestmetrics::OperationOf(m_reader->Request());
+    std::string answer = Answer();
+    if (answer.empty())
+        return Wish::Nothing;
+    m_outcome = Outcome::Served;
+    return Send(std::move(answer));
+}
+
+std::string Connection::Answer()
+{
+    Caller caller;
+    caller.name = m_user;
+    caller.peer = m_peer.is_unspecified() ? "" : m_peer.to_string();
+    caller.request = NewRequestNumber();
+    const analytics::platform::RequestScope scope(caller);
+    if (m_server.access.roles)
+        caller.role = RoleOf(m_user);
+    const auto exchange =
+        std::make_shared<Exchange>(m_reader->TakeRequest(), [this] { return m_stream->PeerGone(); });
+    m_reader.reset();
+    m_server.acceptor.AcceptSocket(new MemorySocket(exchange)); // which owns it from here on
+    // The answer ends here even if the acceptor couldn't release its socket.
+    return exchange->Finish();
+}
+
+Wish Connection::Send(std::string answer)
+{
+    m_share.Release();
+    m_stage = Stage::Sending;
+    m_answer = std::move(answer);
+    Within(m_server.limits.requestTime);
+    return SendMore();
+}
+
+Wish Connection::SendMore()
+{
+    while (m_sent < m_answer.size())
+    {
+        const StreamResult result = m_stream->Write(std::string_view(m_answer).substr(m_sent));
+        m_sent += result.count;
+        if (result.state == StreamState::Done)
+            continue;
+        if (result.state != StreamState::WaitRead && result.state != StreamState::WaitWrite)
+        {
+            m_outcome = Outcome::Dropped;
+            return Wish::Nothing;
+        }
+        if (!std::exchange(m_kept, true))
+            m_share.Keep(m_answer.capacity(), [this] { m_server.pool.Wake(*this); });
+        return Await(result);
+    }
+    return End();
+}
+
+Wish Connection::End()
+{
+    CountRequest(true);
+    // What is there to be read when a socket is closed makes the system throw away what was sent.
+    if (m_followed || m_stream->Unread())
+        return Linger();
+    m_stream->EndSending(false);
+    return Wish::Nothing;
+}
+
+Wish Connection::Linger()
+{
+    if (m_stage != Stage::Lingering)
+    {
+        m_stage = Stage::Lingering;
+        m_share.Release();
+        std::string().swap(m_answer);
+        m_stream->EndSending(true);
+        Within(kLingerTime);
+    }
+    std::array<char, kFreeBytes> room;
+    for (;;)
+    {
+        const StreamResult result = m_stream->Drop(room);
+        if (result.state == StreamState::WaitRead)
+            return m_server.ending ? Wish::Nothing : Wish::Read;
+        m_dropped += result.count;
+        if (result.state != StreamState::Done || m_dropped > kLingerBytes)
+            return Wish::Nothing;
+    }
+}
+
+void Connection::CountRequest(bool delivered)
+{
+    if (!m_operation)
+        return;
+    using requestmetrics::Outcome;
+    const std::chrono::duration<double> time = Clock::now() - m_arrived;
+    requestmetrics::Count(*m_operation, delivered ? requestmetrics::OutcomeOf(m_answer) : Outcome::Dropped,
+                          time.count());
+    m_operation.reset();
 }
 
 } // namespace tarno::osa

@@ -1,105 +1,124 @@
 #pragma once
 
+#include "net/Authenticator.h"
 #include "net/Budget.h"
-#include "net/PasswordGate.h"
+#include "net/LeaderFollowers.h"
 #include "net/RequestReader.h"
 #include "net/Stream.h"
 
-#include <boost/asio/steady_timer.hpp>
+#include "access/TlsSource.h"
 
+#include <boost/asio/ip/address.hpp>
+
+#include <atomic>
 #include <chrono>
-#include <cstddef>
+#include <functional>
 #include <memory>
 #include <optional>
-#include <span>
 #include <string>
-#include <string_view>
 
 namespace tarno::osa
 {
 
-class Connection;
-class Exchange;
+class ITcpSocketAccept;
+struct Accepted;
 
-// What a connection uses of its server, on the loop's thread.
-class ConnectionHost
+// Who gets to the service, and how. What is null asks nothing of its clients.
+struct Access
 {
-  public:
-    virtual const Limits& ConnectionLimits() const = 0;
-    virtual Budget& Memory() = 0;
-    // Room to read into, for the length of one call.
-    virtual std::span<char> Scratch() = 0;
-    // True once nobody is to be waited for any longer than an answer needs.
-    virtual bool Ending() const = 0;
-    // Null if nobody has to say who he is.
-    virtual PasswordGate* Passwords() = 0;
-    // Has a worker serve the exchange.
-    virtual void Serve(std::shared_ptr<Exchange> exchange) = 0;
-    virtual void Ended(Connection& connection) = 0;
-
-  protected:
-    ~ConnectionHost() = default;
+    std::unique_ptr<TlsSource> tls;
+    std::unique_ptr<Authenticator> passwords;
+    bool roles = false; // what the settings say of roles counts
 };
 
-// One accepted connection: reads a whole request, finds out whether its sender may make it, has it
-// worked on, sends the answer, closes. Held to
-// a deadline wherever it waits for its peer. Everything happens on the loop's thread.
-class Connection : public std::enable_shared_from_this<Connection>
+// Why somebody didn't get in.
+enum class Refused
+{
+    Password,
+    Throttled,
+    Certificate
+};
+
+// What the connections of a server have in common. Outlives them.
+struct Served
+{
+    ITcpSocketAccept& acceptor;
+    const Limits limits;
+    Access access;
+    bool counted = true;  // in the metrics
+    bool postOnly = true; // HEAD and OPTIONS are refused
+    Budget memory;
+    std::atomic<bool> ending = false; // nobody is waited for any longer than an answer needs
+    std::function<void()> ended;      // a connection is closed
+    // Somebody didn't get in; `user` as claimed, perhaps empty.
+    std::function<void(Refused why, const boost::asio::ip::address& peer, const std::string& user)> refused;
+    LeaderFollowers pool; // goes first
+};
+
+// One accepted connection: agrees on TLS, reads a whole request, authenticates its sender, has it served,
+// sends the answer, closes. Held to a deadline wherever it waits for its peer.
+class Connection final : public EventHandler
 {
   public:
-    using Socket = Stream::Socket;
+    Connection(Accepted accepted, Served& server);
+    ~Connection() override;
 
-    Connection(Stream stream, ConnectionHost& host);
-
-    // From the bytes that have been read of it already.
-    void Start(std::string_view received);
-    // From what is left of the answer, instead of Start().
-    void Send(std::string answer);
-    // Closes now unless a request is in progress.
-    void GiveUp();
-    void Close();
+    Wish Continue(Cause cause) override;
+    int Descriptor() const override { return m_stream->Descriptor(); }
 
   private:
     enum class Stage
     {
+        Opening,
         Reading,
-        Admitting,
-        Working,
+        Authenticating,
+        Serving,
         Sending,
-        Lingering,
-        Closed
+        Lingering
     };
-    using Step = void (Connection::*)();
+    // As the metrics have it.
+    enum class Outcome
+    {
+        Served,
+        Refused,
+        TimedOut,
+        Dropped
+    };
 
     void Within(std::chrono::milliseconds time);
-    void OnDeadline();
-    // Goes on with `next`, if the stage is still the same by then.
-    void Await(Socket::wait_type event, Step next);
-
-    // The same, with what `result` waits for. False if it waits for nothing.
-    bool Await(const StreamResult& result, Step next);
-
-    void Open();
-    void ReadRequest();
-    void AwaitRequest();
-    void Judge(RequestReader::Outcome outcome);
-    void SendContinue();
-    void Refuse(Refusal reason);
-    void Admit();
-    void OnVerdict(PasswordGate::Verdict verdict);
-    void Work();
-    void OnPeerGone();
-    void SendMore();
-    void Linger();
-    void DropInput();
-
-    ConnectionHost& m_host;
-    Stream m_stream;
-    boost::asio::steady_timer m_timer;
+    Wish OnDeadline();
+    Wish OnEnding();
+    Wish Go();
+    Wish Await(const StreamResult& result);
+    Wish Open();
+    void CountHandshake(const StreamResult& result) const;
+    Wish ReadRequest();
+    StreamResult ReadSome(std::span<char> room);
+    bool RoomFor(std::size_t bytes);
+    Wish Judge(RequestReader::Outcome outcome);
+    Wish Authenticate();
+    Wish OnVerdict(Authenticator::Verdict verdict);
+    Wish Refuse(Refusal reason);
+    Wish Serve();
+    std::string Answer();
+    Wish Send(std::string answer);
+    Wish SendMore();
+    Wish End();
+    Wish Linger();
+    void CountRequest(bool delivered);
+    Served& m_server;
+    const boost::asio::ip::address m_peer;
+    std::optional<Stream> m_stream;
     Budget::Share m_share;
-    Stage m_stage = Stage::Reading;
-    std::optional<RequestReader> m_reader; // while reading and admitting
-    std::shared_ptr<Exchange> m_exchange;  // while working
+    Stage m_stage = Stage::Opening;
+    Outcome m_outcome = Outcome::Dropped;
+    bool m_looked = false;                 // for the first bytes
+    bool m_followed = false;               // more may come behind what was read
+    std::optional<RequestReader> m_reader; // until the request is served
+    std::atomic<Authenticator::Verdict> m_verdict = Authenticator::Verdict::Busy;
+    std::string m_user;                     // once authenticated
+    Clock::time_point m_arrived;            // the whole request
+    std::optional<std::size_t> m_operation; // while it is served and answered
     std::string m_answer;
     std::size_t m_sent = 0;
     bool m_kept = false; // the answer counts as waiting

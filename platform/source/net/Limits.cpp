@@ -26,6 +26,7 @@ std::size_t Positive(const std::string& key, std::size_t otherwise)
 Limits LimitsFromSettings()
 {
     Limits limits;
+    limits.workers = Positive("//server/workers", limits.workers);
     limits.maxConnections = Positive("//server/maxConnections", limits.maxConnections);
     limits.maxRequestBytes = Positive("//server/maxRequestBytes", limits.maxRequestBytes);
     const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(limits.requestTime).count();

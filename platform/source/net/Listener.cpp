@@ -84,9 +84,9 @@ std::string Listener::Listen(const ListenOptions& options)
 void Listener::Open(const Tcp::endpoint& endpoint, const ListenOptions& options)
 {
     m_acceptor.open(endpoint.protocol());
-    m_socket = m_acceptor.native_handle();
-    m_protocol = endpoint.protocol();
-    fcntl(m_socket, F_SETFD, FD_CLOEXEC); // A program that this process starts gets none of it.
+    m_acceptor.non_blocking(true);
+    // A program that this process starts gets none of it.
+    fcntl(m_acceptor.native_handle(), F_SETFD, FD_CLOEXEC);
     m_acceptor.set_option(asio::socket_base::reuse_address(true));
     if (options.bufferBytes > 0)
     {
@@ -99,15 +99,24 @@ void Listener::Open(const Tcp::endpoint& endpoint, const ListenOptions& options)
     m_acceptor.listen(options.backlog);
 }
 
-int Listener::Accept() { return ::accept4(m_socket, nullptr, nullptr, SOCK_CLOEXEC); }
+Accepted Listener::Accept()
+{
+    Tcp::endpoint peer;
+    socklen_t size = static_cast<socklen_t>(peer.capacity());
+    Accepted accepted;
+    accepted.socket = analytics::platform::FileHandle(
+        ::accept4(m_acceptor.native_handle(), peer.data(), &size, SOCK_CLOEXEC | SOCK_NONBLOCK));
+    if (accepted.socket)
+        accepted.peer = peer.address();
+    return accepted;
+}
 
-void Listener::End() { ::shutdown(m_socket, SHUT_RDWR); }
+int Listener::Descriptor() { return m_acceptor.native_handle(); }
 
 void Listener::Close()
 {
     Error ignored; // It listens no more, whatever the system says.
     m_acceptor.close(ignored);
-    m_socket = -1;
 }
 
 } // namespace tarno::osa

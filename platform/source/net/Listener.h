@@ -1,6 +1,9 @@
 #pragma once
 
+#include "files/FileHandle.h"
+
 #include <boost/asio/io_context.hpp>
+#include <boost/asio/ip/address.hpp>
 #include <boost/asio/ip/tcp.hpp>
 
 #include <cstdint>
@@ -18,8 +21,14 @@ struct ListenOptions
     std::string scheme = "http";  // for the URL
 };
 
-// The listening socket. Many threads may accept at a time, each waiting until there is a connection; the
-// system calls them in turn, one for each connection.
+// A connection that was accepted: a socket that doesn't block, and whose it is.
+struct Accepted
+{
+    analytics::platform::FileHandle socket;
+    boost::asio::ip::address peer; // unspecified if it is none of IP
+};
+
+// The listening socket, which doesn't block. One thread at a time.
 class Listener
 {
   public:
@@ -27,22 +36,17 @@ class Listener
 
     // Returns the URL. Throws SocketException (kBindError) with a sentence for the operator.
     std::string Listen(const ListenOptions& options);
-    // After Listen(), until Close(). The socket of a connection; -1 with the reason in errno, also after
-    // End().
-    int Accept();
-    // Nothing is accepted from then on; whoever waits in Accept() returns. On the thread of Close().
-    void End();
-    // When nobody calls Accept() any more. The port is free then.
+    // After Listen(), until Close(). Without a socket the reason is in errno.
+    Accepted Accept();
+    // Nothing is accepted from then on, and the port is free.
     void Close();
-    Protocol ConnectionProtocol() const { return m_protocol; }
+    int Descriptor();
 
   private:
     void Open(const Protocol::endpoint& endpoint, const ListenOptions& options);
 
     boost::asio::io_context m_context; // which nothing runs in
     Protocol::acceptor m_acceptor{m_context};
-    Protocol m_protocol = Protocol::v4();
-    int m_socket = -1; // the acceptor's, for all threads
 };
 
 } // namespace tarno::osa

@@ -16,9 +16,8 @@ constexpr std::size_t kUsualAnswer = 2000; // bytes; most are shorter
 
 } // namespace
 
-Exchange::Exchange(std::string request, std::function<void(std::string answer)> finished,
-                   std::function<bool()> gone)
-    : m_request(std::move(request)), m_finished(std::move(finished)), m_gone(std::move(gone))
+Exchange::Exchange(std::string request, std::function<bool()> gone)
+    : m_request(std::move(request)), m_gone(std::move(gone))
 {
 }
 
@@ -34,8 +33,7 @@ void Exchange::Write(const void* data, std::size_t size)
     if (m_over)
         throw SocketException(SocketException::kInvalid, "The connection has been given back to the server");
     // Answers come in many small pieces, and it is a system call to look.
-    if (++m_pieces % kPiecesToALook == 0)
-        LookForReader();
+    m_peerGone = m_peerGone || (++m_pieces % kPiecesToALook == 0 && m_gone());
     if (m_peerGone)
         throw SocketException(SocketException::kError, "The client has closed the connection");
     if (m_answer.empty())
@@ -43,26 +41,15 @@ void Exchange::Write(const void* data, std::size_t size)
     m_answer.append(static_cast<const char*>(data), size);
 }
 
-void Exchange::LookForReader()
+std::string Exchange::Finish()
 {
-    if (m_gone != nullptr && m_gone())
-        m_peerGone = true;
-}
-
-void Exchange::Finish()
-{
-    if (m_over.exchange(true))
-        return;
+    m_over = true;
     std::string().swap(m_request);
     m_read = 0;
-    m_gone = nullptr;
-    // Moved out, since it holds the connection, which may hold this.
-    std::exchange(m_finished, nullptr)(std::move(m_answer));
+    return std::move(m_answer);
 }
 
 MemorySocket::MemorySocket(std::shared_ptr<Exchange> exchange) : m_exchange(std::move(exchange)) {}
-
-MemorySocket::~MemorySocket() { m_exchange->Finish(); }
 
 // The real socket has the size that the server was given; there is nothing to set here.
 void MemorySocket::SetBufferSize(unsigned int /*bytes*/) const {}

@@ -25,10 +25,11 @@ RequestParser::RequestParser(std::size_t maxBytes, std::size_t headerLimit)
     body_limit(maxBytes);
 }
 
-void RequestParser::on_request_impl(Verb /*verb*/, Text method, Text target, int version, Error& /*error*/)
+void RequestParser::on_request_impl(Verb verb, Text name, Text target, int version, Error& /*error*/)
 {
     m_http11 = version >= 11;
-    Append(request, method);
+    method = verb;
+    Append(request, name);
     request += ' ';
     Append(request, target);
     request += m_http11 ? " HTTP/1.1\r\n" : " HTTP/1.0\r\n";

@@ -28,6 +28,7 @@ class RequestParser final : public boost::beast::http::basic_parser<true>
     // written down; of two, none counts.
     std::string authorization;
     std::string contentType;
+    Verb method = Verb::unknown;
 
   private:
     void on_request_impl(Verb verb, Text method, Text target, int version, Error& error) override;

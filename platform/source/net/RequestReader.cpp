@@ -139,6 +139,12 @@ const std::string& RequestReader::Authorization() const { return m_parser->autho
 
 SoapVersion RequestReader::Version() const { return SoapVersionOf(m_parser->contentType); }
 
+bool RequestReader::IsHead() const { return m_parser->method == http::verb::head; }
+
+bool RequestReader::IsHeadOrOptions() const { return IsHead() || m_parser->method == http::verb::options; }
+
+const std::string& RequestReader::Request() const { return m_parser->request; }
+
 std::string RequestReader::TakeRequest() { return std::move(m_parser->request); }
 
 } // namespace tarno::osa

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "net/Refusal.h"
+#include "net/ErrorResponse.h"
 
 #include <cstddef>
 #include <memory>
@@ -47,6 +47,11 @@ class RequestReader
     // After Complete. The value of the field, empty if there was none.
     const std::string& Authorization() const;
     SoapVersion Version() const;
+    // Once the request line has come.
+    bool IsHead() const;
+    bool IsHeadOrOptions() const;
+    // After Complete.
+    const std::string& Request() const;
     // After Complete; moves the request out.
     std::string TakeRequest();
 

@@ -1,8 +1,11 @@
 #include "net/Stream.h"
 
-#include <boost/asio/buffer.hpp>
-#include <boost/asio/error.hpp>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <poll.h>
+#include <sys/socket.h>
 
+#include <cerrno>
 #include <utility>
 
 namespace tarno::osa
@@ -10,27 +13,33 @@ namespace tarno::osa
 namespace
 {
 
-namespace asio = boost::asio;
-using Error = boost::system::error_code;
-
-StreamResult Result(const Error& error, std::size_t count, StreamState whileWaiting)
+StreamResult Result(ssize_t count, StreamState whileWaiting)
 {
-    if (!error)
-        return {StreamState::Done, count};
-    if (error == asio::error::would_block)
-        return {whileWaiting};
-    return {error == asio::error::eof ? StreamState::Ended : StreamState::Failed};
+    if (count >= 0)
+        return {StreamState::Done, static_cast<std::size_t>(count)};
+    return {errno == EAGAIN || errno == EINTR ? whileWaiting : StreamState::Failed};
+}
+
+void Set(int socket, int option)
+{
+    const int on = 1;
+    // If the connection is gone by now, the next read or write says so.
+    setsockopt(socket, IPPROTO_TCP, option, &on, sizeof on);
+}
+
+StreamResult ReadPlain(int socket, std::span<char> room)
+{
+    const ssize_t count = recv(socket, room.data(), room.size(), 0);
+    return count == 0 ? StreamResult{StreamState::Ended} : Result(count, StreamState::WaitRead);
 }
 
 } // namespace
 
-Stream::Stream(Socket socket, const std::shared_ptr<ssl_ctx_st>& tls) : m_socket(std::move(socket))
+Stream::Stream(analytics::platform::FileHandle socket, const std::shared_ptr<ssl_ctx_st>& tls)
+    : m_socket(std::move(socket))
 {
-    Error ignored; // A connection that is gone by now shows it at the first read.
-    m_socket.non_blocking(true, ignored);
-    m_socket.set_option(asio::ip::tcp::no_delay(true), ignored);
     if (tls != nullptr)
-        m_tls = std::make_unique<TlsSession>(*tls, m_socket.native_handle());
+        m_tls = std::make_unique<TlsSession>(*tls, m_socket.Get());
 }
 
 StreamResult Stream::Open()
@@ -40,46 +49,45 @@ StreamResult Stream::Open()
 
 StreamResult Stream::Read(std::span<char> room)
 {
-    return m_tls == nullptr ? ReadPlain(room) : m_tls->Read(room);
-}
-
-StreamResult Stream::ReadPlain(std::span<char> room)
-{
-    Error error;
-    const std::size_t count = m_socket.read_some(asio::buffer(room.data(), room.size()), error);
-    return Result(error, count, StreamState::WaitRead);
+    return m_tls == nullptr ? ReadPlain(m_socket.Get(), room) : m_tls->Read(room);
 }
 
 StreamResult Stream::Write(std::string_view bytes)
 {
     if (m_tls != nullptr)
         return m_tls->Write(bytes);
-    Error error;
-    const std::size_t count = m_socket.write_some(asio::buffer(bytes), error);
-    return Result(error, count, StreamState::WaitWrite);
+    // The last bytes go out with the end of the connection, or with Flush().
+    return Result(send(m_socket.Get(), bytes.data(), bytes.size(), MSG_NOSIGNAL | MSG_MORE),
+                  StreamState::WaitWrite);
 }
 
-void Stream::EndSending()
+void Stream::Flush()
+{
+    Set(m_socket.Get(), TCP_NODELAY); // sends what was kept back
+    Set(m_socket.Get(), TCP_QUICKACK);
+}
+
+void Stream::EndSending(bool linger)
 {
     if (m_tls != nullptr)
         m_tls->End();
     m_tls.reset();
-    Error ignored; // If the peer is gone, the next read says so.
-    m_socket.shutdown(Socket::shutdown_send, ignored);
+    if (linger)
+        shutdown(m_socket.Get(), SHUT_WR);
 }
 
-void Stream::Close()
+bool Stream::Unread() const
 {
-    m_tls.reset();
-    Error ignored;
-    m_socket.close(ignored);
+    char next = 0;
+    return recv(m_socket.Get(), &next, 1, MSG_PEEK) > 0;
 }
 
-asio::ip::address Stream::Peer() const
+StreamResult Stream::Drop(std::span<char> room) { return ReadPlain(m_socket.Get(), room); }
+
+bool Stream::PeerGone() const
 {
-    Error gone;
-    const auto peer = m_socket.remote_endpoint(gone);
-    return gone ? asio::ip::address() : peer.address();
+    pollfd socket = {m_socket.Get(), 0, 0};
+    return poll(&socket, 1, 0) == 1 && (socket.revents & (POLLERR | POLLHUP)) != 0;
 }
 
 } // namespace tarno::osa

@@ -2,14 +2,14 @@
 
 #include "net/ConfiguredEndpoint.h"
 #include "net/Limits.h"
-#include "net/ServerLoop.h"
-#include "net/ServerRegistry.h"
+#include "net/Server.h"
 #include "threads/Lock.h"
 
 #include <tarno/osa/SocketException.h>
 
 #include "Runtime.h"
 
+#include <memory>
 #include <string>
 #include <utility>
 
@@ -18,7 +18,41 @@ namespace tarno::osa
 using analytics::platform::Hold;
 using analytics::platform::Lock;
 
-// The loop behind a server, and what it will be started with.
+namespace
+{
+
+// What the host can ask of the platform about its server: the one started last.
+struct Registry
+{
+    Lock lock;
+    std::weak_ptr<Server> server ANALYTICS_GUARDED_BY(lock);
+    std::string failure ANALYTICS_GUARDED_BY(lock);
+};
+
+Registry& TheRegistry()
+{
+    static Registry registry;
+    return registry;
+}
+
+void Register(const std::shared_ptr<Server>& server, const std::string& failure)
+{
+    Registry& registry = TheRegistry();
+    const Hold hold(registry.lock);
+    registry.server = server;
+    registry.failure = failure;
+}
+
+std::shared_ptr<Server> RegisteredServer()
+{
+    Registry& registry = TheRegistry();
+    const Hold hold(registry.lock);
+    return registry.server.lock();
+}
+
+} // namespace
+
+// The server behind it, and what it will be started with.
 class TcpServer::Loop
 {
   public:
@@ -29,7 +63,7 @@ class TcpServer::Loop
         const Hold hold(m_lock);
         m_bufferBytes = bytes;
     }
-    std::shared_ptr<ServerLoop> Running() const
+    std::shared_ptr<Server> Running() const
     {
         const Hold hold(m_lock);
         return m_running;
@@ -42,7 +76,7 @@ class TcpServer::Loop
     const unsigned short m_port;
     mutable Lock m_lock;
     unsigned int m_bufferBytes ANALYTICS_GUARDED_BY(m_lock) = 0;
-    std::shared_ptr<ServerLoop> m_running ANALYTICS_GUARDED_BY(m_lock);
+    std::shared_ptr<Server> m_running ANALYTICS_GUARDED_BY(m_lock);
 };
 
 std::string TcpServer::Loop::Start(ITcpSocketAccept* acceptor, unsigned short backlog)
@@ -56,10 +90,10 @@ std::string TcpServer::Loop::Start(ITcpSocketAccept* acceptor, unsigned short ba
     const auto endpoint = ConfiguredEndpoint(m_address, m_port);
     Access access = ConfiguredAccess(m_address, m_port);
     const char* const scheme = access.tls == nullptr ? "http" : "https";
-    const auto loop = std::make_shared<ServerLoop>(*acceptor, LimitsFromSettings(), std::move(access));
+    const auto loop = std::make_shared<Server>(*acceptor, LimitsFromSettings(), std::move(access));
     std::string url = loop->Start({endpoint.address, endpoint.port, backlog, m_bufferBytes, scheme});
     m_running = loop;
-    RegisterServer(loop);
+    Register(loop, "");
     return url;
 }
 
@@ -92,12 +126,12 @@ void TcpServer::Start(ITcpSocketAccept* acceptor, unsigned short backlog)
     }
     catch (const SocketException& failure)
     {
-        RegisterServerFailure(failure.what());
+        Register(nullptr, failure.what());
         throw;
     }
     catch (const std::exception& failure)
     {
-        RegisterServerFailure(failure.what());
+        Register(nullptr, failure.what());
         throw SocketException(SocketException::kBindError, failure.what());
     }
     if (const auto& onListening = analytics::platform::CurrentConfiguration().onListening)
@@ -105,3 +139,22 @@ void TcpServer::Start(ITcpSocketAccept* acceptor, unsigned short backlog)
 }
 
 } // namespace tarno::osa
+
+namespace analytics::platform
+{
+
+std::string ServerFailure()
+{
+    tarno::osa::Registry& registry = tarno::osa::TheRegistry();
+    const Hold hold(registry.lock);
+    return registry.failure;
+}
+
+bool DrainServer(std::chrono::milliseconds limit)
+{
+    // Holding it keeps it alive while somebody else lets go of it.
+    const auto server = tarno::osa::RegisteredServer();
+    return server == nullptr || server->Drain(limit);
+}
+
+} // namespace analytics::platform

@@ -93,22 +93,15 @@ TEST_F(BudgetTest, DropsTheAnswersThatWereKeptLongest)
     Budget::Share first(budget);
     Budget::Share second(budget);
     Budget::Share third(budget);
-    const auto drop = [this](Budget::Share& share, int number)
-    {
-        return [this, &share, number]
-        {
-            calls.push_back(number);
-            share.Release();
-        };
-    };
-    first.Keep(40, drop(first, 1));
-    second.Keep(40, drop(second, 2));
+    const auto drop = [this](int number) { return [this, number] { calls.push_back(number); }; };
+    first.Keep(40, drop(1));
+    second.Keep(40, drop(2));
     EXPECT_THAT(calls, IsEmpty());
-    third.Keep(70, drop(third, 3));
+    third.Keep(70, drop(3));
     EXPECT_THAT(calls, ElementsAre(1, 2));
     EXPECT_EQ(budget.Used(), 70U);
     // One alone may be larger than everything.
-    third.Keep(500, drop(third, 3));
+    third.Keep(500, drop(3));
     EXPECT_THAT(calls, ElementsAre(1, 2));
 }
 

@@ -20,7 +20,7 @@ class ListenerTest : public ServerFixture
     // The sentence that a server gives up with.
     std::string FailureOf(const ListenOptions& wrong)
     {
-        ServerLoop loop(acceptor, limits);
+        Server loop(acceptor, limits);
         try
         {
             loop.Start(wrong);

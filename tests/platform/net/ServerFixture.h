@@ -1,7 +1,6 @@
 #pragma once
 
-#include "net/ServerLoop.h"
-#include "net/Turns.h"
+#include "net/Server.h"
 #include "platform/net/Client.h"
 
 #include <tarno/osa/SocketException.h>
@@ -23,7 +22,7 @@
 namespace tarno::osa
 {
 
-inline constexpr int kServing = static_cast<int>(Turns::kServing); // requests at a time
+inline constexpr int kServing = static_cast<int>(Limits().workers); // requests at a time
 
 // Serves requests as a test says. At first it answers with the request itself.
 class ScriptedAcceptor : public ITcpSocketAccept
@@ -86,7 +85,7 @@ class ServerFixture : public testing::Test
     Limits limits;
     ListenOptions options;
     ScriptedAcceptor acceptor;
-    std::optional<ServerLoop> server; // stops before the acceptor goes
+    std::optional<Server> server; // stops before the acceptor goes
     std::string url;
 };
 

@@ -80,6 +80,18 @@ TEST_F(ServerRefusal, RefusesWhatIsNoHttpWithoutWaitingForMore)
             << bytes;
 }
 
+TEST_F(ServerRefusal, RefusesHeadAndOptions)
+{
+    Start();
+    EXPECT_THAT(
+        AnswerTo("OPTIONS * HTTP/1.1\r\nHost: camera\r\n\r\n"),
+        AllOf(Refused("405 Method Not Allowed", "This service takes requests by the HTTP method POST only"),
+              HasSubstr("\r\nAllow: POST\r\n")));
+    // An answer to HEAD has no body.
+    EXPECT_THAT(AnswerTo("HEAD / HTTP/1.1\r\nHost: camera\r\n\r\n"),
+                AllOf(StartsWith("HTTP/1.1 405 "), EndsWith("\r\nConnection: close\r\n\r\n")));
+}
+
 TEST_F(ServerRefusal, RefusesARequestThatEndsInTheMiddle)
 {
     Start();

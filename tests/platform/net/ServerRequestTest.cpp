@@ -101,7 +101,7 @@ TEST_F(ServerRequest, EndsAConnectionWhoseSocketWasNeverReleased)
         void AcceptSocket(TcpSocket* socket) override { forgotten.reset(socket); }
         std::unique_ptr<TcpSocket> forgotten;
     } forgetful;
-    ServerLoop loop(forgetful, limits);
+    Server loop(forgetful, limits);
     EXPECT_EQ(osa::Ask(loop.Start(options)), "");
     loop.Stop();
     EXPECT_THROW(forgetful.forgotten->SendAll("late", 4), SocketException);

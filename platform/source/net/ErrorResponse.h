@@ -15,6 +15,7 @@ enum class Refusal
     TooSlow,
     HeaderTooLarge,
     TooLarge,
+    NotPost,
     NeedsTls,
     Unauthorized,
     TooManyAttempts,
@@ -35,6 +36,8 @@ std::size_t HeaderLimit(std::size_t maxRequestBytes);
 
 // The whole HTTP response, with a SOAP fault as its body. Before a whole header has come, nobody knows
 // which SOAP the client speaks; then it is 1.1.
-std::string RefusalResponse(Refusal refusal, const Limits& limits, SoapVersion version = SoapVersion::Soap11);
+// The answer to HEAD is the same without the body.
+std::string ErrorResponse(Refusal refusal, const Limits& limits, SoapVersion version = SoapVersion::Soap11,
+                          bool head = false);
 
 } // namespace tarno::osa

@@ -16,19 +16,19 @@ using testing::EndsWith;
 using testing::HasSubstr;
 using testing::Not;
 using testing::StartsWith;
-using Verdict = PasswordGate::Verdict;
+using Verdict = Authenticator::Verdict;
 
 const auto kHere = boost::asio::ip::make_address("192.0.2.1");
 
-class PasswordGateTest : public PlatformTest
+class AuthenticatorTest : public PlatformTest
 {
   protected:
-    PasswordGateTest() { Write("users", kAnn); }
+    AuthenticatorTest() { Write("users", kAnn); }
 
     void Start()
     {
         Access access;
-        access.passwords = std::make_unique<PasswordGate>(Path("users"));
+        access.passwords = std::make_unique<Authenticator>(Path("users"));
         server.emplace(acceptor, Limits(), std::move(access));
         url = server->Start({});
     }
@@ -39,23 +39,23 @@ class PasswordGateTest : public PlatformTest
             "body", authorization.empty() ? fields : fields + "Authorization: " + authorization + "\r\n"));
         return client.ReadAll();
     }
-    static Verdict Check(PasswordGate& gate, const std::string& authorization,
+    static Verdict Check(Authenticator& gate, const std::string& authorization,
                          const boost::asio::ip::address& from = kHere)
     {
         std::promise<Verdict> decided;
         auto later = decided.get_future();
-        const auto now =
-            gate.Check(authorization, from, [&decided](Verdict verdict) { decided.set_value(verdict); });
+        const auto now = gate.Authenticate(authorization, from,
+                                           [&decided](Verdict verdict) { decided.set_value(verdict); });
         return now ? *now : later.get();
     }
 
     const std::string kAnn = std::string("ann:") + kSecretByBcrypt + '\n';
     ScriptedAcceptor acceptor;
-    std::optional<ServerLoop> server;
+    std::optional<Server> server;
     std::string url;
 };
 
-TEST_F(PasswordGateTest, LetsAUserInWithoutPassingThePasswordOn)
+TEST_F(AuthenticatorTest, LetsAUserInWithoutPassingThePasswordOn)
 {
     Start();
     for (int i = 0; i < 3; ++i)
@@ -64,7 +64,7 @@ TEST_F(PasswordGateTest, LetsAUserInWithoutPassingThePasswordOn)
                           Not(HasSubstr("Authorization"))));
 }
 
-TEST_F(PasswordGateTest, RefusesEverybodyElseInTheirOwnSoap)
+TEST_F(AuthenticatorTest, RefusesEverybodyElseInTheirOwnSoap)
 {
     Start();
     for (const std::string authorization : {"", kAnnWrong, kNobodySecret, "Basic ?", "Bearer token"})
@@ -85,7 +85,7 @@ TEST_F(PasswordGateTest, RefusesEverybodyElseInTheirOwnSoap)
     EXPECT_EQ(acceptor.served, 0);
 }
 
-TEST_F(PasswordGateTest, TakesAChangedFileOver)
+TEST_F(AuthenticatorTest, TakesAChangedFileOver)
 {
     Start();
     EXPECT_THAT(Ask(kAnnSecret), EndsWith("body"));
@@ -104,16 +104,16 @@ TEST_F(PasswordGateTest, TakesAChangedFileOver)
                         "before stays in force.\n");
 }
 
-TEST_F(PasswordGateTest, CannotBeginWithoutAFile)
+TEST_F(AuthenticatorTest, CannotBeginWithoutAFile)
 {
     EXPECT_THAT(
-        FaultOf<AccessFault>([this] { const PasswordGate gate(Path("none")); }),
+        FaultOf<AccessFault>([this] { const Authenticator gate(Path("none")); }),
         AllOf(StartsWith(Path("none") + ": it can't be read (No such file"), HasSubstr("settings document")));
 }
 
-TEST_F(PasswordGateTest, AnswersWhatItKnowsAtOnceWhileAnAddressIsSlowedDown)
+TEST_F(AuthenticatorTest, AnswersWhatItKnowsAtOnceWhileAnAddressIsSlowedDown)
 {
-    PasswordGate gate(Path("users"));
+    Authenticator gate(Path("users"));
     EXPECT_EQ(Check(gate, kAnnSecret), Verdict::Allowed);
     // All at a time, so that how fast the machine is makes no difference. None is the same as another.
     std::atomic<int> denied = 0;
@@ -122,32 +122,32 @@ TEST_F(PasswordGateTest, AnswersWhatItKnowsAtOnceWhileAnAddressIsSlowedDown)
     {
         const std::string wrong = "Basic YW5uOndy" + std::to_string(i) + "ZZ";
         const auto verdict =
-            gate.Check(wrong, kHere, [&denied](Verdict given) { denied += given == Verdict::Denied; });
+            gate.Authenticate(wrong, kHere, [&denied](Verdict given) { denied += given == Verdict::Denied; });
         slowed += verdict == Verdict::TooManyAttempts;
     }
     EXPECT_GE(slowed, 15);
     EXPECT_EQ(Check(gate, ""), Verdict::Denied);
-    EXPECT_EQ(gate.Check(kAnnSecret, kHere, nullptr), Verdict::Allowed);
+    EXPECT_EQ(gate.Authenticate(kAnnSecret, kHere, nullptr), Verdict::Allowed);
     EXPECT_EQ(Check(gate, kNobodySecret, boost::asio::ip::make_address("2001:db8::1")), Verdict::Denied);
     EXPECT_TRUE(Eventually([&denied] { return denied >= 6; }));
 }
 
-TEST_F(PasswordGateTest, HashesTheSameCredentialsOnceForAll)
+TEST_F(AuthenticatorTest, HashesTheSameCredentialsOnceForAll)
 {
-    PasswordGate gate(Path("users"));
+    Authenticator gate(Path("users"));
     std::atomic<int> allowed = 0;
     for (int i = 0; i < 200; ++i)
     {
-        const auto verdict = gate.Check(kAnnSecret, kHere,
-                                        [&allowed](Verdict given) { allowed += given == Verdict::Allowed; });
+        const auto verdict = gate.Authenticate(
+            kAnnSecret, kHere, [&allowed](Verdict given) { allowed += given == Verdict::Allowed; });
         allowed += verdict == Verdict::Allowed;
     }
     EXPECT_TRUE(Eventually([&allowed] { return allowed == 200; })) << allowed;
 }
 
-TEST_F(PasswordGateTest, BoundsWhatWaitsForAHash)
+TEST_F(AuthenticatorTest, BoundsWhatWaitsForAHash)
 {
-    PasswordGate gate(Path("users"));
+    Authenticator gate(Path("users"));
     int busy = 0;
     // Of a dozen attempts from each address five have to wait for some seconds.
     for (int address = 0; address < 100; ++address)
@@ -156,20 +156,20 @@ TEST_F(PasswordGateTest, BoundsWhatWaitsForAHash)
             const std::string wrong =
                 "Basic YW5uOndy" + std::to_string(100 + address) + std::to_string(10 + i) + "ZZZ";
             const auto from = boost::asio::ip::make_address("192.0.2." + std::to_string(address));
-            busy += gate.Check(wrong, from, [](Verdict) {}) == Verdict::Busy;
+            busy += gate.Authenticate(wrong, from, [](Verdict) {}) == Verdict::Busy;
         }
     EXPECT_GT(busy, 0);
     EXPECT_EQ(Check(gate, ""), Verdict::Denied);
 }
 
-TEST_F(PasswordGateTest, CountsTheAddressesOfAnIpv6NetworkAsOne)
+TEST_F(AuthenticatorTest, CountsTheAddressesOfAnIpv6NetworkAsOne)
 {
-    PasswordGate gate(Path("users"));
+    Authenticator gate(Path("users"));
     int slowed = 0;
     for (int i = 10; i < 40; ++i)
     {
         const auto from = boost::asio::ip::make_address("2001:db8::" + std::to_string(i));
-        slowed += gate.Check("Basic YW5uOndy" + std::to_string(i) + "ZZ", from, [](Verdict) {}) ==
+        slowed += gate.Authenticate("Basic YW5uOndy" + std::to_string(i) + "ZZ", from, [](Verdict) {}) ==
                   Verdict::TooManyAttempts;
     }
     EXPECT_GE(slowed, 15);
@@ -177,7 +177,7 @@ TEST_F(PasswordGateTest, CountsTheAddressesOfAnIpv6NetworkAsOne)
     EXPECT_EQ(Check(gate, kAnnSecret, boost::asio::ip::make_address("::ffff:192.0.2.1")), Verdict::Allowed);
 }
 
-TEST_F(PasswordGateTest, ServesTheOthersWhilePasswordsWaitAndStopsAtOnce)
+TEST_F(AuthenticatorTest, ServesTheOthersWhilePasswordsWaitAndStopsAtOnce)
 {
     Start();
     EXPECT_THAT(Ask(kAnnSecret), EndsWith("body"));

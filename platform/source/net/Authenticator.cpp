@@ -1,4 +1,4 @@
-#include "net/PasswordGate.h"
+#include "net/Authenticator.h"
 
 #include "access/PasswordHash.h"
 #include "access/TakeOver.h"
@@ -38,21 +38,27 @@ void TakeUsersOver(std::shared_ptr<const Users>& users, const analytics::platfor
 
 } // namespace
 
-PasswordGate::PasswordGate(const std::string& usersFile) : m_file(usersFile)
+Authenticator::Authenticator(const std::string& usersFile) : m_file(usersFile)
 {
     const Hold hold(m_lock);
     RenewUsers();
 }
 
-PasswordGate::~PasswordGate() { Stop(); }
+Authenticator::~Authenticator() { Stop(); }
 
-void PasswordGate::Stop()
+void Authenticator::Stop()
 {
     m_threads.stop();
     m_threads.join();
 }
 
-void PasswordGate::RenewUsers()
+void Authenticator::Renew()
+{
+    const Hold hold(m_lock);
+    RenewUsers();
+}
+
+void Authenticator::RenewUsers()
 {
     if (!m_file.Renew())
         return;
@@ -60,8 +66,8 @@ void PasswordGate::RenewUsers()
     m_known.Clear();
 }
 
-std::optional<PasswordGate::Verdict> PasswordGate::Check(const std::string& authorization,
-                                                         const asio::ip::address& from, Decided decided)
+std::optional<Authenticator::Verdict>
+Authenticator::Authenticate(const std::string& authorization, const asio::ip::address& from, Decided decided)
 {
     auto credentials = ParseBasicCredentials(authorization);
     const Hold hold(m_lock);
@@ -98,7 +104,7 @@ std::optional<PasswordGate::Verdict> PasswordGate::Check(const std::string& auth
     return std::nullopt;
 }
 
-void PasswordGate::HashAt(AttemptThrottle::Time turn, std::shared_ptr<const Attempt> attempt)
+void Authenticator::HashAt(AttemptThrottle::Time turn, std::shared_ptr<const Attempt> attempt)
 {
     const auto timer = std::make_shared<asio::steady_timer>(m_threads, turn);
     timer->async_wait(
@@ -109,7 +115,7 @@ void PasswordGate::HashAt(AttemptThrottle::Time turn, std::shared_ptr<const Atte
         });
 }
 
-bool PasswordGate::IsRight(const Attempt& attempt)
+bool Authenticator::IsRight(const Attempt& attempt)
 try
 {
     const std::string& name = attempt.credentials.name;
@@ -121,7 +127,7 @@ catch (const std::bad_alloc&)
     return false; // nobody gets in because memory is short
 }
 
-void PasswordGate::Decide(const Attempt& attempt, bool right)
+void Authenticator::Decide(const Attempt& attempt, bool right)
 try
 {
     std::vector<Decided> waiting;

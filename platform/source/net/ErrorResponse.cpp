@@ -1,4 +1,4 @@
-#include "net/Refusal.h"
+#include "net/ErrorResponse.h"
 
 #include <strings.h>
 
@@ -43,6 +43,9 @@ constexpr std::array kRows = {
         "The request is larger than the # bytes that this server accepts; send a smaller one, or raise "
         "maxRequestBytes in the settings document",
         Bytes},
+    Row{Refusal::NotPost, "405 Method Not Allowed",
+        "This service takes requests by the HTTP method POST only; post a SOAP envelope", nullptr,
+        "Allow: POST\r\n"},
     Row{Refusal::NeedsTls, "400 Bad Request",
         "This address is served through TLS only; use a URL that begins with https"},
     Row{Refusal::Unauthorized, "401 Unauthorized",
@@ -92,7 +95,7 @@ SoapVersion SoapVersionOf(const std::string& contentType)
     return soap12 ? SoapVersion::Soap12 : SoapVersion::Soap11;
 }
 
-std::string RefusalResponse(Refusal refusal, const Limits& limits, SoapVersion version)
+std::string ErrorResponse(Refusal refusal, const Limits& limits, SoapVersion version, bool head)
 {
     const auto* const row = std::find_if(
         kRows.begin(), kRows.end(), [refusal](const Row& candidate) { return candidate.refusal == refusal; });
@@ -101,7 +104,7 @@ std::string RefusalResponse(Refusal refusal, const Limits& limits, SoapVersion v
     const char* const type = version == SoapVersion::Soap11 ? "text/xml" : "application/soap+xml";
     return std::string("HTTP/1.1 ") + row->status + "\r\nContent-Type: " + type +
            "; charset=utf-8\r\nContent-Length: " + std::to_string(body.size()) + "\r\n" + row->fields +
-           "Connection: close\r\n\r\n" + body;
+           "Connection: close\r\n\r\n" + (head ? "" : body);
 }
 
 } // namespace tarno::osa

@@ -22,7 +22,7 @@ namespace tarno::osa
 // Lets in who sends the name and password of a user. What it knows already costs next to nothing; a
 // password that it doesn't know yet is hashed on a thread of its own, a few at a time and a bounded
 // number in all. A change of the users file counts from the next check on. Any thread.
-class PasswordGate
+class Authenticator
 {
   public:
     enum class Verdict
@@ -38,14 +38,16 @@ class PasswordGate
     static constexpr std::size_t kMostPending = 64; // passwords that are hashed or wait for that
 
     // Throws AccessFault if the file can't be used.
-    explicit PasswordGate(const std::string& usersFile);
-    ~PasswordGate(); // stops
+    explicit Authenticator(const std::string& usersFile);
+    ~Authenticator(); // stops
 
     // `authorization` is the value of the HTTP field, empty if there was none. The verdict if it can be
-    // had at once; otherwise `decided` gets it later, on a thread of the gate's, unless that stops.
-    std::optional<Verdict> Check(const std::string& authorization, const boost::asio::ip::address& from,
-                                 Decided decided);
-    // Drops what isn't decided, and returns when nothing runs any more. No Check() after it.
+    // had at once; otherwise `decided` gets it later, on a thread of its own, unless that stops.
+    std::optional<Verdict> Authenticate(const std::string& authorization,
+                                        const boost::asio::ip::address& from, Decided decided);
+    // Takes a changed users file over; Authenticate() does so as well.
+    void Renew();
+    // Drops what isn't decided, and returns when nothing runs any more. No Authenticate() after it.
     void Stop();
 
   private:

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <cstddef>
+#include <string_view>
+
+namespace tarno::osa
+{
+
+// What is counted of the requests that are served. Any thread.
+namespace requestmetrics
+{
+
+enum class Outcome
+{
+    Ok,
+    ClientFault,
+    ServerFault,
+    Dropped // nobody took the answer, or there was none
+};
+
+// By the first element in the Body of a request; for the functions below. A request that can't be read is one
+// of the unknown operations.
+std::size_t OperationOf(std::string_view request);
+
+// Of an answer, by its status and its fault.
+Outcome OutcomeOf(std::string_view answer);
+
+void Count(std::size_t operation, Outcome outcome, double seconds);
+
+} // namespace requestmetrics
+
+} // namespace tarno::osa
