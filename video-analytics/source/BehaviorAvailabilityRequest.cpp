@@ -125,8 +125,6 @@ BehaviorAvailabilityRequest::BehaviorAvailabilityRequest(const char* name, soap*
 {
 }
 
-BehaviorAvailabilityRequest::~BehaviorAvailabilityRequest() = default;
-
 const AvailabilityList& BehaviorAvailabilityRequest::BehaviorAvailabilities(AvailabilityList& hidden) const
 {
     hidden = m_hiddenAvailabilities;

@@ -14,8 +14,6 @@ CreateProfileRequest::CreateProfileRequest(const std::string& name, soap* soap)
 {
 }
 
-CreateProfileRequest::~CreateProfileRequest() = default;
-
 int CreateProfileRequest::DoExecute()
 {
     return GetProfileManager()->CreateProfile(m_profileId, m_name) ? 0 : -1;

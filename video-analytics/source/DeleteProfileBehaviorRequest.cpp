@@ -8,14 +8,6 @@
 namespace analyticsapi
 {
 
-DeleteProfileBehaviorRequest::DeleteProfileBehaviorRequest(int profileId, const std::string& behaviorId,
-                                                           soap* soap)
-    : SoapRequest("DeleteProfileBehavior", soap), m_profileId(profileId), m_behaviorId(behaviorId)
-{
-}
-
-DeleteProfileBehaviorRequest::~DeleteProfileBehaviorRequest() = default;
-
 int DeleteProfileBehaviorRequest::DoExecute()
 {
     const std::string analyticsId = varloapi::AnalyticsId::AnalyticsIdFromVarloId(m_behaviorId);

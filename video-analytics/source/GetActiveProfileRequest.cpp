@@ -14,8 +14,6 @@ GetActiveProfileRequest::GetActiveProfileRequest(soap* soap)
 {
 }
 
-GetActiveProfileRequest::~GetActiveProfileRequest() = default;
-
 int GetActiveProfileRequest::DoExecute()
 {
     return GetProfileManager()->GetActiveProfile(m_activeProfileId) ? 0 : -1;

@@ -5,13 +5,6 @@
 namespace analyticsapi
 {
 
-GetBehaviorAvailabilityRequest::GetBehaviorAvailabilityRequest(int profileId, soap* soap)
-    : BehaviorAvailabilityRequest("GetBehaviorAvailability", soap), m_profileId(profileId)
-{
-}
-
-GetBehaviorAvailabilityRequest::~GetBehaviorAvailabilityRequest() = default;
-
 int GetBehaviorAvailabilityRequest::DoExecute()
 {
     std::vector<std::string> activeRules;

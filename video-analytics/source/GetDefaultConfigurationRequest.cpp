@@ -9,13 +9,6 @@
 namespace analyticsapi
 {
 
-GetDefaultConfigurationRequest::GetDefaultConfigurationRequest(const std::string& behaviorId, soap* soap)
-    : SoapRequest("GetDefaultConfiguration", soap), m_behaviorId(behaviorId)
-{
-}
-
-GetDefaultConfigurationRequest::~GetDefaultConfigurationRequest() = default;
-
 int GetDefaultConfigurationRequest::DoExecute()
 {
     const std::string analyticsId = varloapi::AnalyticsId::AnalyticsIdFromVarloId(m_behaviorId);

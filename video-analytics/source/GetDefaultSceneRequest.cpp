@@ -10,8 +10,6 @@ namespace analyticsapi
 
 GetDefaultSceneRequest::GetDefaultSceneRequest(soap* soap) : SoapRequest("GetDefaultScene", soap) {}
 
-GetDefaultSceneRequest::~GetDefaultSceneRequest() = default;
-
 int GetDefaultSceneRequest::DoExecute()
 {
     const analytics::PluginManager pm;

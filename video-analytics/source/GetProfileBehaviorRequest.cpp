@@ -12,13 +12,6 @@
 namespace analyticsapi
 {
 
-GetProfileBehaviorRequest::GetProfileBehaviorRequest(int profileId, const std::string& behaviorId, soap* soap)
-    : SoapRequest("GetProfileBehavior", soap), m_profileId(profileId), m_behaviorId(behaviorId)
-{
-}
-
-GetProfileBehaviorRequest::~GetProfileBehaviorRequest() = default;
-
 int GetProfileBehaviorRequest::DoExecute()
 {
     const std::string analyticsId = varloapi::AnalyticsId::AnalyticsIdFromVarloId(m_behaviorId);

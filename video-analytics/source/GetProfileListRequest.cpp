@@ -7,8 +7,6 @@ namespace analyticsapi
 
 GetProfileListRequest::GetProfileListRequest(soap* soap) : SoapRequest("GetProfileList", soap) {}
 
-GetProfileListRequest::~GetProfileListRequest() = default;
-
 int GetProfileListRequest::DoExecute() { return GetProfileManager()->GetProfileList(m_profileList) ? 0 : -1; }
 
 } // namespace analyticsapi

@@ -13,13 +13,6 @@ namespace analyticsapi
 using varloapi::AnalyticsId;
 using varloapi::XmlHelper;
 
-GetProfileSceneRequest::GetProfileSceneRequest(int profileId, soap* soap)
-    : SoapRequest("GetProfileScene", soap), m_profileId(profileId)
-{
-}
-
-GetProfileSceneRequest::~GetProfileSceneRequest() = default;
-
 int GetProfileSceneRequest::DoExecute()
 {
     if (!GetProfileManager()->GetEngineConfig(m_profileId, AnalyticsId::SceneAnalyzerId(), m_scene))

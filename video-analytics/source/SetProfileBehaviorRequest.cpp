@@ -11,14 +11,6 @@
 namespace analyticsapi
 {
 
-SetProfileBehaviorRequest::SetProfileBehaviorRequest(int id, const std::string& behaviorId,
-                                                     const std::string& config, soap* soap)
-    : SoapRequest("SetProfileBehavior", soap), m_id(id), m_behaviorId(behaviorId), m_config(config)
-{
-}
-
-SetProfileBehaviorRequest::~SetProfileBehaviorRequest() = default;
-
 int SetProfileBehaviorRequest::DoExecute()
 {
     const std::string analyticsId = varloapi::AnalyticsId::AnalyticsIdFromVarloId(m_behaviorId);

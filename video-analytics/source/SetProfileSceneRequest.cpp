@@ -11,13 +11,6 @@ namespace analyticsapi
 {
 using varloapi::AnalyticsId;
 
-SetProfileSceneRequest::SetProfileSceneRequest(int profileId, const std::string& scene, soap* soap)
-    : SoapRequest("SetProfileScene", soap), m_profileId(profileId), m_scene(scene)
-{
-}
-
-SetProfileSceneRequest::~SetProfileSceneRequest() = default;
-
 int SetProfileSceneRequest::DoExecute()
 {
     const std::unique_ptr<profile_conversion::ProfileDocConverter> conv(

@@ -9,8 +9,10 @@ namespace analyticsapi
 class AlgorithmControlRequest : public SoapRequest
 {
   public:
-    AlgorithmControlRequest(int command, soap* soap);
-    ~AlgorithmControlRequest() override;
+    AlgorithmControlRequest(int command, soap* soap)
+        : SoapRequest("AlgorithmControl", soap), m_command(command)
+    {
+    }
 
   protected:
     int DoExecute() override;

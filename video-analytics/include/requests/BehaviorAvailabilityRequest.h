@@ -26,8 +26,6 @@ using AvailabilityList = std::vector<std::pair<analytics::Manifest, Availability
 class BehaviorAvailabilityRequest : public SoapRequest
 {
   public:
-    ~BehaviorAvailabilityRequest() override;
-
     // After Execute() returned 0: the plug-ins that users can configure, and in `hidden` the others, both
     // in the platform's order.
     const AvailabilityList& BehaviorAvailabilities(AvailabilityList& hidden) const;

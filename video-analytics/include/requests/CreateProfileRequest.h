@@ -12,7 +12,6 @@ class CreateProfileRequest : public SoapRequest
 {
   public:
     CreateProfileRequest(const std::string& name, soap* soap);
-    ~CreateProfileRequest() override;
 
     // The new profile's identifier, -1 if there is none.
     int ProfileId() const { return m_profileId; }

@@ -12,8 +12,10 @@ class DeleteProfileBehaviorRequest : public SoapRequest
 {
   public:
     // Keeps a reference to `behaviorId`: the message must outlive the request.
-    DeleteProfileBehaviorRequest(int profileId, const std::string& behaviorId, soap* soap);
-    ~DeleteProfileBehaviorRequest() override;
+    DeleteProfileBehaviorRequest(int profileId, const std::string& behaviorId, soap* soap)
+        : SoapRequest("DeleteProfileBehavior", soap), m_profileId(profileId), m_behaviorId(behaviorId)
+    {
+    }
 
   protected:
     int DoExecute() override;

@@ -9,8 +9,10 @@ namespace analyticsapi
 class DeleteProfileRequest : public SoapRequest
 {
   public:
-    DeleteProfileRequest(int profileId, soap* soap);
-    ~DeleteProfileRequest() override;
+    DeleteProfileRequest(int profileId, soap* soap)
+        : SoapRequest("DeleteProfile", soap), m_profileId(profileId)
+    {
+    }
 
   protected:
     int DoExecute() override;

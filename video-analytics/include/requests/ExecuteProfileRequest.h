@@ -9,8 +9,10 @@ namespace analyticsapi
 class ExecuteProfileRequest : public SoapRequest
 {
   public:
-    ExecuteProfileRequest(int profileId, soap* soap);
-    ~ExecuteProfileRequest() override;
+    ExecuteProfileRequest(int profileId, soap* soap)
+        : SoapRequest("ExecuteProfile", soap), m_profileId(profileId)
+    {
+    }
 
   protected:
     int DoExecute() override;

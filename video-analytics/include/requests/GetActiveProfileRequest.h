@@ -10,7 +10,6 @@ class GetActiveProfileRequest : public SoapRequest
 {
   public:
     explicit GetActiveProfileRequest(soap* soap);
-    ~GetActiveProfileRequest() override;
 
     // -1 if no profile is active.
     int ActiveProfileId() const { return m_activeProfileId; }

@@ -10,8 +10,10 @@ class GetBehaviorAvailability2Request : public BehaviorAvailabilityRequest
 {
   public:
     // Keeps a reference: the list must outlive the request.
-    GetBehaviorAvailability2Request(const std::vector<std::string>& activeBehaviors, soap* soap);
-    ~GetBehaviorAvailability2Request() override;
+    GetBehaviorAvailability2Request(const std::vector<std::string>& activeBehaviors, soap* soap)
+        : BehaviorAvailabilityRequest("GetBehaviorAvailability2", soap), m_activeBehaviors(activeBehaviors)
+    {
+    }
 
   protected:
     int DoExecute() override;

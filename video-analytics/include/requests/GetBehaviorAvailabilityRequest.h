@@ -10,8 +10,10 @@ class GetBehaviorAvailabilityRequest : public BehaviorAvailabilityRequest
 {
   public:
     // A negative identifier, or one that no profile has, stands for a profile with nothing active.
-    GetBehaviorAvailabilityRequest(int profileId, soap* soap);
-    ~GetBehaviorAvailabilityRequest() override;
+    GetBehaviorAvailabilityRequest(int profileId, soap* soap)
+        : BehaviorAvailabilityRequest("GetBehaviorAvailability", soap), m_profileId(profileId)
+    {
+    }
 
   protected:
     int DoExecute() override;

@@ -12,8 +12,10 @@ class GetDefaultConfigurationRequest : public SoapRequest
 {
   public:
     // Keeps a reference to `behaviorId`: the message must outlive the request.
-    GetDefaultConfigurationRequest(const std::string& behaviorId, soap* soap);
-    ~GetDefaultConfigurationRequest() override;
+    GetDefaultConfigurationRequest(const std::string& behaviorId, soap* soap)
+        : SoapRequest("GetDefaultConfiguration", soap), m_behaviorId(behaviorId)
+    {
+    }
 
     // Empty if the plug-in has no default.
     const std::string& Config() const { return m_config; }

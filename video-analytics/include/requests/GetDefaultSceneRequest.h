@@ -12,7 +12,6 @@ class GetDefaultSceneRequest : public SoapRequest
 {
   public:
     explicit GetDefaultSceneRequest(soap* soap);
-    ~GetDefaultSceneRequest() override;
 
     // As the plug-in has it, less the XML declaration. Empty if it delivers none.
     const std::string& Scene() const { return m_scene; }

@@ -12,8 +12,10 @@ namespace analyticsapi
 class GetProfileBehaviorRequest : public SoapRequest
 {
   public:
-    GetProfileBehaviorRequest(int profileId, const std::string& behaviorId, soap* soap);
-    ~GetProfileBehaviorRequest() override;
+    GetProfileBehaviorRequest(int profileId, const std::string& behaviorId, soap* soap)
+        : SoapRequest("GetProfileBehavior", soap), m_profileId(profileId), m_behaviorId(behaviorId)
+    {
+    }
 
     const std::string& ProfileBehavior() const { return m_profileBehavior; }
 

@@ -16,7 +16,6 @@ class GetProfileListRequest : public SoapRequest
 {
   public:
     explicit GetProfileListRequest(soap* soap);
-    ~GetProfileListRequest() override;
 
     // In the order that clients see.
     const ProfileSummaries& ProfileList() const { return m_profileList; }

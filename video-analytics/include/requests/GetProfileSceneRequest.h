@@ -12,8 +12,10 @@ namespace analyticsapi
 class GetProfileSceneRequest : public SoapRequest
 {
   public:
-    GetProfileSceneRequest(int profileId, soap* soap);
-    ~GetProfileSceneRequest() override;
+    GetProfileSceneRequest(int profileId, soap* soap)
+        : SoapRequest("GetProfileScene", soap), m_profileId(profileId)
+    {
+    }
 
     // Empty until executed, and if what is stored can't be converted.
     const std::string& Scene() const { return m_scene; }

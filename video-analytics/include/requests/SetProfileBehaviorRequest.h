@@ -13,8 +13,10 @@ class SetProfileBehaviorRequest : public SoapRequest
 {
   public:
     // Keeps a reference to `behaviorId`: the message must outlive the request.
-    SetProfileBehaviorRequest(int id, const std::string& behaviorId, const std::string& config, soap* soap);
-    ~SetProfileBehaviorRequest() override;
+    SetProfileBehaviorRequest(int id, const std::string& behaviorId, const std::string& config, soap* soap)
+        : SoapRequest("SetProfileBehavior", soap), m_id(id), m_behaviorId(behaviorId), m_config(config)
+    {
+    }
 
   protected:
     int DoExecute() override;

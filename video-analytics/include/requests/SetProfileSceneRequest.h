@@ -12,8 +12,10 @@ namespace analyticsapi
 class SetProfileSceneRequest : public SoapRequest
 {
   public:
-    SetProfileSceneRequest(int profileId, const std::string& scene, soap* soap);
-    ~SetProfileSceneRequest() override;
+    SetProfileSceneRequest(int profileId, const std::string& scene, soap* soap)
+        : SoapRequest("SetProfileScene", soap), m_profileId(profileId), m_scene(scene)
+    {
+    }
 
   protected:
     int DoExecute() override;

@@ -9,8 +9,9 @@ namespace analyticsapi
 class StopProfileRequest : public SoapRequest
 {
   public:
-    StopProfileRequest(int profileId, soap* soap);
-    ~StopProfileRequest() override;
+    StopProfileRequest(int profileId, soap* soap) : SoapRequest("StopProfile", soap), m_profileId(profileId)
+    {
+    }
 
   protected:
     int DoExecute() override;
