@@ -22,11 +22,6 @@ namespace
 
 using analytics::ProfileManager;
 
-constexpr const char* kRules[] = {
-    "loiteringdetection", "objectcounting", "camerasabotage",  "adaptivemotion",
-    "directionalmotion",  "objectremoval",  "abandonedobject", "stoppedvehicle",
-};
-
 std::filesystem::path Folder()
 {
     return std::filesystem::temp_directory_path() / ("varlo-benchmark-" + std::to_string(getpid()));
@@ -64,9 +59,11 @@ std::string DefaultOf(const std::string& rule)
 
 void AddRules(ProfileManager& manager, int profile, int count)
 {
+    analytics::ManifestArray rules;
+    analytics::PluginManager().GetRulesManifests(rules);
     for (int i = 0; i < count; ++i)
     {
-        const std::string id = std::string("com.varlo.rule.") + kRules[i];
+        const std::string id = rules[static_cast<std::size_t>(i)].Id();
         manager.SetRuleConfig(profile, id, DefaultOf(id), true);
     }
 }
