@@ -21,6 +21,8 @@ compressed(${CMAKE_CURRENT_SOURCE_DIR}/man/varlo-analytics-settings.5 ${CMAKE_IN
 if(TARGET varlo-analytics)
     compressed(${CMAKE_CURRENT_SOURCE_DIR}/man/varlo-analytics.1 ${CMAKE_INSTALL_MANDIR}/man1
         varlo-analytics.1 client)
+    install(FILES ${CMAKE_SOURCE_DIR}/docs/fleet.md DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${package_client}
+        COMPONENT client)
 endif()
 
 foreach(component ${components})

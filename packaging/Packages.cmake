@@ -43,7 +43,9 @@ debian_package(host net "${package_api}, ${package_platform}, systemd | systemd-
     "The process that hosts the service, its plug-ins and settings, and the"
     "WSDL for the clients. It runs without privileges under systemd.")
 debian_package(client utils "" "command-line client of a camera's video analytics"
-    "Shows, edits, saves and copies analytic profiles from a shell.")
+    "Shows, edits, saves and copies analytic profiles from a shell, and keeps those"
+    "of many cameras as the files of a folder say, also with Ansible.")
+set(CPACK_DEBIAN_CLIENT_PACKAGE_SUGGESTS ansible-core)
 debian_package(dev libdevel "${package_api}@SAME@, ${package_platform}@SAME@"
     "development files of a camera's video analytics"
     "Headers, CMake package and pkg-config files for another platform layer or"

@@ -123,11 +123,12 @@ struct Fleet::Shared
             eventfd_t unused = 0;
             if (waits[0].revents != 0)
                 return eventfd_read(ended, &unused) == 0;
+            if (ready > 0)
+                signals.Take();
             const bool again = interrupted.exchange(true);
             stopped = true;
             if (ready == 0 || again)
                 break;
-            signals.Take();
             end = Clock::now() + kGrace;
         }
         const std::lock_guard<std::mutex> lock(mutex);

@@ -38,8 +38,8 @@ class Camera:
         return "<profileId>1</profileId>"
 
     def GetBehaviorAvailability(self, field):
-        rows = "".join(f'<behavior type="{id}" userName="" availability="2" supportAdvanceMode="false" '
-                       f'fixedPosition="false"/>' for id in self.behaviors)
+        rows = "".join(f"<behavior><type>{id}</type><userName/><availability>2</availability><supportAdvanceMode>false"
+                       f"</supportAdvanceMode><fixedPosition>false</fixedPosition></behavior>" for id in self.behaviors)
         return f"<behaviors>{rows}</behaviors>"
 
     def GetProfileBehavior(self, field):
