@@ -11,6 +11,7 @@
 #include <cstdio>
 #include <cstring>
 #include <string>
+#include <string_view>
 
 namespace analytics::kestrile
 {
@@ -41,7 +42,8 @@ const char* StatusOf(const char* key, const char* val)
 // version. It keeps the line that said it.
 const char* VersionOf(const soap& context)
 {
-    return std::strstr(context.msgbuf, " HTTP/1.0") != nullptr ? "1.0" : context.http_version;
+    const std::string_view line(context.msgbuf, strnlen(context.msgbuf, sizeof context.msgbuf));
+    return line.find(" HTTP/1.0") != std::string_view::npos ? "1.0" : context.http_version;
 }
 
 } // namespace
