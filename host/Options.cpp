@@ -62,9 +62,20 @@ std::variant<Options, int> ReadOptions(int argc, char** argv)
     app.add_option("--library", options.library, "API library to load")
         ->type_name("FILE")
         ->capture_default_str();
-    app.add_flag("--recover", options.recover,
-                 "Save what can be read of a damaged profile store, keep the damaged files, and start");
-    app.set_version_flag("--version", "varlo-analytics-host " VERSION);
+    app.add_flag(
+        "--recover", options.recover,
+        "Put the last good copy in the place of a damaged profile store, keep the damaged files, and "
+        "start");
+    auto* const backup =
+        app.add_option("--backup", options.backup,
+                       "Copy the profile store to FILE, which must not exist yet, and end; a service may run")
+            ->type_name("FILE");
+    app.add_option("--restore", options.restore,
+                   "Put such a copy in the place of the profile store, and end; no service may run")
+        ->type_name("FILE")
+        ->excludes(backup);
+    app.set_version_flag("--version", "varlo-analytics-host " VERSION "\nSQLite " +
+                                          analytics::platform::StoreLibraryVersion());
     try
     {
         app.parse(argc, argv);

@@ -9,7 +9,9 @@ struct Options
 {
     analytics::platform::Configuration platform;
     std::string library;  // file of the API library
-    bool recover = false; // save what can be read of a damaged profile store before the start
+    bool recover = false; // put the last good copy in the place of a damaged store before the start
+    std::string backup;   // file to copy the profile store to, instead of serving; empty: none
+    std::string restore;  // copy to put in the place of the profile store, instead of serving
 };
 
 // What the command line asks for, or the exit code if it has been answered already: 0 for --help and

@@ -78,15 +78,32 @@ void Report(const std::string& sentence)
     std::fprintf(stderr, "varlo-analytics-host: %s\n", sentence.c_str());
 }
 
+// Copies of the store, for which nothing else has to be there. The sentence on what was done; none for a
+// service.
+std::string Maintain(const Options& options)
+{
+    const std::string& state = options.platform.stateFolder;
+    if (!options.backup.empty())
+        return analytics::platform::BackUpStore(state, options.backup);
+    if (!options.restore.empty())
+        return analytics::platform::RestoreStore(state, options.restore);
+    return "";
+}
+
 int Run(Options options)
 {
+    if (const std::string done = Maintain(options); !done.empty())
+    {
+        Report(done);
+        return 0;
+    }
     const sigset_t signals = BlockSignals();
     RaiseDescriptorLimit();
     SetUpAllocator();
     options.platform.onListening = ReportListening;
     analytics::platform::Configure(options.platform);
     if (options.recover)
-        Report(analytics::platform::RecoverStore());
+        Report(analytics::platform::RecoverStore(options.platform.stateFolder));
     Service service(Library(options.library), kServiceEnded);
 
     int received = 0;

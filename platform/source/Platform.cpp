@@ -5,6 +5,9 @@
 #include "settings/SettingsSource.h"
 #include "threads/OncePerRequest.h"
 
+#include <utility>
+#include <vector>
+
 namespace analytics::platform
 {
 namespace
@@ -12,6 +15,7 @@ namespace
 thread_local std::uint64_t gRequests = 0; // that this thread has begun
 thread_local bool gWithinRequest = false;
 thread_local const Caller* gCaller = nullptr;
+thread_local std::vector<std::function<void()>> gAtEnd;
 
 Configuration& Stored()
 {
@@ -28,11 +32,16 @@ RequestScope::RequestScope()
 
 RequestScope::RequestScope(const Caller& caller) : RequestScope() { gCaller = &caller; }
 
+// The actions belong to the request still.
 RequestScope::~RequestScope()
 {
+    for (; !gAtEnd.empty(); gAtEnd.pop_back())
+        gAtEnd.back()();
     gWithinRequest = false;
     gCaller = nullptr;
 }
+
+void AtRequestEnd(std::function<void()> action) { gAtEnd.push_back(std::move(action)); }
 
 const Caller* CurrentCaller() { return gCaller; }
 

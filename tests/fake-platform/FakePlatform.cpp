@@ -4,6 +4,8 @@
 #include <analytics/ProfileManager.h>
 #include <analytics/Settings.h>
 
+#include "types/DocumentLimit.h"
+
 #include <algorithm>
 #include <cassert>
 #include <cstdlib>
@@ -192,6 +194,8 @@ std::string Settings::EnginePattern()
     const fake::Call call("EnginePattern");
     return "com.varlo.engine.";
 }
+
+bool platform::AdmitElements(std::size_t count) { return count <= 1'000'000; }
 
 } // namespace analytics
 

@@ -25,19 +25,21 @@ class Options(unittest.TestCase):
     def test_help_and_version(self):
         answer = run("--help")
         self.assertEqual(answer.returncode, 0)
-        for option in ("--listen", "--settings", "--plugins", "--state", "--library", "--recover", "--help", "--version"):
+        for option in ("--listen", "--settings", "--plugins", "--state", "--library", "--recover", "--backup", "--restore",
+                       "--help", "--version"):
             self.assertIn(option, answer.stdout)
         for default in ("/etc/varlo-analytics/settings.xml", "/usr/share/varlo-analytics/plugins", "/var/lib/varlo-analytics"):
             self.assertIn(default, answer.stdout)
         version = run("--version")
         self.assertEqual(version.returncode, 0)
-        self.assertRegex(version.stdout, r"^varlo-analytics-host \d+\.\d+\.\d+\n$")
+        self.assertRegex(version.stdout, r"^varlo-analytics-host \d+\.\d+\.\d+\nSQLite 3\.\d+\.\d+\n$")
 
     def test_wrong_options_exit_2_and_are_named(self):
         for options, named in ((["--colour"], "--colour"), (["--state"], "--state"), (["extra"], "extra"),
                                (["--listen", "8080"], "8080"), (["--listen", "127.0.0.1:65536"], "65536"),
                                (["--listen", "127.0.0.1:80x"], "80x"), (["--listen", "::1:80"], "::1:80"),
-                               (["--listen", ":80"], ":80"), (["--listen", "127.0.0.1:"], "127.0.0.1:")):
+                               (["--listen", ":80"], ":80"), (["--listen", "127.0.0.1:"], "127.0.0.1:"),
+                               (["--backup", "a", "--restore", "b"], "--restore")):
             with self.subTest(options=options):
                 answer = run(*options)
                 self.assertEqual(answer.returncode, 2)
@@ -105,8 +107,7 @@ class BadDays(unittest.TestCase):
     def test_damaged_store_is_recovered_when_told_so(self):
         self.host.start()
         self.host.call("CreateProfile", name="Day")
-        self.host.call("CreateProfile", name="Night")
-        self.host.call("DeleteProfile", profileId=2)
+        self.host.restart()  # with a last good copy
         self.host.stop()
         store = self.host.state / "profiles.db"
         damaged = b"x" * 100 + store.read_bytes()[100:]
@@ -116,12 +117,48 @@ class BadDays(unittest.TestCase):
 
         self.host.options = ["--recover"]
         self.host.start()
-        self.assertIn("saved 1 profile and 0 configurations; lost: nothing", self.host.errors[0])
+        self.assertRegex(self.host.errors[0], r"the last good copy, \d+ \w+ old, is in its place and holds 1 profile and "
+                                              r"0 configurations; what was there is kept as .*damaged-1")
         self.assertEqual((self.host.state / "profiles.db.damaged-1").read_bytes(), damaged)
         self.assertEqual([p.text for p in self.host.call("GetProfileList").iter("profile")], ["Day"])
-        self.assertEqual(self.host.call("CreateProfile", name="new").findtext("profileId"), "3")
+        self.assertEqual(self.host.call("CreateProfile", name="new").findtext("profileId"), "2")
         self.host.restart()
         self.assertIn("is sound; nothing was changed", self.host.errors[0])
+
+    def test_damaged_store_without_a_copy_is_not_recovered(self):
+        self.host.start()
+        self.host.stop()
+        (self.host.state / "profiles.db").write_bytes(b"")
+        self.ends_with("it is damaged")  # of no length beside a copy
+        (self.host.state / "profiles.db").write_bytes(b"x" * 10000)
+        (self.host.state / "profiles.db.last").unlink()
+        self.host.options = ["--recover"]
+        self.ends_with("is damaged, and there is no last good copy")
+        self.assertEqual((self.host.state / "profiles.db").read_bytes(), b"x" * 10000)
+
+    def test_backup_and_restore(self):
+        self.host.start()
+        self.host.call("CreateProfile", name="Day")
+        copy = self.host.folder / "copy.db"
+        state = ["--state", str(self.host.state)]
+        answer = run("--backup", str(copy), *state)
+        self.assertEqual((answer.returncode, answer.stdout), (0, ""))
+        self.assertIn(f"saved 1 profile and 0 configurations to {copy}", answer.stderr)
+        self.assertEqual(copy.stat().st_mode & 0o777, 0o600)
+        before = copy.read_bytes()
+        answer = run("--backup", str(copy), *state)
+        self.assertEqual(answer.returncode, 1)
+        self.assertIn("exists", answer.stderr)
+        self.assertEqual(copy.read_bytes(), before)
+        self.host.call("DeleteProfile", profileId=1)
+        answer = run("--restore", str(copy), *state)
+        self.assertEqual(answer.returncode, 1)
+        self.assertIn("in use by another process", answer.stderr)
+        self.host.stop()
+        answer = run("--restore", str(copy), *state)
+        self.assertEqual(answer.returncode, 0, answer.stderr)
+        self.host.start()
+        self.assertEqual([p.text for p in self.host.call("GetProfileList").iter("profile")], ["Day"])
 
     def test_plugin_with_a_broken_manifest_is_named_once_and_left_out(self):
         self.host.plugins = self.host.folder / "plugins"

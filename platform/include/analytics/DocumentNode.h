@@ -32,8 +32,8 @@ class DocumentNode
     void SetProperty(const std::string& name, const std::string& value);
 
     // Appends an element in the namespace of this one; an empty value adds no text. The caller owns the
-    // handle. Null if this is no element, `name` is no unprefixed name, or the document is full: a
-    // document takes a million new elements and can't be dumped after one more.
+    // handle. Null if this is no element, `name` is no unprefixed name, or the document is full:
+    // one that is made of a client's can't be dumped then.
     DocumentNode* AddNewChild(const std::string& name, const std::string& value);
     DocumentNode* AddNewChild(const std::string& name, int value);
 

@@ -49,10 +49,23 @@ class RequestScope
     RequestScope& operator=(const RequestScope&) = delete;
 };
 
-// Saves what can be read of a damaged profile store into a new one, and keeps the damaged files beside it
-// under another name. Does nothing to a sound store. Returns a sentence on what was done, for the
-// operator. After Configure(), before a profile manager is made. Throws AnalyticsFault.
-std::string RecoverStore();
+// Each needs no Configure(), returns a sentence on what it did, for the operator, and throws AnalyticsFault.
+// What a store is replaced by was checked before, and what was there is kept beside it.
+//
+// Makes a copy of the profile store in `stateFolder` at `file`, which must not exist yet. A service may have the
+// store open.
+std::string BackUpStore(const std::string& stateFolder, const std::string& file);
+// Puts such a copy in the place of the store, which no service may have open.
+std::string RestoreStore(const std::string& stateFolder, const std::string& file);
+// Puts the last good copy in the place of a damaged store, and does nothing to a sound one.
+std::string RecoverStore(const std::string& stateFolder);
+
+// The version of SQLite in use.
+std::string StoreLibraryVersion();
+
+// Why the profile store can't be read or written now; empty if it can, or if none is open. Any thread; it may wait
+// for the disk, but for no change.
+std::string StoreHealth();
 
 // Why the last server could not come up; empty if it did or none was started. Any thread.
 std::string ServerFailure();

@@ -1,12 +1,13 @@
 #pragma once
 
+#include <analytics/Manifest.h>
 #include <analytics/ProfileSummary.h>
 
-#include "store/KeptReading.h"
-#include "store/MergedDocuments.h"
+#include "store/ReadCache.h"
 #include "store/Store.h"
-#include "store/StoredConfiguration.h"
+#include "store/StoreBackup.h"
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -17,58 +18,76 @@ namespace analytics
 // What is on or off for the camera as a whole.
 enum class ProfileSwitch
 {
-    kAnalytics, // on at first
-    kMD         // off at first
+    Analytics, // on at first
+    MD         // off at first
 };
 
-// The profiles as the database holds them. Every operation is one transaction. ClientFault for a
-// profile that doesn't exist and for what a profile doesn't hold, AnalyticsFault for what the database
-// refuses. `kind` is RulePlugin or EnginePlugin. Any thread.
+// A rule or engine as a profile holds it.
+struct StoredConfiguration
+{
+    PluginType kind = RulePlugin; // or EnginePlugin
+    std::string id;
+    std::string document;
+    bool active = false;
+};
+
+// The inside of ProfileManager: the profiles as the database holds them. Every operation is one transaction.
+// ClientFault for a profile that doesn't exist and for one that would hold more than the settings allow,
+// AnalyticsFault for what the database refuses. Any thread.
 class ProfileStore
 {
   public:
-    // Throws AnalyticsFault if the store can't be opened or another process has it.
-    explicit ProfileStore(const std::string& folder) : m_store(folder) {}
+    // Throws AnalyticsFault if the store can't be opened or another process has it. Says on standard error
+    // which profiles hold more than the settings allow.
+    explicit ProfileStore(const std::string& folder);
+    ~ProfileStore();
 
     int Create(const std::string& name);
     void Delete(int profile);
     void Activate(int profile);
-    void Deactivate(int profile); // nothing to do if it isn't the active one
-    void DeactivateAny();
-    std::optional<int> Active() const;
+    // Stops the profile if it is the active one; without one, whichever is active.
+    void Deactivate(std::optional<int> profile);
+    std::optional<int> Active();
 
-    std::vector<ProfileSummary> List() const; // in the order of creation
-    std::optional<ProfileSummary> Find(int profile) const;
-    void Require(int profile) const;
+    std::vector<ProfileSummary> List(); // in the order of creation
+    std::optional<ProfileSummary> Find(int profile);
+    void Require(int profile);
     // An empty optional keeps what the profile has.
     void Describe(int profile, const std::optional<std::string>& name,
                   const std::optional<std::string>& preset);
 
     void Switch(ProfileSwitch which, bool on);
-    bool On(ProfileSwitch which) const;
+    bool IsOn(ProfileSwitch which);
 
     // Nothing if there is no such profile.
-    std::optional<std::vector<std::string>> Ids(int profile, PluginType kind, bool onlyActive) const;
-    std::optional<std::string> Document(int profile, PluginType kind, const std::string& id) const;
-    // All rules and engines that the profile holds, engines first, each kind in the order of the
-    // identifiers. Empty if there is no such profile.
-    std::vector<StoredConfiguration> Configurations(int profile) const;
+    std::optional<std::vector<std::string>> Ids(int profile, PluginType kind, bool onlyActive);
+    std::optional<std::string> Document(int profile, PluginType kind, const std::string& id);
+    // The engine document of the whole profile; empty if it holds nothing or there is no such profile.
+    // AnalyticsFault if it holds more than the settings allow.
+    std::string Merged(int profile);
 
-    void Put(int profile, const StoredConfiguration& configuration);
-    // The same with a name and a preset; an empty one keeps what the profile has.
-    void Put(int profile, const StoredConfiguration& configuration, const std::string& name,
-             const std::string& preset);
+    // All of it or nothing. An empty name or preset keeps what the profile has.
+    void Put(int profile, const std::vector<StoredConfiguration>& configurations,
+             const std::string& name = "", const std::string& preset = "");
     bool Add(int profile, const StoredConfiguration& configuration);  // false if the profile holds it already
     bool Remove(int profile, PluginType kind, const std::string& id); // false if it doesn't hold it
 
-    MergedDocuments& Merged() { return m_merged; }
+    // Whether the profile could hold that as well, at most: ClientFault if not.
+    void RequireRoom(int profile, const StoredConfiguration& configuration);
 
   private:
-    mutable platform::Store m_store; // reading may open it anew
-    MergedDocuments m_merged;
-    mutable platform::KeptReading<std::vector<ProfileSummary>> m_list;
-    mutable platform::KeptReading<std::optional<int>> m_active;
-    mutable platform::KeptReading<bool> m_switches[2]; // in the order of ProfileSwitch
+    void BeginReading(int profile, std::int64_t bytes);
+    void CountProfiles();
+
+    template <class Operation>
+    void Change(const Operation& operation);
+
+    platform::LastGoodCopy m_copy;
+    platform::Store m_store;
+    platform::ReadCache<std::vector<ProfileSummary>> m_list{m_store};
+    platform::ReadCache<std::optional<int>> m_active{m_store};
+    platform::ReadCache<bool> m_switches{m_store}; // by ProfileSwitch
+    platform::ReadCache<std::string> m_merged{m_store};
 };
 
 } // namespace analytics

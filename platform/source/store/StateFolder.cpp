@@ -6,6 +6,7 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/stat.h>
 
 #include <cerrno>
 #include <filesystem>
@@ -42,6 +43,14 @@ void SyncFolder(const std::string& folder)
         fsync(handle.Get());
 }
 
+void GiveToOwner(const std::string& file)
+{
+    struct stat folder = {};
+    if (geteuid() == 0 && stat(FolderOf(file).c_str(), &folder) == 0 &&
+        chown(file.c_str(), folder.st_uid, folder.st_gid) != 0)
+        throw AnalyticsFault("The owner of " + file + " can't be set: " + Words(errno));
+}
+
 void StateFolder::Take()
 {
     std::filesystem::path folder(m_path);
@@ -54,6 +63,7 @@ void StateFolder::Take()
     if (!lock)
         throw AnalyticsFault("The state folder " + m_path + " can't be used: " + Words(errno) +
                              "; it has to be a folder in which the service may write");
+    GiveToOwner(path);
     if (flock(lock.Get(), LOCK_EX | LOCK_NB) != 0)
         throw AnalyticsFault(
             "The state folder " + m_path +

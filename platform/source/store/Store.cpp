@@ -2,16 +2,24 @@
 
 #include <analytics/Faults.h>
 
+#include "metrics/Metrics.h"
+#include "store/StoreBackup.h"
 #include "store/StoreConnection.h"
 #include "store/StoreFault.h"
-#include "store/StoreTransaction.h"
+#include "threads/OncePerRequest.h"
 
 #include <sqlite3.h>
+#include <unistd.h>
 
 #include <cerrno>
 
 namespace analytics::platform
 {
+namespace
+{
+constexpr const char* kLogSuffix = "-wal";
+} // namespace
+
 // A change that is written. Its end comes before anybody hears of it.
 class Store::Change
 {
@@ -25,19 +33,147 @@ class Store::Change
     Store& m_store;
 };
 
-void Store::Read(const Operation& operation)
+Store::Store(const std::string& folder)
+    : m_database(DatabaseIn(folder)), m_log(m_database + kLogSuffix), m_folder(folder)
 {
-    for (;;)
+    Open();
+}
+
+Store::~Store()
+{
+    const Hold holdWriter(m_writerLock);
+    const Hold holdReader(m_readerLock);
+    CloseConnections();
+}
+
+bool Store::Files::Same(const Files& other) const
+{
+    return database.error == 0 && database == other.database && log == other.log;
+}
+
+Store::Files Store::FilesNow() const { return {IdentityOf(m_database), IdentityOf(m_log)}; }
+
+bool Store::Usable()
+{
+    const Hold hold(m_filesLock);
+    return m_usable;
+}
+
+bool Store::Fresh()
+{
+    const Files now = FilesNow();
+    const Hold hold(m_filesLock);
+    return m_usable && m_files.Same(now);
+}
+
+// A request that has seen the files, and reads again within microseconds, doesn't look again.
+void Store::OpenForReading()
+{
+    struct Look
+    {
+        const Store* store = nullptr;
+        std::uint64_t request = 0;
+    };
+    thread_local Look last;
+    const std::uint64_t request = RequestOfThread();
+    if (request != 0 && last.request == request && last.store == this && Usable())
+        return;
+    Open();
+    last = {this, request};
+}
+
+Store::Files Store::FilesOpened()
+{
+    const Hold hold(m_filesLock);
+    return m_files;
+}
+
+void Store::SetUsable(bool usable)
+{
+    const Files now = FilesNow();
+    const Hold hold(m_filesLock);
+    m_usable = usable;
+    ++m_version;
+    if (usable)
+        m_files = now;
+}
+
+// Both connections are closed before one is opened: a log that one of them still holds belongs to the
+// old file, and SQLite would apply it to the new one.
+void Store::Open()
+{
+    if (Fresh())
+        return;
+    const Hold holdWriter(m_writerLock);
+    const Hold holdReader(m_readerLock);
+    if (Fresh())
+        return;
+    CloseConnections();
+    m_folder.Take();
+    FinishReplacement(m_database);
+    OpenConnections();
+    SetUsable(true);
+}
+
+void Store::OpenConnections()
+{
+    Connection writer;
+    Connection reader;
+    Guarded(
+        [&]
+        {
+            writer = std::make_unique<StoreConnection>(m_database, StoreConnection::Use::Write);
+            reader = std::make_unique<StoreConnection>(m_database, StoreConnection::Use::Read);
+        });
+    m_writer = std::move(writer);
+    m_reader = std::move(reader);
+}
+
+// SQLite looks after its log when it closes, but not for a file that has been moved away: then the log
+// goes along into that file, and whatever log lies at the path for the next file is none of ours.
+void Store::CloseConnections()
+{
+    SetUsable(false);
+    if (!m_writer)
+        return;
+    const Files opened = FilesOpened();
+    const Files now = FilesNow();
+    const bool moved = now.database != opened.database;
+    const bool logIsOurs = now.log.error == 0 && now.log == opened.log;
+    if (moved)
+        m_writer->EmptyLog();
+    for (Connection* connection : {&m_reader, &m_writer})
+    {
+        if (!logIsOurs)
+            (*connection)->LeaveLog();
+        connection->reset();
+    }
+    if (moved && logIsOurs)
+        unlink(m_log.c_str());
+}
+
+void Store::Read(const Operation& operation)
+try
+{
+    for (bool read = false; !read;)
     {
         OpenForReading();
         const Hold hold(m_readerLock);
         StoreConnection* const reader = m_reader.get();
-        if (reader != nullptr) // or another thread has just failed to open it
-            return Guarded([&] { operation(*reader); });
+        read = reader != nullptr; // or another thread has just failed to open it
+        if (read)
+            Guarded([&] { operation(*reader); });
     }
+    Report(Reading, "");
+}
+catch (const AnalyticsFault& fault)
+{
+    Report(Reading, fault.what());
+    throw;
 }
 
 void Store::Write(const Operation& operation)
+try
 {
     CommitGroup::Member member{operation};
     const CommitGroup::Turn turn(m_group, member);
@@ -48,6 +184,12 @@ void Store::Write(const Operation& operation)
         Fail(member.failure);
     if (member.outcome == CommitGroup::Outcome::kAlone)
         WriteAlone(operation);
+    Report(Writing, "");
+}
+catch (const AnalyticsFault& fault)
+{
+    Report(Writing, fault.what());
+    throw;
 }
 
 void Store::WriteAlone(const Operation& operation)
@@ -65,6 +207,7 @@ void Store::WriteAlone(const Operation& operation)
                 StoreTransaction transaction(*writer);
                 operation(*writer);
                 transaction.Commit();
+                gStoreCommits.Add();
             });
     }
 }
@@ -118,6 +261,7 @@ void Store::CommitTogether(StoreConnection& writer, const std::vector<CommitGrou
             member->outcome = CommitGroup::Outcome::kCommitted;
     within = false;
     transaction.Commit();
+    gStoreCommits.Add();
 }
 
 // SQLite keeps no errno for every error; what the action leaves is that of its last failed call, for
@@ -141,11 +285,46 @@ void Store::Guarded(const std::function<void()>& action)
 
 void Store::Fail(const CommitGroup::Failure& failure)
 {
-    const std::string folder = m_database.substr(0, m_database.rfind('/'));
-    const StoreFault fault = ExplainStoreFault(failure.code, failure.systemError, folder, failure.detail);
+    const StoreFault fault =
+        ExplainStoreFault(failure.code, failure.systemError, FolderOf(m_database), failure.detail);
     if (fault.reopen)
         SetUsable(false);
+    gStoreErrors.Add();
     throw AnalyticsFault(fault.sentence + failure.advice);
+}
+
+// The operator hears when it begins and when it has ended.
+void Store::Report(Way way, const std::string& failure)
+{
+    if (failure.empty() && !m_failing[way])
+        return;
+    const Hold hold(m_filesLock);
+    m_failures[way] = failure;
+    m_failing[way] = !failure.empty();
+    if (!failure.empty())
+        m_outage.Begin(failure);
+    else if (m_failures[Reading].empty() && m_failures[Writing].empty())
+        m_outage.End("The profile store in " + FolderOf(m_database) + " works again");
+}
+
+std::string Store::Failure()
+{
+    {
+        const Hold hold(m_filesLock);
+        if (!m_failures[Writing].empty())
+            return m_failures[Writing];
+    }
+    try
+    {
+        Read([](StoreConnection& connection) { Query(connection, "SELECT one FROM state").Next(); });
+    }
+    catch (const AnalyticsFault& fault)
+    {
+        return fault.what();
+    }
+    if (access(m_database.c_str(), W_OK) != 0)
+        return ExplainStoreFault(SQLITE_READONLY, 0, FolderOf(m_database), "").sentence;
+    return "";
 }
 
 } // namespace analytics::platform

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "files/FileIdentity.h"
+#include "files/Outage.h"
 #include "store/CommitGroup.h"
 #include "store/StateFolder.h"
 #include "threads/Lock.h"
@@ -10,6 +11,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace analytics::platform
@@ -33,6 +35,14 @@ class Store
     // Within a request (RequestScope) the first reading looks whether the files are still the same; every
     // change does.
     void Read(const Operation& operation);
+    // The same for what `ask` returns, a value that can be made without arguments.
+    template <class Ask>
+    auto Get(const Ask& ask)
+    {
+        decltype(ask(std::declval<StoreConnection&>())) value{};
+        Read([&](StoreConnection& connection) { value = ask(connection); });
+        return value;
+    }
     // In one transaction, which is on the disk on return. What the operation throws takes it back, and so
     // does a fault, except one that says to look; nothing else does. Operations that come at the same time
     // may share a transaction, on a thread of any of them; an operation may run again after it was taken
@@ -46,6 +56,10 @@ class Store
     std::uint64_t Version() const { return m_version.load(std::memory_order_acquire); }
     // How many changes wait for the one that is being written.
     std::size_t Waiting() { return m_group.Waiting(); }
+    // Why the store can't be read or written now, as a sentence; empty if it can. After a change that failed,
+    // that failure until one succeeds. Waits for no change.
+    std::string Failure();
+    const std::string& File() const { return m_database; }
 
   private:
     using Connection = std::unique_ptr<StoreConnection>;
@@ -60,6 +74,11 @@ class Store
     };
 
     class Change;
+    enum Way
+    {
+        Reading,
+        Writing
+    };
 
     bool Usable();
     bool Fresh();
@@ -77,6 +96,7 @@ class Store
     void SetUsable(bool usable);
     void Guarded(const std::function<void()>& action);
     [[noreturn]] void Fail(const CommitGroup::Failure& failure);
+    void Report(Way way, const std::string& failure);
 
     const std::string m_database; // path of the file
     const std::string m_log;
@@ -91,6 +111,11 @@ class Store
     Connection m_reader ANALYTICS_GUARDED_BY(m_readerLock);
     Files m_files ANALYTICS_GUARDED_BY(m_filesLock);
     bool m_usable ANALYTICS_GUARDED_BY(m_filesLock) = false;
+    // Why what was tried last has failed, by Way; empty if it hasn't. The flags tell the same without the
+    // lock.
+    std::string m_failures[2] ANALYTICS_GUARDED_BY(m_filesLock);
+    std::atomic<bool> m_failing[2] = {false, false};
+    Outage m_outage ANALYTICS_GUARDED_BY(m_filesLock);
 };
 
 } // namespace analytics::platform

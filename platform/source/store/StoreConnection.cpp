@@ -3,9 +3,11 @@
 #include <analytics/Faults.h>
 
 #include "files/FileStamp.h"
-#include "store/StoreSchema.h"
 
 #include <sqlite3.h>
+
+#include <cerrno>
+#include <iterator>
 
 namespace analytics::platform
 {
@@ -13,46 +15,144 @@ namespace
 {
 constexpr int kBusyMilliseconds = 5000;
 constexpr int kPrimaryCode = 0xff; // without what refines it
-constexpr int kOpen = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX;
+// Row N leads from version N to version N + 1. A row that was delivered never changes.
+constexpr const char* kSteps[] = {
+    // AUTOINCREMENT: the identifier of a deleted profile is never given again. Identifiers are C++
+    // ints. `kind` is a PluginType. There is one row of state.
+    R"(
+CREATE TABLE profile (
+    id INTEGER PRIMARY KEY AUTOINCREMENT CHECK (id BETWEEN 1 AND 2147483647),
+    name TEXT NOT NULL,
+    preset TEXT NOT NULL DEFAULT ''
+) STRICT;
+CREATE TABLE configuration (
+    profile INTEGER NOT NULL REFERENCES profile (id) ON DELETE CASCADE,
+    kind INTEGER NOT NULL,
+    plugin TEXT NOT NULL,
+    active INTEGER NOT NULL,
+    document TEXT NOT NULL,
+    PRIMARY KEY (profile, kind, plugin)
+) STRICT;
+CREATE TABLE state (
+    one INTEGER PRIMARY KEY CHECK (one = 1),
+    active_profile INTEGER REFERENCES profile (id) ON DELETE SET NULL,
+    analytics_run INTEGER NOT NULL,
+    md_active INTEGER NOT NULL
+) STRICT;
+INSERT INTO state VALUES (1, NULL, 1, 0);
+)",
+    // What the analytics engine was shown last, and the how manieth time that was.
+    R"(
+ALTER TABLE state ADD COLUMN sequence INTEGER NOT NULL DEFAULT 0;
+ALTER TABLE state ADD COLUMN shown TEXT NOT NULL DEFAULT '';
+)",
+};
+// What the tables have to answer.
+constexpr const char* kProbes[] = {
+    "SELECT count(*) = 1 FROM (SELECT one, active_profile, analytics_run, md_active, sequence, shown"
+    " FROM state)",
+    "SELECT count(*) >= 0 FROM (SELECT id, name, preset FROM profile LIMIT 1)",
+    "SELECT count(*) >= 0 FROM (SELECT profile, kind, plugin, active, document FROM configuration LIMIT 1)",
+};
+constexpr int kMaxVersion = 1000; // of any service to come; more is damage
+static_assert(std::size(kSteps) == kSchemaVersion);
 
 int Flags(StoreConnection::Use use)
 {
-    return use == StoreConnection::Use::kWrite ? kOpen | SQLITE_OPEN_CREATE : kOpen;
+    const int open = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX;
+    return use == StoreConnection::Use::Write ? open | SQLITE_OPEN_CREATE : open;
+}
+
+// No file is empty once it has had a log, which SQLite would throw away, or a copy of it was made.
+const std::string& RequireNotEmptied(const std::string& file)
+{
+    const FileStamp stamp = StampOf(file);
+    if (stamp.size == 0 &&
+        (StampOf(file + "-wal").size > 0 || (stamp.error == 0 && StampOf(LastCopyOf(file)).size > 0)))
+        throw SQLite::Exception("nothing is left of it", SQLITE_CORRUPT);
+    return file;
+}
+
+void RequireWhole(SQLite::Database& database)
+{
+    if (database.execAndGet("PRAGMA integrity_check(1)").getString() != "ok")
+        throw SQLite::Exception("damaged", SQLITE_CORRUPT);
+}
+
+void RequireComplete(SQLite::Database& database)
+{
+    for (const char* probe : kProbes)
+        if (database.execAndGet(probe).getInt() == 0)
+            throw SQLite::Exception("incomplete", SQLITE_CORRUPT);
+}
+
+// The version of the store, in the bounds that this service knows.
+int KnownVersion(SQLite::Database& database)
+{
+    const int version = database.execAndGet("PRAGMA user_version").getInt();
+    if (version < 0 || version > kMaxVersion)
+        throw SQLite::Exception("no version", SQLITE_CORRUPT);
+    if (version > kSchemaVersion)
+        throw AnalyticsFault("The profile store " + database.getFilename() +
+                             " was written by a newer version of this service; run that version, or choose "
+                             "another state folder");
+    return version;
+}
+
+void BringUpToDate(SQLite::Database& database)
+{
+    if (KnownVersion(database) == kSchemaVersion)
+        return;
+    SQLite::Transaction transaction(database, SQLite::TransactionBehavior::IMMEDIATE);
+    const int version = KnownVersion(database);
+    // A file that isn't empty has lost its version.
+    if (version == 0 && database.execAndGet("SELECT count(*) FROM sqlite_schema").getInt() != 0)
+        throw SQLite::Exception("no version", SQLITE_CORRUPT);
+    for (int step = version; step < kSchemaVersion; ++step)
+        database.exec(kSteps[step]);
+    database.exec("PRAGMA user_version = " + std::to_string(kSchemaVersion));
+    transaction.commit();
 }
 } // namespace
 
 StoreConnection::StoreConnection(const std::string& file, Use use)
-    : m_database(file, Flags(use), kBusyMilliseconds)
+    : m_database(RequireNotEmptied(file), Flags(use), kBusyMilliseconds)
 {
     // SQLite opens a file that it may not write for reading only, and says nothing. The next statement
     // would give the log the same mode, which it would keep when the file is writable again.
     if (sqlite3_db_readonly(m_database.getHandle(), "main") == 1)
         throw SQLite::Exception("read-only", SQLITE_READONLY);
     sqlite3_extended_result_codes(m_database.getHandle(), 1);
-    if (use == Use::kWrite)
-        Prepare();
-    else
+    if (use == Use::Write)
     {
-        Configure();
-        m_database.exec("PRAGMA query_only = ON");
+        Prepare();
+        return;
     }
+    // While one connection begins the log anew and another brings it in, SQLite 3.7.0 to 3.51.2 can lose
+    // pages that were committed: the one that writes does both.
+    Configure();
+    m_database.exec("PRAGMA query_only = ON; PRAGMA wal_autocheckpoint = 0");
+    BringLogInOnClosing(false);
 }
 
 void StoreConnection::Configure()
 {
     // FULL: a commit is on the disk when it returns. The log is cut back to a size that stays small.
-    // What is deleted is overwritten: a recovery that looks at single pages must not find it.
-    m_database.exec("PRAGMA foreign_keys = ON; PRAGMA synchronous = FULL;"
-                    "PRAGMA journal_size_limit = 4194304; PRAGMA secure_delete = ON");
+    m_database.exec(
+        "PRAGMA foreign_keys = ON; PRAGMA synchronous = FULL; PRAGMA journal_size_limit = 4194304");
+}
+
+void RequireSound(SQLite::Database& database)
+{
+    RequireWhole(database);
+    if (KnownVersion(database) == 0)
+        throw SQLite::Exception("no version", SQLITE_CORRUPT);
+    RequireComplete(database);
 }
 
 // A damaged file stays as it was found: nothing is written to it before it is known to be whole.
 void StoreConnection::Prepare()
 {
-    // SQLite throws the log of an empty file away. No file is empty once it has had a log.
-    const std::string& file = m_database.getFilename();
-    if (StampOf(file).size == 0 && StampOf(file + "-wal").size > 0)
-        throw SQLite::Exception("its log is all there is", SQLITE_CORRUPT);
     BringLogInOnClosing(false);
     try
     {
@@ -71,16 +171,10 @@ void StoreConnection::Prepare()
 
 void StoreConnection::Verify()
 {
-    if (m_database.execAndGet("PRAGMA quick_check(1)").getString() != "ok")
-        throw SQLite::Exception("damaged", SQLITE_CORRUPT);
+    RequireWhole(m_database);
     m_database.exec("PRAGMA journal_mode = WAL");
-    if (!BringUpToDate(m_database))
-        throw AnalyticsFault(
-            "The profile store " + m_database.getFilename() +
-            " was written by a newer version of this service; run that version, or choose another "
-            "state folder");
-    if (!IsComplete(m_database))
-        throw SQLite::Exception("incomplete", SQLITE_CORRUPT);
+    BringUpToDate(m_database);
+    RequireComplete(m_database);
 }
 
 void StoreConnection::BringLogInOnClosing(bool on)
@@ -116,5 +210,57 @@ void StoreConnection::LeaveLog()
 void StoreConnection::EmptyLog() { m_database.tryExec("PRAGMA wal_checkpoint(TRUNCATE)"); }
 
 Query::~Query() { m_statement.tryReset(); }
+
+StoreTransaction::StoreTransaction(StoreConnection& connection) : m_connection(connection)
+{
+    Run("BEGIN IMMEDIATE");
+}
+
+// SQLite has taken back by itself what failed in some ways.
+StoreTransaction::~StoreTransaction()
+{
+    if (m_open && sqlite3_get_autocommit(m_connection.Database().getHandle()) == 0)
+        m_connection.Database().tryExec("ROLLBACK");
+}
+
+bool StoreTransaction::Try(const std::function<void(StoreConnection&)>& part)
+{
+    Run("SAVEPOINT part");
+    bool done = false;
+    try
+    {
+        part(m_connection);
+        done = true;
+    }
+    catch (const SQLite::Exception&)
+    {
+        throw;
+    }
+    catch (...)
+    {
+        Run("ROLLBACK TO part");
+    }
+    Run("RELEASE part");
+    return done;
+}
+
+void StoreTransaction::Commit()
+{
+    try
+    {
+        Run("COMMIT");
+        m_open = false;
+    }
+    catch (const SQLite::Exception& error)
+    {
+        // What the client is told and what is stored then must not contradict each other.
+        const int systemError = errno;
+        const bool dropped = m_connection.DropUnfinished();
+        errno = systemError;
+        if (!dropped)
+            throw UncertainCommit(error);
+        throw;
+    }
+}
 
 } // namespace analytics::platform

@@ -25,11 +25,13 @@ constexpr Row kRows[] = {
     {SQLITE_READONLY, true, false,
      "it is read-only; make the folder and its files writable for the service and try again"},
     {SQLITE_CORRUPT, true, false,
-     "it is damaged; restore the folder from a backup, or start the service with --recover, which saves what "
-     "can be read and keeps the damaged files"},
+     "it is damaged; restore a backup with --restore, or start the service with --recover, which puts the "
+     "last "
+     "good copy in its place and keeps the damaged files"},
     {SQLITE_NOTADB, true, false,
-     "it is damaged; restore the folder from a backup, or start the service with --recover, which saves what "
-     "can be read and keeps the damaged files"},
+     "it is damaged; restore a backup with --restore, or start the service with --recover, which puts the "
+     "last "
+     "good copy in its place and keeps the damaged files"},
     {SQLITE_CANTOPEN, true, true,
      "its file can't be opened; check that the folder exists and the service may write in it"},
     {SQLITE_IOERR_NOMEM, true, false, "the memory is exhausted; try again later"},

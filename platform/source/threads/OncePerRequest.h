@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 
 namespace analytics::platform
@@ -8,6 +9,10 @@ namespace analytics::platform
 
 // The request that this thread serves, another number for each; 0 if it serves none. See RequestScope.
 std::uint64_t RequestOfThread();
+
+// Calls `action` on this thread when its RequestScope ends, the last that was given first. Only within a
+// request. It must not throw.
+void AtRequestEnd(std::function<void()> action);
 
 // What a thread asks for once in a request and keeps until the next one: an instance is thread_local.
 // What `ask` throws isn't kept.

@@ -1,5 +1,6 @@
 #include <analytics/Document.h>
 
+#include "types/DocumentLimit.h"
 #include "xml/Query.h"
 #include "xml/Text.h"
 #include "xml/Tree.h"
@@ -41,8 +42,11 @@ bool Document::ParseString(const std::string& xml)
 {
     m_tree.reset();
     xml::SyntaxError error;
+    const std::size_t elements = xml::MostElements(xml);
+    if (!platform::AdmitElements(elements))
+        return false;
     if (xml::DocPointer doc = xml::Parse(xml, error))
-        m_tree = std::make_unique<xml::Tree>(std::move(doc));
+        m_tree = std::make_unique<xml::Tree>(std::move(doc), elements);
     return m_tree != nullptr;
 }
 

@@ -149,6 +149,14 @@ void DocDeleter::operator()(xmlDoc* doc) const
     xmlFreeDoc(doc);
 }
 
+std::size_t MostElements(std::string_view text)
+{
+    std::size_t elements = 0;
+    for (std::size_t at = text.find('<'); at != text.npos; at = text.find('<', at + 1))
+        elements += text.substr(at).starts_with("</") ? 0 : 1;
+    return elements;
+}
+
 DocPointer Parse(const std::string& text, SyntaxError& error)
 {
     Initialise();

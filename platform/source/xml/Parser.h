@@ -7,6 +7,7 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
 
 namespace analytics::xml
 {
@@ -18,6 +19,9 @@ struct DocDeleter
     void operator()(xmlDoc* doc) const;
 };
 using DocPointer = std::unique_ptr<xmlDoc, DocDeleter>;
+
+// How many elements the text has if it is well-formed; what only looks like a tag may count as well.
+std::size_t MostElements(std::string_view text);
 
 // Null, and `error` filled, for a text that is refused; Document::ParseString() tells which are.
 DocPointer Parse(const std::string& text, SyntaxError& error);

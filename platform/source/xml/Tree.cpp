@@ -2,6 +2,7 @@
 
 #include <analytics/DocumentNode.h>
 
+#include "types/DocumentLimit.h"
 #include "xml/Memory.h"
 
 #include <libxml/xpathInternals.h>
@@ -12,7 +13,6 @@ namespace analytics::xml
 {
 namespace
 {
-constexpr int kMaxAdded = 1'000'000;
 
 void Ignore(void*, xmlErrorPtr) {}
 
@@ -185,7 +185,10 @@ void Move(xmlNode* node, xmlNode* parent)
     RequireMemory();
 }
 
-Tree::Tree(DocPointer doc) : m_doc(std::move(doc)) { m_doc->_private = this; }
+Tree::Tree(DocPointer doc, std::size_t elements) : m_doc(std::move(doc)), m_elements(elements)
+{
+    m_doc->_private = this;
+}
 
 Tree::~Tree()
 {
@@ -234,11 +237,8 @@ void Tree::ForgetPrefixes()
 
 bool Tree::Grow()
 {
-    if (m_added <= kMaxAdded)
-        ++m_added;
-    return !Overgrown();
+    m_overgrown = m_overgrown || !platform::AdmitElements(++m_elements);
+    return !m_overgrown;
 }
-
-bool Tree::Overgrown() const { return m_added > kMaxAdded; }
 
 } // namespace analytics::xml

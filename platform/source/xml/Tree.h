@@ -53,7 +53,7 @@ void Move(xmlNode* node, xmlNode* parent);
 class Tree
 {
   public:
-    explicit Tree(DocPointer doc);
+    Tree(DocPointer doc, std::size_t elements);
     ~Tree();
     Tree(const Tree&) = delete;
     Tree& operator=(const Tree&) = delete;
@@ -74,9 +74,9 @@ class Tree
     void Keep(xmlNode* node) { m_detached.insert(node); }
     void Release(xmlNode* node) { m_detached.erase(node); }
 
-    // Counts one new element; false if the document has taken too many.
+    // Counts one new element; false if the document has more than the request may have.
     bool Grow();
-    bool Overgrown() const;
+    bool Overgrown() const { return m_overgrown; }
 
   private:
     struct ContextDeleter
@@ -89,7 +89,8 @@ class Tree
     std::set<xmlNode*> m_detached;
     Prefixes m_prefixes; // that were asked for; empty: not bound
     std::unique_ptr<xmlXPathContext, ContextDeleter> m_queries;
-    int m_added = 0;
+    std::size_t m_elements; // and those that were removed
+    bool m_overgrown = false;
 };
 
 } // namespace analytics::xml

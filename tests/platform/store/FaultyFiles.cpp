@@ -3,7 +3,12 @@
 #include <sqlite3.h>
 
 #include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <map>
+#include <mutex>
 #include <new>
+#include <string>
 
 namespace faulty
 {
@@ -15,8 +20,18 @@ int gLeft = 0; // calls until the fault; 0 while there is none to come
 bool gFailed = false;
 std::function<void()> gLook;
 
+// The connection that writes to each database, for as long as it is open.
+std::mutex gMutex;
+std::map<std::string, const sqlite3_file*> gWriters;
+int gCheckpoints = 0;
+
+// In the shared memory of a log, as SQLite's file format fixes them.
+constexpr int kWriteLock = 0;
+constexpr int kCheckpointLock = 1;
+
 struct File : sqlite3_file
 {
+    std::string name;
     sqlite3_file* Real() { return reinterpret_cast<sqlite3_file*>(this + 1); }
 };
 sqlite3_file* Real(sqlite3_file* file) { return static_cast<File*>(file)->Real(); }
@@ -63,15 +78,39 @@ int Truncate(sqlite3_file* file, sqlite3_int64 size)
     return Try(Call::kTruncate, [&] { return Do(file).xTruncate(Real(file), size); });
 }
 
+void RequireOneWriter(sqlite3_file* file, int offset)
+{
+    const std::lock_guard hold(gMutex);
+    gCheckpoints += offset == kCheckpointLock ? 1 : 0;
+    if (gWriters.emplace(static_cast<File*>(file)->name, file).first->second == file)
+        return;
+    std::fputs("a second connection writes or takes the checkpoint lock\n", stderr);
+    std::abort();
+}
+
+int Close(sqlite3_file* file)
+{
+    {
+        const std::lock_guard hold(gMutex);
+        std::erase_if(gWriters, [file](const auto& writer) { return writer.second == file; });
+    }
+    const int code = Do(file).xClose(Real(file));
+    static_cast<File*>(file)->name.~basic_string();
+    return code;
+}
+
 int ShmLock(sqlite3_file* file, int offset, int count, int flags)
 {
+    const bool writes = (flags & SQLITE_SHM_LOCK) != 0 && (flags & SQLITE_SHM_EXCLUSIVE) != 0;
+    if (writes && offset <= kCheckpointLock)
+        RequireOneWriter(file, offset);
     const auto action = [&] { return Do(file).xShmLock(Real(file), offset, count, flags); };
     return (flags & SQLITE_SHM_LOCK) != 0 ? Try(Call::kLock, action) : action();
 }
 
 const sqlite3_io_methods kMethods = {
     2,
-    [](sqlite3_file* f) { return Do(f).xClose(Real(f)); },
+    Close,
     [](sqlite3_file* f, void* data, int size, sqlite3_int64 at)
     { return Try(Call::kRead, [&] { return Do(f).xRead(Real(f), data, size, at); }); },
     Write,
@@ -99,7 +138,12 @@ int Open(sqlite3_vfs*, const char* name, sqlite3_file* memory, int flags, int* g
     file->pMethods = nullptr;
     const int code = Try(Call::kOpen, [&] { return gReal->xOpen(gReal, name, file->Real(), flags, given); });
     if (code == SQLITE_OK)
+    {
+        file->name = name == nullptr ? "" : name;
         file->pMethods = &kMethods;
+    }
+    else
+        file->name.~basic_string();
     return code;
 }
 
@@ -135,6 +179,12 @@ bool Heal()
     gFault = {};
     gLeft = 0;
     return gFailed;
+}
+
+int Checkpoints()
+{
+    const std::lock_guard hold(gMutex);
+    return gCheckpoints;
 }
 
 void OnWrite(std::function<void()> look) { gLook = std::move(look); }

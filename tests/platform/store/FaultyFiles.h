@@ -4,7 +4,8 @@
 #include <ostream>
 
 // SQLite's way to its files, of which a test can make single calls fail. Between Fail() and Heal() only
-// the calls of one kind are touched; else all pass, but for waiting for the disk. One thread.
+// the calls of one kind are touched; else all pass, but for waiting for the disk. Always, a second connection
+// to a database that writes, or brings its log in, ends the process. One thread, unless no call fails.
 namespace faulty
 {
 
@@ -37,6 +38,8 @@ void Install();
 void Fail(const Fault& fault, int nth);
 // Ends it; whether any call has failed.
 bool Heal();
+// How often a log was brought in, or an attempt made.
+int Checkpoints();
 // Calls `look` before each write, when half of it is written, and before each change of a file's size
 // or name; null ends it.
 void OnWrite(std::function<void()> look);

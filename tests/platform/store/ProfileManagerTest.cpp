@@ -297,7 +297,7 @@ TEST_F(ProfileManagerTest, KeepsAnyDocumentByteForByte)
 {
     Create();
     std::string bytes("<r>\0\xff\r\n'\"", 9);
-    bytes += std::string(3'000'000, 'x');
+    bytes += std::string(2'000'000, 'x');
     m_manager->SetRuleConfig(1, "r", bytes, true);
     m_manager->SetEngineConfig(1, "e", bytes);
     Reopen();

@@ -1,5 +1,7 @@
 #include "store/ProfileStore.h"
 
+#include <analytics/Faults.h>
+
 #include "platform/PlatformTest.h"
 
 using analytics::EnginePlugin;
@@ -13,38 +15,31 @@ class ProfileStoreTest : public PlatformTest
     ProfileStore m_store{Path("state")};
 };
 
-TEST_F(ProfileStoreTest, GivesAllOfAProfileInOneReading)
+TEST_F(ProfileStoreTest, PutsSeveralConfigurationsOrNone)
 {
     m_store.Create("a");
-    m_store.Create("b");
-    m_store.Put(1, {RulePlugin, "r2", "<r2/>", false});
-    m_store.Put(1, {EnginePlugin, "e", "<e/>", false});
-    m_store.Put(1, {RulePlugin, "r1", "<r1/>", true});
-    m_store.Put(2, {RulePlugin, "r3", "<r3/>", true});
-    const auto all = m_store.Configurations(1);
-    ASSERT_EQ(all.size(), 3u);
-    EXPECT_EQ(all[0].kind, EnginePlugin);
-    EXPECT_EQ(all[0].id, "e");
-    EXPECT_EQ(all[0].document, "<e/>");
-    EXPECT_EQ(all[1].kind, RulePlugin);
-    EXPECT_EQ(all[1].id, "r1");
-    EXPECT_TRUE(all[1].active);
-    EXPECT_EQ(all[2].id, "r2");
-    EXPECT_FALSE(all[2].active);
-    EXPECT_TRUE(m_store.Configurations(3).empty());
-    m_store.Delete(1);
-    EXPECT_TRUE(m_store.Configurations(1).empty());
-    EXPECT_EQ(m_store.Configurations(2).size(), 1u);
+    m_store.Put(1, {{EnginePlugin, "e", "<e/>", false}, {RulePlugin, "r", "<r/>", true}});
+    EXPECT_EQ(m_store.Document(1, EnginePlugin, "e"), "<e/>");
+    EXPECT_EQ(m_store.Document(1, RulePlugin, "r"), "<r/>");
+    const std::string large(5'000'000, 'x');
+    EXPECT_EQ(FaultOf<analytics::ClientFault>(
+                  [&] {
+                      m_store.Put(1, {{EnginePlugin, "e", "<f/>", false}, {RulePlugin, "r", large, false}});
+                  }),
+              "The profile would hold more than 4194304 bytes");
+    EXPECT_EQ(m_store.Document(1, EnginePlugin, "e"), "<e/>");
+    EXPECT_EQ(m_store.Document(1, RulePlugin, "r"), "<r/>");
+    EXPECT_EQ(m_store.Ids(1, RulePlugin, true)->size(), 1u);
 }
 
 TEST_F(ProfileStoreTest, AnalyticsRunAtFirstAndMDDoesNot)
 {
-    EXPECT_TRUE(m_store.On(ProfileSwitch::kAnalytics));
-    EXPECT_FALSE(m_store.On(ProfileSwitch::kMD));
-    m_store.Switch(ProfileSwitch::kAnalytics, false);
-    EXPECT_FALSE(m_store.On(ProfileSwitch::kAnalytics));
-    EXPECT_FALSE(m_store.On(ProfileSwitch::kMD));
-    m_store.Switch(ProfileSwitch::kMD, true);
-    EXPECT_FALSE(m_store.On(ProfileSwitch::kAnalytics));
-    EXPECT_TRUE(m_store.On(ProfileSwitch::kMD));
+    EXPECT_TRUE(m_store.IsOn(ProfileSwitch::Analytics));
+    EXPECT_FALSE(m_store.IsOn(ProfileSwitch::MD));
+    m_store.Switch(ProfileSwitch::Analytics, false);
+    EXPECT_FALSE(m_store.IsOn(ProfileSwitch::Analytics));
+    EXPECT_FALSE(m_store.IsOn(ProfileSwitch::MD));
+    m_store.Switch(ProfileSwitch::MD, true);
+    EXPECT_FALSE(m_store.IsOn(ProfileSwitch::Analytics));
+    EXPECT_TRUE(m_store.IsOn(ProfileSwitch::MD));
 }

@@ -174,6 +174,8 @@ TEST_F(RecoveryTest, WorksAgainAfterADamagedFileIsReplaced)
 {
     Fill();
     // More than the connections keep in memory.
+    Replace("settings.xml", "<settings><limits><profileBytes>20000000</profileBytes></limits></settings>");
+    Configure();
     for (int i = 0; i < 10; ++i)
         m_manager->SetEngineConfig(1, "e" + std::to_string(i), std::string(1'000'000, 'x'));
     Reopen();
@@ -187,7 +189,7 @@ TEST_F(RecoveryTest, WorksAgainAfterADamagedFileIsReplaced)
     }
     for (int i = 0; i < 3; ++i)
         EXPECT_THAT(AnalyticsFaultOf([&] { EngineConfig(1, "e" + std::to_string(i)); }),
-                    HasSubstr("it is damaged; restore the folder from a backup"));
+                    HasSubstr("it is damaged; restore a backup with --restore"));
     ExpectNoChange("it is damaged");
     EXPECT_THAT(AnalyticsFaultOf([this] { Reopen(); }), HasSubstr("it is damaged"));
     std::filesystem::rename(Path("backup"), m_database);
@@ -331,7 +333,7 @@ TEST_F(RecoveryTest, WorksAgainAfterAnotherProgramHeldItLocked)
     Fill();
     {
         using analytics::platform::StoreConnection;
-        StoreConnection other(m_database, StoreConnection::Use::kWrite);
+        StoreConnection other(m_database, StoreConnection::Use::Write);
         other.Database().exec("BEGIN IMMEDIATE");
         EXPECT_THAT(AnalyticsFaultOf([this] { Create("new"); }),
                     HasSubstr("another program holds it locked"));

@@ -29,7 +29,7 @@ constexpr Case kCases[] = {
     {10 | 12 << 8, 0, "the memory is exhausted", true},
     {8, 0, "it is read-only; make the folder and its files writable", true},
     {8 | 4 << 8, 0, "it is read-only", true},
-    {11, 0, "it is damaged; restore the folder from a backup", true},
+    {11, 0, "it is damaged; restore a backup with --restore", true},
     {11 | 1 << 8, ENOSPC, "it is damaged", true},
     {26, 0, "it is damaged", true},
     {14, EACCES,

@@ -185,14 +185,14 @@ TEST_F(StoreTest, WritesDurablyWithReferences)
         {
             EXPECT_EQ(pragma(connection, "synchronous"), "2");
             EXPECT_EQ(pragma(connection, "foreign_keys"), "1");
-            EXPECT_EQ(pragma(connection, "user_version"), "1");
+            EXPECT_EQ(pragma(connection, "user_version"), "2");
         });
 }
 
 TEST_F(StoreTest, RefusesAStoreOfANewerService)
 {
     Store(Path("state"))
-        .Write([](StoreConnection& connection) { connection.Database().exec("PRAGMA user_version = 2"); });
+        .Write([](StoreConnection& connection) { connection.Database().exec("PRAGMA user_version = 3"); });
     EXPECT_EQ(FaultOf<AnalyticsFault>([this] { Store store(Path("state")); }),
               "The profile store " + Path("state/profiles.db") +
                   " was written by a newer version of this service; run that version, or choose another "

@@ -1,16 +1,30 @@
-#include "store/StoredText.h"
+// Which texts can be a profile's name or camera preset.
 
-#include <gtest/gtest.h>
+#include "platform/store/StoreFixture.h"
 
-using analytics::platform::NameRefusal;
-using analytics::platform::PresetRefusal;
+class ProfileNamesTest : public StoreFixture
+{
+  protected:
+    // Empty if the text was taken and is what is read again.
+    std::string NameRefusal(const std::string& text)
+    {
+        if (m_profile == 0)
+            m_profile = Create();
+        const std::string fault = ClientFaultOf([&] { m_manager->SetProfileName(m_profile, text); });
+        if (fault != "(no fault)")
+            return fault;
+        return m_manager->GetProfileName(m_profile) == text ? "" : "it reads as another";
+    }
+
+    int m_profile = 0;
+};
 
 namespace
 {
 constexpr const char* kForbidden = "The profile name holds a character that XML does not allow";
 }
 
-TEST(StoredTextTest, TakesWhatXmlAllows)
+TEST_F(ProfileNamesTest, TakesWhatXmlAllows)
 {
     for (const char* text :
          {"", "name", "\t\n\r", " ~", "\x7f", "\xc2\x80", "\xdf\xbf", "\xe0\xa0\x80", "\xed\x9f\xbf",
@@ -19,7 +33,7 @@ TEST(StoredTextTest, TakesWhatXmlAllows)
         EXPECT_EQ(NameRefusal(text), "") << text;
 }
 
-TEST(StoredTextTest, RefusesWhatIsNoUtf8OrNoXml)
+TEST_F(ProfileNamesTest, RefusesWhatIsNoUtf8OrNoXml)
 {
     const std::string texts[] = {
         std::string(1, '\0'),
@@ -58,7 +72,7 @@ TEST(StoredTextTest, RefusesWhatIsNoUtf8OrNoXml)
     }
 }
 
-TEST(StoredTextTest, CountsBytes)
+TEST_F(ProfileNamesTest, CountsBytes)
 {
     std::string umlauts;
     for (int i = 0; i < 127; ++i)
@@ -66,5 +80,6 @@ TEST(StoredTextTest, CountsBytes)
     EXPECT_EQ(NameRefusal(umlauts + "a"), "");
     EXPECT_EQ(NameRefusal(umlauts + "\xc3\xa4"), "The profile name is longer than 255 bytes");
     EXPECT_EQ(NameRefusal(std::string(256, '\x01')), "The profile name is longer than 255 bytes");
-    EXPECT_EQ(PresetRefusal(std::string(256, 'a')), "The camera preset is longer than 255 bytes");
+    EXPECT_EQ(ClientFaultOf([&] { m_manager->SetCameraPreset(1, std::string(256, 'a')); }),
+              "The camera preset is longer than 255 bytes");
 }

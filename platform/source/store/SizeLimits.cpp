@@ -1,0 +1,97 @@
+#include "store/SizeLimits.h"
+
+#include <analytics/Faults.h>
+#include <analytics/Settings.h>
+
+#include "files/StandardError.h"
+#include "store/Store.h"
+#include "store/StoreConnection.h"
+#include "types/DocumentLimit.h"
+#include "xml/Reader.h"
+
+#include <algorithm>
+
+namespace analytics::platform
+{
+namespace
+{
+constexpr int kProfileBytes = 4'194'304;
+constexpr std::size_t kShortestElement = 4; // bytes: "<a/>"
+
+constexpr const char* kBytes =
+    "SELECT coalesce(sum(length(CAST(document AS BLOB))), 0) FROM configuration WHERE profile = ?";
+constexpr const char* kLargeProfiles = "SELECT profile, sum(length(CAST(document AS BLOB))) AS bytes"
+                                       " FROM configuration GROUP BY profile HAVING bytes > ?";
+constexpr const char* kLargeDocuments =
+    "SELECT profile, plugin, document FROM configuration WHERE length(document) > ?";
+
+// What isn't XML has no elements: a behavior may be stored as it came.
+bool HasMoreElements(const std::string& text, std::size_t most)
+{
+    if (static_cast<std::size_t>(std::ranges::count(text, '<')) <= most)
+        return false;
+    xml::SyntaxError ignored;
+    const auto survey = xml::Check(text, ignored);
+    return survey && survey->elements > most;
+}
+} // namespace
+
+std::string DocumentRefusal(const std::string& word, const std::string& config)
+{
+    const std::size_t most = DocumentElements();
+    if (DocumentIsTooLarge() || HasMoreElements(config, most))
+        return "The " + word + " document has more than " + std::to_string(most) + " elements";
+    return config.empty() ? "The " + word + " document could not be read" : "";
+}
+
+std::int64_t ProfileBytes()
+{
+    const int bytes = Settings::GetValue("//limits/profileBytes", kProfileBytes);
+    return bytes > 0 ? bytes : kProfileBytes;
+}
+
+std::int64_t BytesIn(StoreConnection& connection, int profile)
+{
+    Query row(connection, kBytes, profile);
+    return row.Next() ? row.Long(0) : 0;
+}
+
+void RequireStorable(std::int64_t bytes, std::int64_t limit)
+{
+    if (bytes > limit)
+        throw ClientFault("The profile would hold more than " + std::to_string(limit) + " bytes");
+}
+
+void RequireReadable(int profile, std::int64_t bytes)
+{
+    const std::int64_t limit = ProfileBytes();
+    if (bytes > limit)
+        throw AnalyticsFault("Profile " + std::to_string(profile) + " holds " + std::to_string(bytes) +
+                             " bytes, more than the " + std::to_string(limit) +
+                             " that can be read; delete behaviors of it");
+}
+
+void ReportOversize(Store& store)
+{
+    const std::int64_t bytes = ProfileBytes();
+    const std::size_t elements = DocumentElements();
+    store.Read(
+        [&](StoreConnection& connection)
+        {
+            Query profile(connection, kLargeProfiles, bytes);
+            while (profile.Next())
+                Say("Profile " + profile.Text(0) + " holds " + profile.Text(1) + " bytes, more than the " +
+                    std::to_string(bytes) +
+                    " of limits/profileBytes: it can't be read until behaviors are deleted or the limit is "
+                    "raised.");
+            Query document(connection, kLargeDocuments,
+                           static_cast<std::int64_t>(elements * kShortestElement));
+            while (document.Next())
+                if (HasMoreElements(document.Text(2), elements))
+                    Say("Profile " + document.Text(0) + " holds a document of " + document.Text(1) +
+                        " with more than the " + std::to_string(elements) +
+                        " elements of limits/documentElements: it can be read, but not stored again.");
+        });
+}
+
+} // namespace analytics::platform

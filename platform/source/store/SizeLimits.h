@@ -1,0 +1,30 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace analytics::platform
+{
+
+class Store;
+class StoreConnection;
+
+// The one rule for size: what couldn't be given back isn't stored. See also types/DocumentLimit.h, which
+// bounds a document while it is converted.
+
+// Why an engine document can't be stored, as a sentence for the client; empty if it can. `word`: what the
+// client calls its form of it.
+std::string DocumentRefusal(const std::string& word, const std::string& config);
+
+// limits/profileBytes.
+std::int64_t ProfileBytes();
+// What a profile holds, in bytes as stored: all behaviors, engines and the scene.
+std::int64_t BytesIn(StoreConnection& connection, int profile);
+// Throw ClientFault if that is more than `limit`, and AnalyticsFault if so much can't be read.
+void RequireStorable(std::int64_t bytes, std::int64_t limit);
+void RequireReadable(int profile, std::int64_t bytes);
+
+// Says on standard error what a store holds beyond the limits: an older version or other settings let it in.
+void ReportOversize(Store& store);
+
+} // namespace analytics::platform

@@ -1,0 +1,284 @@
+#include "store/StoreBackup.h"
+
+#include <analytics/Faults.h>
+#include <analytics/Platform.h>
+
+#include "files/FileHandle.h"
+#include "files/FileStamp.h"
+#include "files/StandardError.h"
+#include "store/StateFolder.h"
+#include "store/StoreConnection.h"
+#include "store/StoreFault.h"
+
+#include <SQLiteCpp/Backup.h>
+#include <fcntl.h>
+#include <sqlite3.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <ctime>
+#include <exception>
+#include <system_error>
+
+namespace analytics::platform
+{
+namespace
+{
+constexpr std::chrono::hours kBetweenCopies{1};
+constexpr int kPrimaryCode = 0xff;
+
+// What belongs to a database file, by what its name adds; the file itself comes last, so that it goes
+// only when the others have gone.
+constexpr const char* kParts[] = {"-journal", "-shm", "-wal", ""};
+
+bool Exists(const std::string& path) { return StampOf(path).error == 0; }
+std::string Reason() { return std::generic_category().message(errno); }
+
+std::string Count(int number, const std::string& word)
+{
+    return std::to_string(number) + " " + word + (number == 1 ? "" : "s");
+}
+
+// What takes the place of a database, complete and not there yet, and what the database is called then. A
+// file of another name may be anything that was cut off.
+struct Replacement
+{
+    const char* incoming;
+    const char* kept; // and a number
+};
+constexpr Replacement kRecovered = {".recovered", ".damaged-"};
+constexpr Replacement kRestored = {".restored", ".replaced-"};
+
+void Rename(const std::string& from, const std::string& to)
+{
+    if (std::rename(from.c_str(), to.c_str()) != 0)
+        throw AnalyticsFault("The file " + from + " can't be renamed to " + to + ": " + Reason() +
+                             "; make the folder writable and try again");
+}
+
+// Damage is a matter of what was read, or of the disk that doesn't read.
+bool MeansDamage(int code)
+{
+    return (code & kPrimaryCode) == SQLITE_CORRUPT || code == SQLITE_NOTADB || code == SQLITE_IOERR_READ ||
+           code == SQLITE_IOERR_SHORT_READ;
+}
+
+// Runs `action` on a database; what SQLite reports of it comes as a sentence on `file`.
+template <class Action>
+auto Explained(const std::string& file, const Action& action)
+{
+    errno = 0;
+    try
+    {
+        return action();
+    }
+    catch (const SQLite::Exception& error)
+    {
+        if (MeansDamage(error.getErrorCode()) || (error.getErrorCode() & kPrimaryCode) == SQLITE_ERROR)
+            throw AnalyticsFault("The file " + file + " is damaged, or no profile store");
+        throw AnalyticsFault(
+            ExplainStoreFault(error.getErrorCode(), errno, FolderOf(file), error.what()).sentence);
+    }
+}
+
+std::string ContentOf(SQLite::Database& database)
+{
+    return Count(database.execAndGet("SELECT count(*) FROM profile").getInt(), "profile") + " and " +
+           Count(database.execAndGet("SELECT count(*) FROM configuration").getInt(), "configuration");
+}
+
+// An empty file for its owner alone.
+void MakeDraft(const std::string& draft)
+{
+    std::remove(draft.c_str());
+    const FileHandle file(open(draft.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
+    if (!file)
+        throw AnalyticsFault("The file " + draft + " can't be made: " + Reason() +
+                             "; choose a folder that is there and can be written");
+}
+
+// Makes `draft` a checked copy of the database `from`, in one file without a log. Returns what it holds.
+std::string CopyInto(const std::string& draft, const std::string& from)
+{
+    MakeDraft(draft);
+    return Explained(from,
+                     [&]
+                     {
+                         // Reads only, and so doesn't bring the log of a store in use into its file.
+                         SQLite::Database source(from, SQLite::OPEN_READONLY, 5000);
+                         SQLite::Database copy(draft, SQLite::OPEN_READWRITE, 5000);
+                         SQLite::Backup backup(copy, source);
+                         backup.executeStep(-1);
+                         copy.exec("PRAGMA journal_mode = DELETE");
+                         RequireSound(copy);
+                         return ContentOf(copy);
+                     });
+}
+
+// Makes `to` such a copy; returns what it holds. Nothing is left behind if it fails.
+std::string Copy(const std::string& from, const std::string& to)
+{
+    const std::string draft = to + ".part";
+    try
+    {
+        const std::string content = CopyInto(draft, from);
+        GiveToOwner(draft);
+        Rename(draft, to);
+        SyncFolder(FolderOf(to));
+        return content;
+    }
+    catch (...)
+    {
+        std::remove(draft.c_str());
+        throw;
+    }
+}
+
+// Where the files go that are replaced: the first number that none of them has.
+std::string KeptName(const std::string& database, const Replacement& replacement)
+{
+    for (int number = 1;; ++number)
+    {
+        const std::string name = database + replacement.kept + std::to_string(number);
+        bool free = !Exists(name);
+        for (const char* part : kParts)
+            free = free && !(Exists(name + part) && Exists(database + part));
+        if (free)
+            return name;
+    }
+}
+
+void Finish(const std::string& database, const Replacement& replacement)
+{
+    if (!Exists(database + replacement.incoming))
+        return;
+    const std::string kept = KeptName(database, replacement);
+    for (const char* part : kParts)
+        if (Exists(database + part))
+            Rename(database + part, kept + part);
+    Rename(database + replacement.incoming, database);
+    SyncFolder(FolderOf(database));
+}
+
+// Puts a copy of `from` in the place of the database; returns what it holds and where the old one went.
+std::string Replace(const std::string& database, const std::string& from, const Replacement& replacement)
+{
+    const std::string kept = KeptName(database, replacement);
+    const std::string content = Copy(from, database + replacement.incoming);
+    Finish(database, replacement);
+    return content + (Exists(kept) ? "; what was there is kept as " + kept : "");
+}
+
+bool IsDamaged(const std::string& database)
+{
+    try
+    {
+        const StoreConnection connection(database, StoreConnection::Use::Write);
+        return false;
+    }
+    catch (const SQLite::Exception& error)
+    {
+        if (MeansDamage(error.getErrorCode()))
+            return true;
+        throw;
+    }
+}
+
+std::string AgeOf(const std::string& file)
+{
+    const std::int64_t seconds = std::time(nullptr) - StampOf(file).modified / 1'000'000'000;
+    if (seconds < 120)
+        return Count(static_cast<int>(seconds), "second");
+    if (seconds < 2 * 3600)
+        return Count(static_cast<int>(seconds / 60), "minute");
+    if (seconds < 2 * 86400)
+        return Count(static_cast<int>(seconds / 3600), "hour");
+    return Count(static_cast<int>(seconds / 86400), "day");
+}
+
+} // namespace
+
+void FinishReplacement(const std::string& database)
+{
+    for (const Replacement& replacement : {kRecovered, kRestored})
+        Finish(database, replacement);
+}
+
+std::string BackUpStore(const std::string& folder, const std::string& file)
+{
+    const std::string database = DatabaseIn(folder);
+    if (!Exists(database))
+        throw AnalyticsFault("There is no profile store in " + folder);
+    // A file with no folder in its name is one of the working directory.
+    const std::string path = file.find('/') == std::string::npos ? "./" + file : file;
+    if (Exists(path))
+        throw AnalyticsFault("The file " + file + " exists; choose a name that is free");
+    return "saved " + Copy(database, path) + " to " + file;
+}
+
+std::string RestoreStore(const std::string& folder, const std::string& file)
+{
+    if (!Exists(file))
+        throw AnalyticsFault("There is no file " + file);
+    StateFolder state(folder);
+    state.Take();
+    const std::string database = DatabaseIn(folder);
+    FinishReplacement(database);
+    return "restored " + Replace(database, file, kRestored);
+}
+
+std::string RecoverStore(const std::string& folder)
+{
+    StateFolder state(folder);
+    state.Take();
+    const std::string database = DatabaseIn(folder);
+    FinishReplacement(database);
+    if (!Exists(database) && !Exists(database + "-wal"))
+        return "there is no profile store in " + folder + " yet, so there is nothing to recover";
+    if (!Explained(database, [&] { return IsDamaged(database); }))
+        return "the profile store " + database + " is sound; nothing was changed";
+    const std::string copy = LastCopyOf(database);
+    if (!Exists(copy))
+        throw AnalyticsFault(
+            "The profile store " + database +
+            " is damaged, and there is no last good copy; restore a backup with --restore, or "
+            "move the files away to begin with an empty store");
+    const std::string age = AgeOf(copy);
+    return "the profile store " + database + " was damaged; the last good copy, " + age +
+           " old, is in its place and holds " + Replace(database, copy, kRecovered);
+}
+
+std::string StoreLibraryVersion() { return sqlite3_libversion(); }
+
+LastGoodCopy::LastGoodCopy(const std::string& database)
+    : m_database(database), m_leaveAlone(StampOf(database).size == 0 && Exists(LastCopyOf(database)))
+{
+}
+
+void LastGoodCopy::AfterStart()
+{
+    if (!m_leaveAlone)
+        Make();
+}
+
+void LastGoodCopy::AfterChange()
+{
+    const auto now = std::chrono::steady_clock::now();
+    auto next = m_next.load();
+    if (now >= next && m_next.compare_exchange_strong(next, now + kBetweenCopies))
+        Make();
+}
+
+void LastGoodCopy::Make()
+{
+    try
+    {
+        Copy(m_database, LastCopyOf(m_database));
+    }
+    catch (const std::exception& error)
+    {
+        Say("The last good copy of the profile store can't be made: " + std::string(error.what()));
+    }
+}
+
+} // namespace analytics::platform

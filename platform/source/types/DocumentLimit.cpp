@@ -1,0 +1,51 @@
+#include "types/DocumentLimit.h"
+
+#include <analytics/Settings.h>
+
+#include "threads/OncePerRequest.h"
+
+#include <cstdint>
+#include <limits>
+
+namespace analytics::platform
+{
+namespace
+{
+constexpr int kDocumentElements = 200'000;
+constexpr std::size_t kNoLimit = std::numeric_limits<std::size_t>::max();
+
+struct Limit
+{
+    std::uint64_t request = 0;
+    std::size_t elements = kNoLimit;
+    bool exceeded = false;
+};
+
+Limit& LimitOfThread()
+{
+    thread_local Limit limit;
+    const std::uint64_t request = RequestOfThread();
+    if (limit.request != request)
+        limit = {request, request == 0 ? kNoLimit : DocumentElements(), false};
+    return limit;
+}
+} // namespace
+
+std::size_t DocumentElements()
+{
+    const int elements = Settings::GetValue("//limits/documentElements", kDocumentElements);
+    return static_cast<std::size_t>(elements > 0 ? elements : kDocumentElements);
+}
+
+bool AdmitElements(std::size_t count)
+{
+    Limit& limit = LimitOfThread();
+    limit.exceeded = limit.exceeded || count > limit.elements;
+    return count <= limit.elements;
+}
+
+bool DocumentIsTooLarge() { return LimitOfThread().exceeded; }
+
+void LiftDocumentLimit() { LimitOfThread().elements = kNoLimit; }
+
+} // namespace analytics::platform

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <cstddef>
+
+namespace analytics::platform
+{
+
+// Bounds what the documents that a client sends may grow to, in the client's form and in the engine's:
+// limits/documentElements. It applies within a request, until the request reads what is stored; outside of
+// requests nothing is bounded. One thread's business.
+
+// The setting.
+std::size_t DocumentElements();
+
+// Whether a document may have so many elements. False is remembered: the request's document is too large,
+// and the store refuses it in words for the client. To be asked with the number of elements of a text
+// before its tree is built, and with that of a document that grows.
+bool AdmitElements(std::size_t count);
+
+// Whether AdmitElements() has been false in this request.
+bool DocumentIsTooLarge();
+
+// For the rest of the request: what comes now was admitted when it was stored.
+void LiftDocumentLimit();
+
+} // namespace analytics::platform
