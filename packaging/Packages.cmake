@@ -53,6 +53,7 @@ debian_package(dev libdevel "${package_api}@SAME@, ${package_platform}@SAME@"
 foreach(library API PLATFORM)
     set(CPACK_DEBIAN_${library}_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_SOURCE_DIR}/debian/triggers)
 endforeach()
+set(CPACK_DEBIAN_HOST_PACKAGE_SUGGESTS logrotate)
 set(CPACK_DEBIAN_HOST_PACKAGE_CONTROL_EXTRA
     ${CMAKE_CURRENT_SOURCE_DIR}/debian/conffiles ${CMAKE_CURRENT_SOURCE_DIR}/debian/postinst
     ${CMAKE_CURRENT_SOURCE_DIR}/debian/prerm ${CMAKE_CURRENT_SOURCE_DIR}/debian/postrm)
