@@ -1,6 +1,7 @@
 // What the profile store costs: lists of 10 to 100,000 profiles, the active rules of a profile, the merged
 // document of a profile with one to eight behaviors, and durable changes by one to sixteen threads, whose
-// column "per_change" is the time of the disk and the processor for each.
+// column "per_change" is the time of the disk and the processor for each; and changes of the active profile
+// and of another one with and without the files for the analytics engine.
 
 #include <analytics/Platform.h>
 #include <analytics/PluginManager.h>
@@ -28,18 +29,20 @@ std::filesystem::path Folder()
 }
 
 // A store of its own for each number of profiles.
-void UseStore(int profiles)
+void UseStore(int profiles, bool showEngine = false)
 {
     analytics::platform::Configuration configuration;
     configuration.settingsFile = PLATFORM_DATA "/settings.xml";
     configuration.pluginFolder = PLATFORM_DATA "/plugins";
     configuration.stateFolder = Folder() / std::to_string(profiles);
+    if (showEngine)
+        configuration.engineFolder = Folder() / "engine";
     analytics::platform::Configure(configuration);
 }
 
-std::unique_ptr<ProfileManager> Filled(int profiles)
+std::unique_ptr<ProfileManager> Filled(int profiles, bool showEngine = false)
 {
-    UseStore(profiles);
+    UseStore(profiles, showEngine);
     auto manager = std::make_unique<ProfileManager>();
     std::vector<analytics::ProfileSummary> list;
     manager->GetProfileList(list);
@@ -120,9 +123,28 @@ void Change(benchmark::State& state)
         manager.reset();
 }
 
+// A profile with eight behaviors, of which one gets another zone each time.
+void ShownChange(benchmark::State& state)
+{
+    const auto manager = Filled(64, state.range(0) != 0);
+    AddRules(*manager, 1, 8);
+    manager->ExecuteProfile(state.range(1) != 0 ? 1 : 2);
+    const std::string id = "com.varlo.rule.loiteringdetection";
+    int number = 0;
+    for (auto _ : state)
+        manager->SetRuleConfig(1, id,
+                               "<tt:Rules xmlns:tt=\"http://www.onvif.org/ver10/schema\"><tt:Rule Name=\"" +
+                                   std::to_string(++number) + "\" Type=\"" + id + "\"/></tt:Rules>",
+                               true);
+}
+
 BENCHMARK(List)->RangeMultiplier(10)->Range(10, 100000)->Unit(benchmark::kMicrosecond);
 BENCHMARK(ActiveRules)->Arg(0)->Arg(1)->Arg(8)->Unit(benchmark::kMicrosecond);
 BENCHMARK(MergedDocument)->Arg(1)->Arg(4)->Arg(8)->Unit(benchmark::kMicrosecond);
+BENCHMARK(ShownChange)
+    ->ArgNames({"feed", "active"})
+    ->ArgsProduct({{0, 1}, {0, 1}})
+    ->Unit(benchmark::kMicrosecond);
 BENCHMARK(Change)->ThreadRange(1, 16)->UseRealTime()->Unit(benchmark::kMicrosecond);
 
 } // namespace

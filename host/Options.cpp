@@ -59,6 +59,9 @@ std::variant<Options, int> ReadOptions(int argc, char** argv)
     app.add_option("--state", options.platform.stateFolder, "Folder of the profile store, created if missing")
         ->type_name("DIR")
         ->capture_default_str();
+    app.add_option("--engine", options.platform.engineFolder,
+                   "Folder that tells the analytics engine what is to run, created if missing")
+        ->type_name("DIR");
     app.add_option("--library", options.library, "API library to load")
         ->type_name("FILE")
         ->capture_default_str();

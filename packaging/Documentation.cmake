@@ -18,6 +18,10 @@ compressed(${CMAKE_CURRENT_SOURCE_DIR}/man/varlo-analytics-host.8 ${CMAKE_INSTAL
     varlo-analytics-host.8 host)
 compressed(${CMAKE_CURRENT_SOURCE_DIR}/man/varlo-analytics-settings.5 ${CMAKE_INSTALL_MANDIR}/man5
     varlo-analytics-settings.5 host)
+install(FILES ${CMAKE_SOURCE_DIR}/docs/engine-feed.md ${CMAKE_SOURCE_DIR}/docs/engine-document.md
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${package_host} COMPONENT host)
+install(FILES ${CMAKE_SOURCE_DIR}/examples/engine/engine.cpp
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${package_host}/examples COMPONENT host)
 if(TARGET varlo-analytics)
     compressed(${CMAKE_CURRENT_SOURCE_DIR}/man/varlo-analytics.1 ${CMAKE_INSTALL_MANDIR}/man1
         varlo-analytics.1 client)

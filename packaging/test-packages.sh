@@ -110,6 +110,21 @@ timeout 120 nsenter -t "$machine" -n /usr/bin/python3 -B "$root/tests/interop/ag
 say "the tour of all operations passes against the installed service"
 call CreateProfile '<name xmlns="">Kept</name>' | grep -q '<profileId>' || fail "no profile could be made"
 
+# ---- what the analytics engine reads, as a user of the service's group and nobody else ----
+state=/run/varlo-analytics/engine/state.json
+inside runuser -u nobody -g varlo-analytics -- grep -q '"sequence":' $state || fail "the group can't read what is to run"
+! inside runuser -u nobody -- cat $state 2>/dev/null || fail "everybody can read what is to run"
+inside systemctl restart varlo-analytics
+active "after a restart"
+inside rm -rf /run/varlo-analytics/engine
+for attempt in $(seq 50)
+do
+    inside test -s $state && break
+    [ "$attempt" -lt 50 ] || fail "the engine's folder does not come back"
+    sleep 0.2
+done
+say "an engine of the group reads what is to run"
+
 # ---- upgrade: profiles and the administrator's settings stay ----
 inside sed -i 's/<maxResource>100</<maxResource>99</' /etc/varlo-analytics/settings.xml
 before=$(main_pid)
@@ -127,7 +142,8 @@ inside dpkg -r $packages >"$work/dpkg.log" 2>&1 || { cat "$work/dpkg.log"; fail 
 ! inside sh -c 'grep -qsx varlo-analytics /proc/[0-9]*/comm' || fail "the service outlives its removal"
 inside test ! -e /usr/sbin/varlo-analytics-host || fail "the host is still there"
 inside test -s /etc/varlo-analytics/settings.xml -a -d /var/lib/varlo-analytics || fail "the removal took data along"
+inside test ! -e /run/varlo-analytics || fail "the engine's folder is still there"
 inside dpkg -P $packages >"$work/dpkg.log" 2>&1 || { cat "$work/dpkg.log"; fail "dpkg -P"; }
-inside test ! -e /etc/varlo-analytics -a ! -e /var/lib/varlo-analytics || fail "the purge left files"
+inside test ! -e /etc/varlo-analytics -a ! -e /var/lib/varlo-analytics -a ! -e /var/log/varlo-analytics || fail "the purge left files"
 say "removed and purged"
 say "OK"

@@ -57,12 +57,12 @@ class Options(unittest.TestCase):
 def settings_in_code():
     """The paths that the sources ask the settings document for."""
     paths = set()
-    for folder in ("platform/source/access", "platform/source/net", "platform/source/settings", "source", "video-analytics/source"):
-        for file in sorted((SOURCE / folder).glob("*.cpp")):
+    for folder in ("platform/source/*", "source", "video-analytics/source"):
+        for file in sorted(SOURCE.glob(f"{folder}/*.cpp")):
             text = file.read_text()
             if "analytics/Settings.h" not in text and "Settings::" not in text:
                 continue
-            paths |= set(re.findall(r'"//([A-Za-z][A-Za-z/]*)"', text))
+            paths |= set(re.findall(r'"/(?:/|settings/)([A-Za-z][A-Za-z/]*)"', text))
             for name in re.findall(r"\"//(server/endpoint)\[@name='\"", text):
                 paths |= {name, f"{name}/@name"}
             paths |= {f"server/endpoint/{name}" for name in re.findall(r'"/(@\w+)"', text)}

@@ -84,6 +84,7 @@ void EngineFeed::Show(EngineState state)
     m_sequence = state.sequence;
     m_state = std::move(state);
     PutRight();
+    m_profile = m_state->profile;
 }
 
 // What an earlier run has left stays, if it is right.

@@ -32,6 +32,8 @@ class EngineFeed
     void Show(EngineState state);
     // Of the last state shown, and before the first one that which the folder holds from an earlier run.
     std::int64_t LastSequence() const { return m_sequence; }
+    // The profile that the files show as active until the next call of Show() returns; 0: none.
+    int Profile() const { return m_profile; }
 
   private:
     struct File
@@ -52,6 +54,7 @@ class EngineFeed
 
     const std::string m_folder;
     std::atomic<std::int64_t> m_sequence;
+    std::atomic<int> m_profile = 0;
     Lock m_lock;
     std::optional<EngineState> m_state ANALYTICS_GUARDED_BY(m_lock);
     std::array<File, 2> m_files ANALYTICS_GUARDED_BY(m_lock); // in the order of writing

@@ -13,6 +13,7 @@ namespace analytics::platform
 struct EngineState
 {
     std::int64_t sequence = 0; // larger with each state that differs
+    int profile = 0;           // that is active; 0: none
     std::string facts;         // what EngineFacts() gave
     std::string document;      // the active profile, merged; empty if there is none or it holds nothing
 };

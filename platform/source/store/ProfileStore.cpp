@@ -4,7 +4,6 @@
 #include <analytics/Platform.h>
 
 #include "metrics/Metrics.h"
-#include "store/ProfileDocument.h"
 #include "store/SizeLimits.h"
 #include "store/StoreConnection.h"
 #include "threads/WorkMemory.h"
@@ -31,8 +30,6 @@ constexpr const char* kDocument =
     "SELECT document FROM configuration WHERE profile = ? AND kind = ? AND plugin = ?";
 constexpr const char* kDocumentBytes = "SELECT length(CAST(document AS BLOB)) FROM configuration"
                                        " WHERE profile = ? AND kind = ? AND plugin = ?";
-constexpr const char* kConfigurations =
-    "SELECT kind, plugin, document, active FROM configuration WHERE profile = ? ORDER BY kind, plugin";
 constexpr const char* kPut = "INSERT INTO configuration (profile, kind, plugin, active, document)"
                              " VALUES (?, ?, ?, ?, ?) ON CONFLICT DO UPDATE"
                              " SET active = excluded.active, document = excluded.document";
@@ -50,6 +47,10 @@ constexpr SwitchStatements kSwitches[] = {
     {"SELECT analytics_run FROM state", "UPDATE state SET analytics_run = ?"},
     {"SELECT md_active FROM state", "UPDATE state SET md_active = ?"},
 };
+
+// What a change is about, if it isn't a profile that was there before.
+constexpr std::optional<int> kCamera = std::nullopt;
+constexpr int kNew = -1;
 
 // The store that StoreHealth() looks at.
 platform::Lock gOpenLock;
@@ -90,33 +91,17 @@ std::optional<std::string> Given(const std::string& text)
     return text.empty() ? std::nullopt : std::optional(text);
 }
 
-std::vector<StoredConfiguration> ConfigurationsIn(StoreConnection& connection, int profile)
-{
-    std::vector<StoredConfiguration> all;
-    Query row(connection, kConfigurations, profile);
-    while (row.Next())
-        all.push_back({static_cast<PluginType>(row.Number(0)), row.Text(1), row.Text(2), row.Flag(3)});
-    return all;
-}
-
-std::string MergeAll(const std::vector<StoredConfiguration>& configurations)
-{
-    std::vector<StoredRule> rules;
-    std::vector<StoredEngine> engines;
-    for (const StoredConfiguration& stored : configurations)
-        if (stored.kind == RulePlugin)
-            rules.push_back({stored.id, stored.document, stored.active});
-        else
-            engines.push_back({stored.id, stored.document});
-    return MergeProfile(rules, engines);
-}
 } // namespace
 
-ProfileStore::ProfileStore(const std::string& folder) : m_copy(platform::DatabaseIn(folder)), m_store(folder)
+ProfileStore::ProfileStore(const std::string& folder)
+    : m_copy(platform::DatabaseIn(folder)),
+      m_store(folder),
+      m_engine(platform::ConfiguredEngineFolder(), m_store)
 {
     m_copy.AfterStart();
     platform::ReportOversize(m_store);
     CountProfiles();
+    m_engine.Begin();
     const platform::Hold hold(gOpenLock);
     gOpen = &m_store;
 }
@@ -134,10 +119,9 @@ std::string platform::StoreHealth()
     return gOpen == nullptr ? "" : gOpen->Failure();
 }
 
-template <class Operation>
-void ProfileStore::Change(const Operation& operation)
+void ProfileStore::Change(std::optional<int> profile, const platform::Store::Operation& operation)
 {
-    m_store.Write(operation);
+    m_engine.Write(profile, operation);
     m_copy.AfterChange();
 }
 
@@ -164,12 +148,12 @@ catch (const AnalyticsFault&)
 int ProfileStore::Create(const std::string& name)
 {
     int profile = 0;
-    Change(
-        [&](StoreConnection& connection)
-        {
-            Query(connection, "INSERT INTO profile (name) VALUES (?)", name).Run();
-            profile = static_cast<int>(connection.Database().getLastInsertRowid());
-        });
+    Change(kNew,
+           [&](StoreConnection& connection)
+           {
+               Query(connection, "INSERT INTO profile (name) VALUES (?)", name).Run();
+               profile = static_cast<int>(connection.Database().getLastInsertRowid());
+           });
     CountProfiles();
     return profile;
 }
@@ -177,38 +161,39 @@ int ProfileStore::Create(const std::string& name)
 // The database's own references stop the profile and take its configurations along.
 void ProfileStore::Delete(int profile)
 {
-    Change(
-        [&](StoreConnection& connection)
-        {
-            RequireIn(connection, profile);
-            Query(connection, "DELETE FROM profile WHERE id = ?", profile).Run();
-        });
+    Change(profile,
+           [&](StoreConnection& connection)
+           {
+               RequireIn(connection, profile);
+               Query(connection, "DELETE FROM profile WHERE id = ?", profile).Run();
+           });
     CountProfiles();
 }
 
 void ProfileStore::Activate(int profile)
 {
-    Change(
-        [&](StoreConnection& connection)
-        {
-            RequireIn(connection, profile);
-            Query(connection, "UPDATE state SET active_profile = ?", profile).Run();
-        });
+    Change(kCamera,
+           [&](StoreConnection& connection)
+           {
+               RequireIn(connection, profile);
+               Query(connection, "UPDATE state SET active_profile = ?", profile).Run();
+           });
     CountProfiles();
 }
 
 void ProfileStore::Deactivate(std::optional<int> profile)
 {
-    Change(
-        [&](StoreConnection& connection)
-        {
-            if (profile)
-                RequireIn(connection, *profile);
-            Query(connection,
-                  "UPDATE state SET active_profile = NULL WHERE active_profile = ifnull(?, active_profile)",
-                  profile)
-                .Run();
-        });
+    Change(kCamera,
+           [&](StoreConnection& connection)
+           {
+               if (profile)
+                   RequireIn(connection, *profile);
+               Query(
+                   connection,
+                   "UPDATE state SET active_profile = NULL WHERE active_profile = ifnull(?, active_profile)",
+                   profile)
+                   .Run();
+           });
     CountProfiles();
 }
 
@@ -261,17 +246,17 @@ void ProfileStore::Require(int profile)
 void ProfileStore::Describe(int profile, const std::optional<std::string>& name,
                             const std::optional<std::string>& preset)
 {
-    Change(
-        [&](StoreConnection& connection)
-        {
-            RequireIn(connection, profile);
-            DescribeIn(connection, profile, name, preset);
-        });
+    Change(profile,
+           [&](StoreConnection& connection)
+           {
+               RequireIn(connection, profile);
+               DescribeIn(connection, profile, name, preset);
+           });
 }
 
 void ProfileStore::Switch(ProfileSwitch which, bool on)
 {
-    Change([&](StoreConnection& connection)
+    Change(kCamera, [&](StoreConnection& connection)
            { Query(connection, kSwitches[static_cast<int>(which)].write, on ? 1 : 0).Run(); });
 }
 
@@ -332,7 +317,7 @@ std::string ProfileStore::Merged(int profile)
     const auto merge = [&]
     {
         BeginReading(profile, m_store.Get([&](StoreConnection& c) { return platform::BytesIn(c, profile); }));
-        return MergeAll(m_store.Get([&](StoreConnection& c) { return ConfigurationsIn(c, profile); }));
+        return Merge(m_store.Get([&](StoreConnection& c) { return ConfigurationsIn(c, profile); }));
     };
     const auto merged = m_merged.Get(profile, merge, &std::string::size);
     platform::LiftDocumentLimit();
@@ -360,40 +345,40 @@ void ProfileStore::Put(int profile, const std::vector<StoredConfiguration>& conf
                        const std::string& name, const std::string& preset)
 {
     const std::int64_t limit = platform::ProfileBytes();
-    Change(
-        [&](StoreConnection& connection)
-        {
-            RequireIn(connection, profile);
-            for (const StoredConfiguration& configuration : configurations)
-                Insert(connection, kPut, profile, configuration);
-            RequireStorableIn(connection, profile, limit);
-            DescribeIn(connection, profile, Given(name), Given(preset));
-        });
+    Change(profile,
+           [&](StoreConnection& connection)
+           {
+               RequireIn(connection, profile);
+               for (const StoredConfiguration& configuration : configurations)
+                   Insert(connection, kPut, profile, configuration);
+               RequireStorableIn(connection, profile, limit);
+               DescribeIn(connection, profile, Given(name), Given(preset));
+           });
 }
 
 bool ProfileStore::Add(int profile, const StoredConfiguration& configuration)
 {
     const std::int64_t limit = platform::ProfileBytes();
     int added = 0;
-    Change(
-        [&](StoreConnection& connection)
-        {
-            RequireIn(connection, profile);
-            added = Insert(connection, kAdd, profile, configuration);
-            RequireStorableIn(connection, profile, limit);
-        });
+    Change(profile,
+           [&](StoreConnection& connection)
+           {
+               RequireIn(connection, profile);
+               added = Insert(connection, kAdd, profile, configuration);
+               RequireStorableIn(connection, profile, limit);
+           });
     return added != 0;
 }
 
 bool ProfileStore::Remove(int profile, PluginType kind, const std::string& id)
 {
     int removed = 0;
-    Change(
-        [&](StoreConnection& connection)
-        {
-            RequireIn(connection, profile);
-            removed = Query(connection, kRemove, profile, static_cast<int>(kind), id).Run();
-        });
+    Change(profile,
+           [&](StoreConnection& connection)
+           {
+               RequireIn(connection, profile);
+               removed = Query(connection, kRemove, profile, static_cast<int>(kind), id).Run();
+           });
     return removed != 0;
 }
 

@@ -1,8 +1,9 @@
 #pragma once
 
-#include <analytics/Manifest.h>
 #include <analytics/ProfileSummary.h>
 
+#include "store/EngineView.h"
+#include "store/ProfileConfigurations.h"
 #include "store/ReadCache.h"
 #include "store/Store.h"
 #include "store/StoreBackup.h"
@@ -20,15 +21,6 @@ enum class ProfileSwitch
 {
     Analytics, // on at first
     MD         // off at first
-};
-
-// A rule or engine as a profile holds it.
-struct StoredConfiguration
-{
-    PluginType kind = RulePlugin; // or EnginePlugin
-    std::string id;
-    std::string document;
-    bool active = false;
 };
 
 // The inside of ProfileManager: the profiles as the database holds them. Every operation is one transaction.
@@ -79,11 +71,12 @@ class ProfileStore
     void BeginReading(int profile, std::int64_t bytes);
     void CountProfiles();
 
-    template <class Operation>
-    void Change(const Operation& operation);
+    // On a profile, or on the camera as a whole.
+    void Change(std::optional<int> profile, const platform::Store::Operation& operation);
 
     platform::LastGoodCopy m_copy;
     platform::Store m_store;
+    EngineView m_engine;
     platform::ReadCache<std::vector<ProfileSummary>> m_list{m_store};
     platform::ReadCache<std::optional<int>> m_active{m_store};
     platform::ReadCache<bool> m_switches{m_store}; // by ProfileSwitch

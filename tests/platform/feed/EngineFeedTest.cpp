@@ -22,7 +22,7 @@ namespace
 {
 EngineState State(std::int64_t sequence, const std::string& document, const std::string& name = "Car park")
 {
-    return {sequence, EngineFacts(ProfileSummary(3, name, "", true), true, false, document), document};
+    return {sequence, 3, EngineFacts(ProfileSummary(3, name, "", true), true, false, document), document};
 }
 } // namespace
 
@@ -73,7 +73,7 @@ TEST_F(EngineFeedTest, WithoutAProfileThereIsNoDocument)
 {
     EngineFeed feed(Folder());
     feed.Show(State(1, "<document/>"));
-    feed.Show({2, EngineFacts(std::nullopt, false, true, ""), ""});
+    feed.Show({2, 0, EngineFacts(std::nullopt, false, true, ""), ""});
     EXPECT_EQ(TextOf("active.xml"), "(none)");
     EXPECT_EQ(TextOf("state.json"),
               R"({"sequence":2,"profile":null,"analytics":false,"motionDetection":true,"document":null})"
@@ -133,6 +133,7 @@ TEST_F(EngineFeedTest, AnOlderStateThatComesLaterIsNotShown)
     feed.Show(State(4, "<old/>"));
     ExpectRight(State(5, "<new/>"));
     EXPECT_EQ(feed.LastSequence(), 5);
+    EXPECT_EQ(feed.Profile(), 3);
 }
 
 TEST_F(EngineFeedTest, FilesThatAreRightSurviveAStart)
