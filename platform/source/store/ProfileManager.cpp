@@ -10,13 +10,13 @@
 #include "files/StandardError.h"
 #include "metrics/Metrics.h"
 #include "store/ProfileStore.h"
+#include "store/RuleCost.h"
 #include "store/SizeLimits.h"
 #include "threads/OncePerRequest.h"
 #include "xml/Text.h"
 
 #include <iterator>
 #include <optional>
-#include <set>
 #include <utility>
 
 namespace analytics
@@ -50,8 +50,6 @@ constexpr Command kCommands[] = {
     {ProfileSwitch::MD, true},
 };
 
-// ---- Who may do what ----
-
 constexpr const char* MayNot(Role needed)
 {
     return needed == Role::Administrator ? " may not change profiles" : " may not run or stop anything";
@@ -80,8 +78,6 @@ bool Change(Role needed, AuditEntry entry, const Action& action)
     return true;
 }
 
-// ---- What can be stored ----
-
 // Why a text can't be a profile's name or camera preset; empty if it can. Both go out in XML documents.
 std::string TextRefusal(const std::string& what, const std::string& text)
 {
@@ -100,8 +96,6 @@ void Refuse(ProfileStore& store, int profileId, const std::string& refusal)
     store.Require(profileId);
     throw ClientFault(refusal);
 }
-
-// ---- An engine's part of a behavior ----
 
 // The engine's part of a behavior comes before its rule, in a call of its own. It is held until the request
 // brings the rule, so that both are stored or neither; without a rule it is stored by itself, before the
@@ -147,15 +141,6 @@ void StoreHeldAtEnd()
     }
 }
 
-// ---- Plug-ins ----
-
-Manifest ManifestOf(const std::string& id)
-{
-    Manifest manifest;
-    PluginManager().GetManifest(manifest, id);
-    return manifest;
-}
-
 // Adds the plug-in to the profile with its default configuration, not active.
 void AddPlugin(ProfileStore& store, int profileId, const Kind& kind, const std::string& id)
 {
@@ -176,29 +161,6 @@ void DeletePlugin(ProfileStore& store, int profileId, const Kind& kind, const st
     if (!store.Remove(profileId, kind.type, id))
         throw ClientFault("Profile " + std::to_string(profileId) + " has no " + kind.word + " " + id);
 }
-
-// The costs of plug-ins, each counted once.
-class Bill
-{
-  public:
-    void Add(const Manifest& manifest)
-    {
-        if (m_counted.insert(manifest.Id()).second)
-            m_sum += manifest.ResourceRequirement();
-    }
-    void AddRule(const std::string& id)
-    {
-        const Manifest manifest = ManifestOf(id);
-        Add(manifest);
-        for (const std::string& dependency : manifest.Dependencies())
-            Add(ManifestOf(dependency));
-    }
-    std::uint64_t Sum() const { return m_sum; }
-
-  private:
-    std::set<std::string> m_counted;
-    std::uint64_t m_sum = 0;
-};
 
 template <class Value>
 bool Take(std::optional<Value> found, Value& target)
@@ -419,18 +381,15 @@ bool ProfileManager::DeleteEngine(int profileId, const std::string& id)
 
 bool ProfileManager::GetMDActiveState() { return Settled(*m_store).IsOn(ProfileSwitch::MD); }
 
-// As platform/include says: of the active rules and `id`.
 bool ProfileManager::HasEnoughResource(int profileId, const std::string& id)
 {
     Settled(*m_store).Require(profileId);
     if (ManifestOf(id).Type() != kRule.typeName)
         throw ClientFault("There is no behavior " + id + " on this camera");
-    Bill bill;
-    for (const std::string& rule :
-         Settled(*m_store).Ids(profileId, RulePlugin, true).value_or(std::vector<std::string>()))
-        bill.AddRule(rule);
-    bill.AddRule(id);
-    return bill.Sum() <= Settings::MaxResource();
+    std::vector<std::string> rules;
+    GetActiveRules(profileId, rules);
+    rules.push_back(id);
+    return CostOf(rules) <= Settings::MaxResource();
 }
 
 } // namespace analytics

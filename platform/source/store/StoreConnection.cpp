@@ -49,8 +49,8 @@ ALTER TABLE state ADD COLUMN shown TEXT NOT NULL DEFAULT '';
 };
 // What the tables have to answer.
 constexpr const char* kProbes[] = {
-    "SELECT count(*) = 1 FROM (SELECT one, active_profile, analytics_run, md_active, sequence, shown"
-    " FROM state)",
+    ("SELECT count(*) = 1 FROM"
+     " (SELECT one, active_profile, analytics_run, md_active, sequence, shown FROM state)"),
     "SELECT count(*) >= 0 FROM (SELECT id, name, preset FROM profile LIMIT 1)",
     "SELECT count(*) >= 0 FROM (SELECT profile, kind, plugin, active, document FROM configuration LIMIT 1)",
 };
