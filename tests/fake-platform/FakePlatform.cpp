@@ -196,6 +196,7 @@ std::string Settings::EnginePattern()
 }
 
 bool platform::AdmitElements(std::size_t count) { return count <= 1'000'000; }
+bool platform::AdmitAnother() { return true; }
 
 } // namespace analytics
 

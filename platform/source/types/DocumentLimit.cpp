@@ -18,6 +18,7 @@ struct Limit
 {
     std::uint64_t request = 0;
     std::size_t elements = kNoLimit;
+    std::size_t counted = 0; // of the document that is being built
     bool exceeded = false;
 };
 
@@ -26,7 +27,7 @@ Limit& LimitOfThread()
     thread_local Limit limit;
     const std::uint64_t request = RequestOfThread();
     if (limit.request != request)
-        limit = {request, request == 0 ? kNoLimit : DocumentElements(), false};
+        limit = {request, request == 0 ? kNoLimit : DocumentElements(), 0, false};
     return limit;
 }
 } // namespace
@@ -40,9 +41,12 @@ std::size_t DocumentElements()
 bool AdmitElements(std::size_t count)
 {
     Limit& limit = LimitOfThread();
+    limit.counted = count;
     limit.exceeded = limit.exceeded || count > limit.elements;
     return count <= limit.elements;
 }
+
+bool AdmitAnother() { return AdmitElements(LimitOfThread().counted + 1); }
 
 bool DocumentIsTooLarge() { return LimitOfThread().exceeded; }
 

@@ -12,12 +12,13 @@ namespace analytics::platform
 // The setting.
 std::size_t DocumentElements();
 
-// Whether a document may have so many elements. False is remembered: the request's document is too large,
-// and the store refuses it in words for the client. To be asked with the number of elements of a text
-// before its tree is built, and with that of a document that grows.
+// Whether a document may have so many elements: to be asked before the tree of a text is built. False is
+// remembered: the request's document is too large, and the store refuses it in words for the client.
 bool AdmitElements(std::size_t count);
+// Whether an element may be added to those that were counted last and have been added since.
+bool AdmitAnother();
 
-// Whether AdmitElements() has been false in this request.
+// Whether one of these has been false in this request.
 bool DocumentIsTooLarge();
 
 // For the rest of the request: what comes now was admitted when it was stored.
