@@ -15,6 +15,7 @@ namespace types
 {
 class Point
 {
+  protected: // nothing here reads them
     std::int32_t m_x = 0;
     std::int32_t m_y = 0;
 };
@@ -87,7 +88,7 @@ class Manifest
     Manifest(const std::string& id, const std::string& alias) : m_texts{id, alias, "Name", ""} {}
     virtual ~Manifest() = default;
 
-  private:
+  protected: // in this order on both sides; nothing here reads them
     std::string m_texts[4];
     bool m_flag = true;
     std::uint32_t m_number = 1;
