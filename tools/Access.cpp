@@ -3,6 +3,7 @@
 #include "Failure.h"
 #include "Text.h"
 
+#include <arpa/inet.h>
 #include <fcntl.h>
 #include <termios.h>
 #include <unistd.h>
@@ -62,7 +63,22 @@ std::string Ask(const std::string& user)
     return answer;
 }
 
+bool IsLoopback(const std::string& host)
+{
+    in_addr address = {};
+    return inet_pton(AF_INET, host.c_str(), &address) == 1 && ntohl(address.s_addr) >> 24 == 127;
+}
+
 } // namespace
+
+std::string HostOf(const std::string& url)
+{
+    const std::size_t start = url.find("://") + 3;
+    const std::string authority = url.substr(start, url.find_first_of("/?#", start) - start);
+    if (authority.front() == '[')
+        return authority.substr(1, authority.find(']') - 1);
+    return authority.substr(0, authority.find(':'));
+}
 
 std::string WholeUrl(const std::string& text)
 {
@@ -89,6 +105,18 @@ std::string WholeUrl(const std::string& text)
         std::stoi(port) < 1 || std::stoi(port) > 65535)
         RefuseUrl(text, "its port is no number from 1 to 65535");
     return url;
+}
+
+void GuardPassword(const Access& access)
+{
+    if (access.user.empty() || access.insecure || access.url.compare(0, 7, "http://") != 0)
+        return;
+    const std::string host = HostOf(access.url);
+    if (host == "localhost" || host == "::1" || IsLoopback(host))
+        return;
+    throw Failure(Exit::Usage, "The password isn't sent to " + Printable(host) +
+                                   " over plain http, where others can read it. Use https:// in the address; "
+                                   "--insecure sends it all the same");
 }
 
 std::string ReadPassword(const std::string& user, const std::string& file)

@@ -1,8 +1,14 @@
 #include "Behaviors.h"
 #include "Documents.h"
+#include "Editor.h"
+#include "ExplainCommand.h"
 #include "Failure.h"
+#include "Scene.h"
 #include "Session.h"
+#include "StoreBehavior.h"
 #include "Text.h"
+#include "documents/Example.h"
+#include "documents/Models.h"
 
 #include <CLI/CLI.hpp>
 
@@ -16,6 +22,7 @@ struct Arguments
     std::string profile;
     std::string behavior;
     std::string file = "-";
+    std::string field;
 };
 
 Record About(int profile, const std::string& id)
@@ -33,26 +40,13 @@ void Get(Session& session, const Arguments& arguments)
                       "Profile " + std::to_string(profile) + " has no document of " + BehaviorCalled(id) +
                           ": it isn't active and has no zones. 'varlo-analytics behavior default " +
                           BehaviorCalled(id) + "' gives one to start from");
-    session.Out().Document(About(profile, id), document);
+    session.Out().Document(About(profile, id), FindModel(id), document);
 }
 
 void Set(Session& session, const Arguments& arguments)
 {
     const std::string id = BehaviorId(arguments.behavior);
-    const Source source = ReadSource(arguments.file);
-    CheckBehavior(source, id, Model(), false);
-    Service& service = session.Service();
-    const int profile = ProfileId(service, arguments.profile);
-    CheckBehavior(source, id, BehaviorModel(id, {service.DefaultBehavior(id)}), session.strict);
-    service.SetProfileBehavior(profile, id, source.text);
-    const std::string stored = service.ProfileBehavior(profile, id);
-    const std::vector<Change> changes = ChangesIn(source, stored, "behavior");
-    std::string sentence = "Profile " + std::to_string(profile) + " has stored " + BehaviorCalled(id);
-    if (Trimmed(stored).empty())
-        sentence += ", which is idle: not active and without zones.";
-    else
-        sentence += changes.empty() ? " as it was sent." : ". This came back different:";
-    session.Out().Report(About(profile, id), sentence, "differences", Listed(changes));
+    StoreBehavior(session, ReadSource(arguments.file), arguments.profile, id);
 }
 
 void Delete(Session& session, const Arguments& arguments)
@@ -71,13 +65,41 @@ void Default(Session& session, const Arguments& arguments)
     if (Trimmed(document).empty() && !session.json)
         throw Failure(Exit::Refused, "The service delivers no default document of " + BehaviorCalled(id) +
                                          ". Look for behavior.xml in the folder of its plug-in");
-    session.Out().Document({{"behavior", BehaviorCalled(id)}, {"id", id}}, document);
+    session.Out().Document({{"behavior", BehaviorCalled(id)}, {"id", id}}, FindModel(id), document);
 }
 
-void Example(Session& session, const Arguments& arguments)
+void ShowExample(Session& session, const Arguments& arguments)
 {
     const std::string id = BehaviorId(arguments.behavior);
-    session.Out().Document({{"behavior", BehaviorCalled(id)}, {"id", id}}, BehaviorExample(id));
+    const DocumentModel* const model = FindModel(id);
+    if (model == nullptr)
+        throw Failure(Exit::Usage, "There is no example for " + id +
+                                       ". Ask the service: varlo-analytics behavior default");
+    session.Out().Document({{"behavior", model->name}, {"id", id}}, model, Example(*model, session.Frame()));
+}
+
+void ShowMeaning(Session& session, const Arguments& arguments)
+{
+    const DocumentModel* const model = FindModel(BehaviorId(arguments.behavior));
+    if (model == nullptr)
+        throw Failure(Exit::Usage, "This program knows nothing of " + arguments.behavior +
+                                       ". 'varlo-analytics behavior --help' shows the names that it knows");
+    Explain(session, *model, arguments.field);
+}
+
+void EditDocument(Session& session, const Arguments& arguments)
+{
+    const std::string id = BehaviorId(arguments.behavior);
+    const int profile = ExistingProfile(session.Service(), arguments.profile).id;
+    const std::string stored = BehaviorOf(session.Service(), profile, id);
+    const DocumentModel* const model = FindModel(id);
+    const bool none = Trimmed(stored).empty();
+    const std::string text = !none              ? stored
+                             : model != nullptr ? Example(*model, session.Frame())
+                                                : session.Service().DefaultBehavior(id);
+    const auto store = [&](const Source& source) { StoreBehavior(session, source, arguments.profile, id); };
+    if (!Edit(BehaviorName(id), Readable(text) + '\n', store))
+        session.Out().Result(About(profile, id), "Nothing has been changed.");
 }
 
 using Action = void (*)(Session&, const Arguments&);
@@ -118,14 +140,27 @@ void AddBehaviorCommands(CLI::App& app, Session& session)
             "  varlo-analytics behavior example loitering | varlo-analytics behavior set 1 loitering",
             Set, true, set);
     command->add_option("FILE", set->file, "The document; standard input without it, or with -");
-    AddStrict(*command, session);
+    AddChecks(*command, session);
+    AddChecks(*Add(*group, session, "edit",
+                   "Change the document of a behavior in an editor, check it and store it",
+                   "  varlo-analytics behavior edit \"Car park\" loitering\n"
+                   "  EDITOR=nano varlo-analytics behavior edit 1 loitering",
+                   EditDocument, true, arguments()),
+              session);
+    const auto explained = arguments();
+    Add(*group, session, "explain",
+        "Tell what the fields of a behavior mean, their units, advised values and defaults",
+        "  varlo-analytics behavior explain loitering\n  varlo-analytics behavior explain loitering "
+        "dwellTime",
+        ShowMeaning, false, explained)
+        ->add_option("FIELD", explained->field, "One of them");
     Add(*group, session, "delete", "Delete a behavior from a profile",
         "  varlo-analytics behavior delete \"Car park\" loitering", Delete, true, arguments());
     Add(*group, session, "default", "Write the service's default document of a behavior to standard output",
         "  varlo-analytics behavior default loitering", Default, false, arguments());
     Add(*group, session, "example",
         "Write a full document with a zone to standard output, without asking the service",
-        "  varlo-analytics behavior example loitering >loitering.xml", Example, false, arguments());
+        "  varlo-analytics behavior example loitering >loitering.xml", ShowExample, false, arguments());
 }
 
 } // namespace client

@@ -1,7 +1,5 @@
 #pragma once
 
-#include "Model.h"
-
 #include <string>
 #include <vector>
 
@@ -16,11 +14,5 @@ std::string BehaviorName(const std::string& id);
 // The short name, or the identifier.
 std::string BehaviorCalled(const std::string& id);
 std::vector<std::string> BehaviorNames();
-
-// A full document with a zone. Throws Failure if this program has none of the behavior.
-std::string BehaviorExample(const std::string& id);
-
-// What documents of the behavior look like: the program's own, and those that are given.
-Model BehaviorModel(const std::string& id, const std::vector<std::string>& documents);
 
 } // namespace client

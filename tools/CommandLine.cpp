@@ -1,6 +1,7 @@
 #include "CommandLine.h"
 
 #include "Failure.h"
+#include "Json.h"
 #include "Session.h"
 #include "Text.h"
 
@@ -8,6 +9,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 
 namespace client
 {
@@ -22,7 +24,8 @@ constexpr char kFooter[] = R"(Examples:
   varlo-analytics --url https://camera.example/ --user admin --cacert ca.pem profile list
 
 Environment:
-  VARLO_ANALYTICS_URL       the address, if --url isn't given
+  VARLO_ANALYTICS_URL       the address, if neither --url nor --camera is given
+  VARLO_ANALYTICS_FRAME     the frame, if neither --frame nor the camera gives one
   VARLO_ANALYTICS_PASSWORD  the password of --user, if --password-file isn't given; without
                             either it is asked for at the terminal
 
@@ -31,7 +34,7 @@ Exit codes:
   1  the service has refused; of several hosts, not all could be done
   2  the command line is wrong
   3  no answer: connection, certificate, access or time
-  4  a file or a document can't be used, or --strict met a warning
+  4  a file or a document can't be used, there is an error in it, or --strict met a warning
   5  plan --exit-code: a host differs
 
 Each command has a --help of its own, and options may stand in front of a command or behind it.)";
@@ -39,11 +42,11 @@ Each command has a --help of its own, and options may stand in front of a comman
 void AddOptions(CLI::App& app, Session& session)
 {
     Access& access = session.access;
-    access.url = "http://127.0.0.1:8080/";
-    app.add_option("--url", access.url, "Address of the service, http or https")
-        ->type_name("URL")
-        ->envname("VARLO_ANALYTICS_URL")
-        ->capture_default_str();
+    app.add_option("--url", access.url,
+                   "Address of the service, http or https; http://127.0.0.1:8080/ without one")
+        ->type_name("URL");
+    app.add_option("--camera", session.camera, "A camera by the name that 'camera add' gave it")
+        ->type_name("NAME");
     app.add_option("--user", access.user, "User of the service; see below for the password")
         ->type_name("NAME");
     app.add_option("--password-file", session.passwordFile, "File with the password in its first line")
@@ -51,6 +54,7 @@ void AddOptions(CLI::App& app, Session& session)
     app.add_option("--cacert", access.authorities,
                    "Authorities to trust with https, in PEM form; else those of the system")
         ->type_name("FILE");
+    app.add_flag("--insecure", access.insecure, "Send a password over plain http to another machine");
     CLI::Option* const certificate =
         app.add_option("--cert", access.certificate, "Our certificate, in PEM form, if the service wants one")
             ->type_name("FILE");
@@ -63,7 +67,9 @@ void AddOptions(CLI::App& app, Session& session)
         ->type_name("SECONDS")
         ->check(CLI::Range(1, 1800))
         ->default_str("10");
-    app.add_flag("--json", session.json, "Write results as JSON");
+    app.add_option("--frame", session.frameText, "The picture that coordinates count in; 320x240 without one")
+        ->type_name("WIDTHxHEIGHT");
+    app.add_flag("--json", session.json, "Write results as JSON, and errors and warnings too");
     app.set_version_flag("--version", "varlo-analytics " VERSION);
     app.set_help_all_flag("--help-all", "Print the help of all commands and exit");
 }
@@ -91,13 +97,31 @@ std::string UsageMessage(const CLI::App* app, const CLI::Error& error)
     return Printable(message, true) + "\nMore: " + path + "--help\n";
 }
 
-int Report(const Failure& failure)
+std::string SentenceOf(const Failure& failure)
+{
+    std::string sentence = failure.what();
+    if (std::strchr(".?!", sentence.back()) == nullptr)
+        sentence += '.';
+    return sentence;
+}
+
+int Report(const Failure& failure, bool json)
 {
     std::fflush(stdout);
-    std::string sentence = Printable(failure.what(), true);
-    if (sentence.back() != '.')
-        sentence += '.';
-    std::fprintf(stderr, "varlo-analytics: %s\n", sentence.c_str());
+    if (!json)
+    {
+        std::fprintf(stderr, "varlo-analytics: %s\n", Printable(SentenceOf(failure), true).c_str());
+        return static_cast<int>(failure.Code());
+    }
+    Json object = Json::object();
+    const auto* const document = dynamic_cast<const DocumentFailure*>(&failure);
+    if (document != nullptr)
+        object["file"] = document->File();
+    if (document != nullptr && document->AsFinding().line > 0)
+        object["line"] = document->AsFinding().line;
+    object["level"] = "error";
+    object["text"] = document != nullptr ? document->AsFinding().text : SentenceOf(failure);
+    std::fprintf(stderr, "%s\n", JsonLine(object).c_str());
     return static_cast<int>(failure.Code());
 }
 
@@ -109,10 +133,11 @@ int Perform(Session& session)
     }
     catch (const Failure& failure)
     {
-        return Report(failure);
+        return Report(failure, session.json);
     }
     if (std::fflush(stdout) != 0)
-        return Report(Failure(Exit::Document, "The result can't be written to standard output"));
+        return Report(Failure(Exit::Document, "The result can't be written to standard output"),
+                      session.json);
     return static_cast<int>(session.exit);
 }
 
@@ -128,7 +153,8 @@ int RunCommandLine(int argc, char** argv)
     app.failure_message(UsageMessage);
     AddOptions(app, session);
     for (const auto add : {AddProfileCommands, AddAvailabilityCommand, AddBehaviorCommands, AddSceneCommands,
-                           AddControlCommands, AddFolderCommands, AddPlanCommands})
+                           AddControlCommands, AddFolderCommands, AddPlanCommands, AddZoneCommands,
+                           AddShowCommand, AddValidateCommand, AddStatusCommand, AddCameraCommands})
         add(app, session);
     try
     {

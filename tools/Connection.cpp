@@ -2,6 +2,7 @@
 
 #include "Explanation.h"
 #include "Failure.h"
+#include "TlsTrouble.h"
 
 #include <VideoAnalytics.nsmap>
 
@@ -13,6 +14,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
 #include <limits>
 #include <mutex>
@@ -27,16 +29,6 @@ namespace
 constexpr ULONG64 kLongestAnswer = 64 << 20;
 // A wait may end a little before its time.
 constexpr std::chrono::milliseconds kTolerance(20);
-
-// The host of a URL, without port and brackets.
-std::string HostOf(const std::string& url)
-{
-    const std::size_t start = url.find("://") + 3;
-    const std::string authority = url.substr(start, url.find_first_of("/?#", start) - start);
-    if (authority.front() == '[')
-        return authority.substr(1, authority.find(']') - 1);
-    return authority.substr(0, authority.find(':'));
-}
 
 [[noreturn]] void RefuseFile(const std::string& what, const std::string& file)
 {
@@ -60,11 +52,21 @@ void TakeCertificate(SSL_CTX* context, const Access& access)
         RefuseFile("key of the certificate", key);
 }
 
+// Of the system's authorities only the one that is asked for is read, by the hash of its name: all of
+// them take longer than the exchange.
+void TrustSystem(SSL_CTX* context)
+{
+    SSL_CTX_set_default_verify_dir(context);
+    if (std::getenv(X509_get_default_cert_file_env()) != nullptr)
+        SSL_CTX_set_default_verify_file(context);
+}
+
 } // namespace
 
 Connection::Connection(const Access& access, std::optional<Clock::time_point> deadline)
     : m_access(access), m_deadline(deadline)
 {
+    GuardPassword(access);
     soap_init2(&m_soap, SOAP_C_UTFSTRING | SOAP_XML_TREE, SOAP_C_UTFSTRING);
     m_soap.recv_maxlength = kLongestAnswer;
     m_soap.socket_flags = MSG_NOSIGNAL;
@@ -102,12 +104,14 @@ void Connection::UseTls()
     std::call_once(once, [] { soap_ssl_init(); });
     // The runtime compares names only; OpenSSL itself knows that a camera's address may stand in its
     // certificate as well.
-    constexpr unsigned short kFlags =
-        SOAP_SSL_REQUIRE_SERVER_AUTHENTICATION | SOAP_SSL_SKIP_HOST_CHECK | SOAP_TLSv1_2 | SOAP_TLSv1_3;
+    constexpr unsigned short kFlags = SOAP_SSL_REQUIRE_SERVER_AUTHENTICATION | SOAP_SSL_SKIP_HOST_CHECK |
+                                      SOAP_SSL_NO_DEFAULT_CA_PATH | SOAP_TLSv1_2 | SOAP_TLSv1_3;
     const char* const authorities = m_access.authorities.empty() ? nullptr : m_access.authorities.c_str();
     if (soap_ssl_client_context(&m_soap, kFlags, nullptr, nullptr, authorities, nullptr, nullptr) != SOAP_OK)
         RefuseFile("certificates of authorities", m_access.authorities);
-    SSL_CTX_set_verify(m_soap.ctx, SSL_VERIFY_PEER, RememberCertificate);
+    if (authorities == nullptr)
+        TrustSystem(m_soap.ctx);
+    RememberTrouble(m_soap.ctx);
     m_soap.fsslverify = RememberCertificate;
     TakeCertificate(m_soap.ctx, m_access);
     X509_VERIFY_PARAM* const expected = SSL_CTX_get0_param(m_soap.ctx);

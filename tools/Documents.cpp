@@ -1,118 +1,179 @@
 #include "Documents.h"
 
-#include "Behaviors.h"
-#include "Check.h"
 #include "Failure.h"
 #include "Text.h"
 #include "XmlDocument.h"
+#include "documents/Check.h"
+#include "documents/Models.h"
+#include "documents/Shape.h"
 
-#include <unistd.h>
-
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
-#include <filesystem>
-#include <fstream>
+#include <algorithm>
 #include <iostream>
-#include <sstream>
 
 namespace client
 {
 namespace
 {
 
-void Warn(const Source& source, long line, const std::string& text)
+bool IsJson(const std::string& text)
 {
-    std::cerr << Printable(source.name) << ':' << line << ": " << Printable(text) << '\n';
+    const std::string front = Trimmed(text).substr(0, 1);
+    return front == "{" || front == "[";
 }
 
-const xmlNode* ElementOf(const XmlDocument& document, const Source& source, const std::string& root)
+[[noreturn]] void Refuse(const Source& source, const std::string& why, long line = 0)
 {
-    const xmlNode* const element = document.First(root);
-    if (element == nullptr)
-        throw Failure(Exit::Document,
-                      source.name + ": the document has no <" + root + "> element. Nothing has been sent");
-    return element;
+    throw DocumentFailure(source.name, line, why);
 }
 
-void BeStrict(const Source& source, std::size_t warnings, bool strict)
+Json ReadJson(const Source& source)
 {
-    if (strict && warnings > 0)
-        throw Failure(Exit::Document, source.name + ": " + std::to_string(warnings) +
-                                          (warnings == 1 ? " warning" : " warnings") +
-                                          ", and --strict takes none. Nothing has been sent");
+    try
+    {
+        return Json::parse(source.text);
+    }
+    catch (const Json::parse_error& error)
+    {
+        const auto end =
+            source.text.begin() + static_cast<std::ptrdiff_t>(std::min(error.byte, source.text.size()));
+        Refuse(source, "this is no JSON. Nothing has been sent; correct the document and try again",
+               1 + std::count(source.text.begin(), end, '\n'));
+    }
 }
 
-std::size_t WarnOf(const Source& source, const xmlNode* element, const Model& model)
+// What `get --json` writes has the document in it.
+Json Unwrapped(Json json)
 {
-    const std::vector<Finding> findings =
-        model.children.empty() ? std::vector<Finding>() : Check(element, model);
-    for (const Finding& finding : findings)
-        Warn(source, finding.line, finding.text);
-    return findings.size();
+    if (json.is_object() && json.contains("document"))
+        return Json(json["document"]);
+    return json;
+}
+
+pugi::xml_document Built(const Source& source, const DocumentModel& model, Findings& findings)
+{
+    const Json json = Unwrapped(ReadJson(source));
+    if (json.is_null())
+        Refuse(source, "there is no document in it, as of a behavior that is idle. Nothing has been sent");
+    return FromJson(model, json, findings);
+}
+
+const XmlDocument Parsed(const Source& source, const DocumentModel& model, Findings& findings)
+{
+    if (IsJson(source.text))
+        return XmlDocument(Built(source, model, findings));
+    XmlDocument document(source.text, source.name);
+    if (RootOf(model, document.Root()).empty())
+        Refuse(source, "the document has no <" + model.root.name + "> element. Nothing has been sent");
+    return document;
+}
+
+std::string Counted(std::size_t count, const std::string& what)
+{
+    return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
+}
+
+std::size_t Count(const Findings& findings, Finding::Level level)
+{
+    return static_cast<std::size_t>(std::count_if(findings.begin(), findings.end(),
+                                                  [level](const Finding& finding)
+                                                  { return finding.level == level; }));
 }
 
 } // namespace
 
-Source ReadSource(const std::string& file)
+const DocumentModel& ModelFor(const Source& source)
 {
-    std::ostringstream text;
-    if (file == "-")
+    std::string id;
+    if (IsJson(source.text))
     {
-        if (isatty(STDIN_FILENO) == 1)
-            std::cerr << "Reading the document from standard input; Ctrl-D ends it.\n";
-        text << std::cin.rdbuf();
-        return {"standard input", text.str()};
+        const Json json = Unwrapped(ReadJson(source));
+        if (!json.is_object())
+            Refuse(source, "this is no document: it has to be an object");
+        if (!json.contains("id") && !json.contains("active") && !json.contains("rois"))
+            return SceneModel();
+        id = json.contains("id") && json["id"].is_string() ? json["id"].get<std::string>() : "";
     }
-    std::ifstream stream(file, std::ios::binary);
-    if (!stream || std::filesystem::is_directory(file))
-        throw Failure(Exit::Document,
-                      file + " can't be read: " + (stream ? "it is a folder" : std::strerror(errno)));
-    text << stream.rdbuf();
-    return {file, text.str()};
-}
-
-void WriteFile(const std::string& file, const std::string& text)
-{
-    const std::string unfinished = file + ".part";
-    std::ofstream stream(unfinished, std::ios::binary | std::ios::trunc);
-    stream << text << std::flush;
-    stream.close();
-    if (!stream || std::rename(unfinished.c_str(), file.c_str()) != 0)
+    else
     {
-        const std::string why = std::strerror(errno);
-        std::remove(unfinished.c_str());
-        throw Failure(Exit::Document, file + " can't be written: " + why);
+        const XmlDocument document(source.text, source.name);
+        if (!RootOf(SceneModel(), document.Root()).empty())
+            return SceneModel();
+        const pugi::xml_node behavior = document.First("behavior");
+        if (behavior.empty())
+            Refuse(source, "there is neither a <behavior> nor an <" + SceneModel().root.name + "> in it", 1);
+        id = behavior.attribute("id").value();
     }
+    const DocumentModel* const model = FindModel(id);
+    if (model == nullptr)
+        Refuse(source, id.empty() ? "the document doesn't say of which behavior it is: its id is missing"
+                                  : "the behavior '" + id +
+                                        "' isn't known; 'varlo-analytics behavior --help' shows the names");
+    return *model;
 }
 
-void CheckDocument(const Source& source, const std::string& root, const Model& model, bool strict)
+std::string AsXml(const Source& source, const DocumentModel& model, Findings& findings)
 {
-    const XmlDocument document(source.text, source.name);
-    BeStrict(source, WarnOf(source, ElementOf(document, source, root), model), strict);
+    return IsJson(source.text) ? XmlDocument(Built(source, model, findings)).Text() : source.text;
 }
 
-void CheckBehavior(const Source& source, const std::string& id, const Model& model, bool strict)
+Findings FindingsOf(const Source& source, const DocumentModel& model, const Frame& frame)
 {
-    const XmlDocument document(source.text, source.name);
-    const xmlNode* const element = ElementOf(document, source, "behavior");
-    const std::string found = AttributeOf(element, "id");
-    std::size_t warnings = WarnOf(source, element, model);
-    if (BehaviorCalled(found) != BehaviorCalled(id))
+    Findings findings;
+    const XmlDocument document = Parsed(source, model, findings);
+    for (Finding& finding : Check(model, document, frame))
+        findings.push_back(std::move(finding));
+    return findings;
+}
+
+void Tell(const Source& source, const Findings& findings, bool json)
+{
+    for (const Finding& finding : findings)
     {
-        Warn(source, xmlGetLineNo(element), "the document is of the behavior '" + found + "', not of " + id);
-        ++warnings;
+        const std::string level = finding.level == Finding::Level::Error ? "error" : "warning";
+        if (json)
+        {
+            Json object = {{"file", source.name}};
+            if (finding.line > 0)
+                object["line"] = finding.line;
+            object.update({{"field", finding.field}, {"level", level}, {"text", finding.text}});
+            std::cerr << JsonLine(object) << '\n';
+            continue;
+        }
+        const std::string place =
+            finding.line > 0 ? std::to_string(finding.line) + ":" : " " + finding.field + ":";
+        std::cerr << Printable(source.name) << ':' << Printable(place) << ' ' << level << ": "
+                  << Printable(finding.text) << '\n';
     }
-    BeStrict(source, warnings, strict);
 }
 
-std::vector<Change> ChangesIn(const Source& sent, const std::string& stored, const std::string& root)
+void Judge(const Source& source, const Findings& findings, const Checking& checking)
 {
-    if (Trimmed(stored).empty())
+    const std::size_t errors = checking.force ? 0 : Count(findings, Finding::Level::Error);
+    if (errors > 0)
+        Refuse(source, Counted(errors, "error") +
+                           ". Nothing has been sent; correct the document, or send it as it is "
+                           "with --force");
+    const std::size_t warnings = checking.strict ? Count(findings, Finding::Level::Warning) : 0;
+    if (warnings > 0)
+        Refuse(source, Counted(warnings, "warning") + ", and --strict takes none. Nothing has been sent");
+}
+
+std::string Checked(const Source& source, const DocumentModel* model, const Checking& checking)
+{
+    if (model == nullptr)
+        return XmlDocument(source.text, source.name).Root() ? source.text : "";
+    const Findings findings = FindingsOf(source, *model, checking.frame);
+    Tell(source, findings, checking.json);
+    Judge(source, findings, checking);
+    Findings told;
+    return AsXml(source, *model, told);
+}
+
+std::vector<Change> ChangesIn(const DocumentModel* model, const std::string& sent, const std::string& stored)
+{
+    if (model == nullptr || Trimmed(stored).empty())
         return {};
-    const XmlDocument before(sent.text, sent.name);
-    const XmlDocument after(stored, "the document that the service has stored");
-    return Changes(ElementOf(before, sent, root), ElementOf(after, sent, root));
+    return Changes(*model, sent, stored);
 }
 
 List Listed(const std::vector<Change>& changes)

@@ -1,8 +1,10 @@
 #pragma once
 
-#include "Changes.h"
-#include "Model.h"
 #include "Values.h"
+#include "documents/Compare.h"
+#include "documents/Finding.h"
+#include "documents/Frame.h"
+#include "documents/Model.h"
 
 #include <string>
 
@@ -21,15 +23,32 @@ Source ReadSource(const std::string& file);
 // Replaces the file as a whole, or leaves it alone. Throws Failure.
 void WriteFile(const std::string& file, const std::string& text);
 
-// Says on standard error, with line numbers, what in the document a service would ignore or a user interface
-// would not have allowed. `root` is the name of the element that the document is about. Throws Failure if it
-// isn't XML or has no such element, or if `strict` and there is a warning.
-void CheckDocument(const Source& source, const std::string& root, const Model& model, bool strict);
-// The same for a behavior's document, which has to be one of this behavior. An empty model is no model.
-void CheckBehavior(const Source& source, const std::string& id, const Model& model, bool strict);
+// How documents are checked before they are sent.
+struct Checking
+{
+    Frame frame;
+    bool strict = false; // warnings refuse as well
+    bool force = false;  // errors don't
+    bool json = false;   // findings as JSON
+};
+
+// What the document says it is of, in either form. Throws Failure if nothing that is known.
+const DocumentModel& ModelFor(const Source& source);
+// The document as XML, whichever of its two forms the text has; JSON may be what `get --json` wrote.
+// Throws Failure if it is neither. `findings` gets what its form makes of it, when it is JSON.
+std::string AsXml(const Source& source, const DocumentModel& model, Findings& findings);
+// All that is wrong with the document in either form. Throws Failure if it is neither.
+Findings FindingsOf(const Source& source, const DocumentModel& model, const Frame& frame);
+// A line on standard error for each finding.
+void Tell(const Source& source, const Findings& findings, bool json);
+// Throws Failure if what was found isn't to be sent.
+void Judge(const Source& source, const Findings& findings, const Checking& checking);
+
+// Finds, tells and judges; then gives the document as XML. Without a model only whether it is XML.
+std::string Checked(const Source& source, const DocumentModel* model, const Checking& checking);
 
 // What came back different; nothing of a stored document that is empty, which is how an idle one is.
-std::vector<Change> ChangesIn(const Source& sent, const std::string& stored, const std::string& root);
+std::vector<Change> ChangesIn(const DocumentModel* model, const std::string& sent, const std::string& stored);
 List Listed(const std::vector<Change>& changes);
 
 } // namespace client

@@ -1,17 +1,14 @@
 #include "Explanation.h"
 
 #include "Text.h"
+#include "TlsTrouble.h"
 
 #include <cstring>
-#include <utility>
 
 namespace client
 {
 namespace
 {
-
-// What was wrong with the last certificate that this thread saw; X509_V_OK if nothing.
-thread_local int gCertificate = X509_V_OK;
 
 struct Hint
 {
@@ -28,6 +25,10 @@ constexpr Hint kHints[] = {
      "Compare it with what 'varlo-analytics behavior example' or 'behavior default' gives"},
     {"The scene document could not be read", "Compare it with what 'varlo-analytics scene default' gives"},
     {" has no behavior ", "'varlo-analytics availability PROFILE' shows those that it has"},
+    {" may not change profiles",
+     "An administrator may; 'varlo-analytics status' shows who you are to the service"},
+    {" may not run or stop anything",
+     "An operator or an administrator may; 'varlo-analytics status' shows who you are to the service"},
     {"method name or namespace not recognized", "It speaks SOAP but is another service; look at the address"},
 };
 
@@ -61,11 +62,8 @@ std::string OfConnection(const soap& context, const std::string& url)
            ". Look whether the service runs and the address is right (--url).";
 }
 
-std::string OfTls(soap& context, int certificate, const std::string& url)
+std::string OfTls(soap& context, const std::string& url)
 {
-    if (certificate != X509_V_OK)
-        return "The certificate of " + url + " isn't trusted: " + X509_verify_cert_error_string(certificate) +
-               ". Name the file of the authority that signed it with --cacert.";
     const std::string reason = Text(soap_faultdetail(&context));
     return "No TLS connection to " + url + (reason.empty() ? "" : ": " + reason) +
            ". Look whether the service speaks https there, and whether it wants a certificate (--cert).";
@@ -114,16 +112,9 @@ std::string TooSlow(const std::string& url)
     return "The service at " + url + " took too long. Try again, or allow it more time (--timeout).";
 }
 
-int RememberCertificate(int verdict, X509_STORE_CTX* store)
-{
-    if (verdict == 0)
-        gCertificate = X509_STORE_CTX_get_error(store);
-    return verdict;
-}
-
 Cause Explain(soap& context, const Access& access, bool timeIsUp)
 {
-    const int certificate = std::exchange(gCertificate, X509_V_OK);
+    const std::string tls = TakeTlsTrouble(access.url);
     const int error = context.error;
     const std::string& url = access.url;
     const int status = context.status;
@@ -133,8 +124,10 @@ Cause Explain(soap& context, const Access& access, bool timeIsUp)
         return {Cause::Fault, OfFault(context)};
     if (timeIsUp)
         return {Cause::Trouble, TooSlow(url)};
-    if (error == SOAP_SSL_ERROR || certificate != X509_V_OK)
-        return {Cause::Trouble, OfTls(context, certificate, url)};
+    if (!tls.empty())
+        return {Cause::Trouble, tls};
+    if (error == SOAP_SSL_ERROR)
+        return {Cause::Trouble, OfTls(context, url)};
     if (error == SOAP_TCP_ERROR)
         return {Cause::Trouble, OfConnection(context, url)};
     if (error == SOAP_EOF)

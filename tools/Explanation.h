@@ -27,8 +27,4 @@ Cause Explain(soap& context, const Access& access, bool timeIsUp);
 // The service at `url` took too long.
 std::string TooSlow(const std::string& url);
 
-// A context's hook for the verification of a certificate: keeps the reason of a refusal for Explain() on the
-// same thread, and changes no verdict.
-int RememberCertificate(int verdict, X509_STORE_CTX* store);
-
 } // namespace client

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "documents/Finding.h"
+
 #include <stdexcept>
 #include <string>
 
@@ -27,6 +29,26 @@ class Failure : public std::runtime_error
 
   private:
     Exit m_code;
+};
+
+// A file or a document can't be used. Knows where, for whoever tells it to a program.
+class DocumentFailure : public Failure
+{
+  public:
+    // `line` 0: it concerns the file as a whole. `why` is a sentence without a full stop.
+    DocumentFailure(const std::string& file, long line, const std::string& why)
+        : Failure(Exit::Document, file + (line > 0 ? ":" + std::to_string(line) : "") + ": " + why),
+          m_file(file),
+          m_finding{Finding::Level::Error, line, "", why}
+    {
+    }
+
+    const std::string& File() const { return m_file; }
+    const Finding& AsFinding() const { return m_finding; }
+
+  private:
+    std::string m_file;
+    Finding m_finding;
 };
 
 // The service closed the connection without an answer, which is how it says that a profile has no scene.

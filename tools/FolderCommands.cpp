@@ -45,7 +45,7 @@ void Import(Session& session, const Arguments& arguments)
     ProfileDocuments documents = ReadFolder(arguments.folder);
     if (!arguments.name.empty())
         documents.name = arguments.name;
-    CheckAll(documents, session.strict);
+    CheckAll(documents, session.Checks());
     const Stored stored = Store(session.Service(), documents, arguments.store);
     if (!documents.preset.empty())
         std::cerr << "The camera preset isn't taken over: the service has no operation for it.\n";
@@ -84,7 +84,7 @@ void AddFolderCommands(CLI::App& app, Session& session)
     importing->add_flag("--run", imported->store.run, "Run the profile");
     importing->add_flag("--replace", imported->store.replace,
                         "Delete the profiles of the same name once it is there");
-    AddStrict(*importing, session);
+    AddChecks(*importing, session);
 }
 
 } // namespace client

@@ -1,74 +1,51 @@
-#include "Output.h"
-#include "Text.h"
+#include "Json.h"
 
-#include <cstdio>
+#include "Values.h"
 
 namespace client
 {
 namespace
 {
 
-std::string Quoted(const std::string& value)
+Json AsJson(const Value& value)
 {
-    std::string result = "\"";
-    for (std::string_view text = value; !text.empty();)
+    const auto convert = [](const auto& held) -> Json
     {
-        const char32_t c = TakeCharacter(text);
-        if (c == U'"' || c == U'\\')
-            result += '\\';
-        if (c >= 0x20 && (c < 0x7F || c > 0x9F))
-        {
-            AppendCharacter(result, c);
-            continue;
-        }
-        char escape[8];
-        std::snprintf(escape, sizeof escape, "\\u%04x", static_cast<unsigned>(c));
-        result += escape;
-    }
-    return result + '"';
-}
-
-template <class Member>
-std::string Joined(char open, std::size_t count, char close, const Member& member)
-{
-    std::string result(1, open);
-    for (std::size_t i = 0; i < count; ++i)
-        result += (i == 0 ? "" : ", ") + member(i);
-    return result + close;
-}
-
-std::string ValueJson(const Value& value)
-{
-    if (const auto* text = std::get_if<std::string>(&value))
-        return Quoted(*text);
-    if (const auto* number = std::get_if<long long>(&value))
-        return std::to_string(*number);
-    if (const auto* flag = std::get_if<bool>(&value))
-        return *flag ? "true" : "false";
-    if (const auto* raw = std::get_if<Raw>(&value))
-        return raw->json;
-    return "null";
+        using Held = std::decay_t<decltype(held)>;
+        if constexpr (std::is_same_v<Held, std::monostate>)
+            return nullptr;
+        else if constexpr (std::is_same_v<Held, Raw>)
+            return held.json;
+        else
+            return held;
+    };
+    return std::visit(convert, value);
 }
 
 } // namespace
 
-std::string Json(const Record& record)
+std::string JsonLine(const Json& json) { return json.dump(-1, ' ', true, Json::error_handler_t::replace); }
+
+Json AsJson(const Record& record)
 {
-    return Joined('{', record.size(), '}',
-                  [&](std::size_t i)
-                  { return Quoted(record[i].first) + ": " + ValueJson(record[i].second); });
+    Json object = Json::object();
+    for (const auto& [name, value] : record)
+        object[name] = AsJson(value);
+    return object;
 }
 
-std::string Json(const List& list)
+Json AsJson(const List& list)
 {
-    return Joined('[', list.rows.size(), ']',
-                  [&](std::size_t i)
-                  {
-                      Record record;
-                      for (std::size_t column = 0; column < list.columns.size(); ++column)
-                          record.emplace_back(list.columns[column].key, list.rows[i][column]);
-                      return Json(record);
-                  });
+    Json rows = Json::array();
+    for (const Row& row : list.rows)
+    {
+        Json object = Json::object();
+        for (std::size_t column = 0; column < list.columns.size(); ++column)
+            if (!list.columns[column].key.empty())
+                object[list.columns[column].key] = AsJson(row[column]);
+        rows.push_back(std::move(object));
+    }
+    return rows;
 }
 
 } // namespace client

@@ -1,36 +1,27 @@
 #include "Meaning.h"
 
-#include "Failure.h"
-#include "Model.h"
 #include "Scene.h"
 #include "Text.h"
-#include "XmlDocument.h"
+#include "documents/Models.h"
 
 namespace client
 {
 
 std::vector<Change> Differences(const std::string& id, const std::string& before, const std::string& after)
 {
-    const bool scene = id == kSceneElement;
-    const std::string root = scene ? kSceneElement : "behavior";
-    const XmlDocument old(scene ? RenamedScene(before, "") : before, "the document of the service");
-    const XmlDocument wanted(scene ? RenamedScene(after, "") : after, "the document of the folder");
-    const xmlNode* const first = old.First(root);
-    const xmlNode* const second = wanted.First(root);
-    if (first == nullptr || second == nullptr)
-        throw Failure(Exit::Document, "A document has no <" + root + "> element");
-    return Changes(first, second);
+    const DocumentModel* const model = id == kSceneElement ? &SceneModel() : FindModel(id);
+    if (model != nullptr)
+        return Differences(*model, before, after);
+    // Of a behavior that isn't known here, only the text can be compared.
+    if (Trimmed(before) == Trimmed(after))
+        return {};
+    return {{0, "", "(a document)", "(another document)"}};
 }
 
-bool IsIdle(const std::string& document)
+bool IsIdle(const std::string& id, const std::string& document)
 {
-    if (Trimmed(document).empty())
-        return true;
-    const XmlDocument parsed(document, "the document");
-    const xmlNode* const root = parsed.First("behavior");
-    const xmlNode* const zones = root == nullptr ? nullptr : Child(root, "rois");
-    return root != nullptr && Integer(AttributeOf(root, "active")).value_or(0) == 0 &&
-           (zones == nullptr || Children(zones, "roi").empty());
+    const DocumentModel* const model = FindModel(id);
+    return model == nullptr ? Trimmed(document).empty() : IsIdle(*model, document);
 }
 
 } // namespace client

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Changes.h"
+#include "documents/Compare.h"
 
 #include <string>
 #include <vector>
@@ -12,7 +12,7 @@ namespace client
 // they mean to the service; nothing, if they mean the same. The scene's name doesn't count.
 std::vector<Change> Differences(const std::string& id, const std::string& before, const std::string& after);
 
-// Whether the behavior's document says no more than a missing one: neither active nor with a zone.
-bool IsIdle(const std::string& document);
+// Whether the document of a behavior says no more than a missing one: neither active nor with a zone.
+bool IsIdle(const std::string& id, const std::string& document);
 
 } // namespace client

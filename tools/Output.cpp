@@ -3,6 +3,7 @@
 #include "Failure.h"
 #include "Text.h"
 #include "XmlDocument.h"
+#include "documents/DocumentJson.h"
 
 #include <unistd.h>
 
@@ -76,31 +77,34 @@ std::string Readable(const std::string& document)
 void Output::Table(const List& list, const std::string& none) const
 {
     if (m_json)
-        Put(Json(list) + '\n');
+        Put(JsonLine(AsJson(list)) + '\n');
     else
         Put(list.rows.empty() ? Printable(none) + '\n' : Drawn(list));
 }
 
 void Output::Result(const Record& record, const std::string& sentence) const
 {
-    Put((m_json ? Json(record) : Printable(sentence)) + '\n');
+    Put((m_json ? JsonLine(AsJson(record)) : Printable(sentence)) + '\n');
 }
 
 void Output::Report(Record record, const std::string& sentence, const std::string& key,
                     const List& list) const
 {
-    record.emplace_back(key, Raw{Json(list)});
+    record.emplace_back(key, Raw{AsJson(list)});
     Result(record, sentence);
     if (!m_json && !list.rows.empty())
         Put(Drawn(list));
 }
 
-void Output::Document(Record record, const std::string& document) const
+void Output::Document(Record record, const DocumentModel* model, const std::string& document) const
 {
     if (m_json)
     {
-        record.emplace_back("document", document);
-        Put(Json(record) + '\n');
+        const bool none = Trimmed(document).empty();
+        record.emplace_back("document", none               ? Value()
+                                        : model == nullptr ? Value(document)
+                                                           : Value(Raw{ToJson(*model, document)}));
+        Put(JsonLine(AsJson(record)) + '\n');
         return;
     }
     const std::string text = Readable(document);

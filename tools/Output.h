@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Values.h"
+#include "documents/Model.h"
 
 #include <string>
 
@@ -19,8 +20,9 @@ class Output
     void Result(const Record& record, const std::string& sentence) const;
     // People get the sentence and the table under it, programs an object with the list under `key`.
     void Report(Record record, const std::string& sentence, const std::string& key, const List& list) const;
-    // People get the document in lines, programs an object with the document under "document".
-    void Document(Record record, const std::string& document) const;
+    // People get the document in lines, programs an object with its JSON form under "document": null if it
+    // is empty, and the text itself of one that has no model.
+    void Document(Record record, const DocumentModel* model, const std::string& document) const;
 
   private:
     bool m_json;
@@ -28,9 +30,5 @@ class Output
 
 // A document as a person edits it, an element in each line; what is no XML is left as it is.
 std::string Readable(const std::string& document);
-
-// As JSON, without a line break at the end.
-std::string Json(const Record& record);
-std::string Json(const List& list);
 
 } // namespace client

@@ -18,14 +18,14 @@ namespace
 // Time to give back what a service had, whatever became of the time for the host.
 constexpr std::chrono::seconds kRestore(8);
 
-using Element = Step::Element;
+using Part = Step::Element;
 using Action = Step::Action;
 
 std::map<std::string, std::string> ById(const ProfileDocuments& documents)
 {
     std::map<std::string, std::string> map;
     for (const ProfileDocuments::Behavior& behavior : documents.behaviors)
-        if (!IsIdle(behavior.document.text))
+        if (!IsIdle(behavior.id, behavior.document.text))
             map.emplace(BehaviorId(BehaviorCalled(behavior.id)), behavior.document.text);
     return map;
 }
@@ -39,14 +39,14 @@ void PlanBehaviors(const ProfileDocuments& wanted, const ProfileDocuments& found
     {
         const auto before = old.extract(id);
         if (before.empty())
-            sets.push_back({Element::Behavior, Action::Create, id, "", document});
+            sets.push_back({Part::Behavior, Action::Create, id, "", document});
         else if (!Differences(id, before.mapped(), document).empty())
-            sets.push_back({Element::Behavior, Action::Set, id, before.mapped(), document});
+            sets.push_back({Part::Behavior, Action::Set, id, before.mapped(), document});
     }
     // Before the others, so that what they leave free is there for those.
     if (prune)
         for (const auto& [id, document] : old)
-            steps.push_back({Element::Behavior, Action::Delete, id, document, ""});
+            steps.push_back({Part::Behavior, Action::Delete, id, document, ""});
     std::move(sets.begin(), sets.end(), std::back_inserter(steps));
 }
 
@@ -60,9 +60,9 @@ std::string NameOf(const Found& found, int id)
 
 void Do(Service& service, int profile, const Step& step)
 {
-    if (step.element == Element::Run)
+    if (step.element == Part::Run)
         service.RunProfile(profile);
-    else if (step.element == Element::Scene)
+    else if (step.element == Part::Scene)
         service.SetScene(profile, step.after);
     else if (step.action == Action::Delete)
         service.DeleteProfileBehavior(profile, step.id);
@@ -132,13 +132,13 @@ std::vector<Step> MakePlan(const ProfileDocuments& wanted, const Found& found, c
     std::vector<Step> steps;
     const std::string& name = wanted.name;
     if (!found.profile)
-        steps.push_back({Element::Profile, Action::Create, name, "", name});
+        steps.push_back({Part::Profile, Action::Create, name, "", name});
     PlanBehaviors(wanted, found.documents, options.prune, steps);
     if (options.run && (!found.profile || !found.profile->active))
-        steps.push_back({Element::Run, Action::Run, name, NameOf(found, found.Active()), name});
+        steps.push_back({Part::Run, Action::Run, name, NameOf(found, found.Active()), name});
     const std::optional<Source>& old = found.documents.scene;
     if (wanted.scene && (!old || !Differences(kSceneElement, old->text, wanted.scene->text).empty()))
-        steps.push_back({Element::Scene, old ? Action::Set : Action::Create, name, old ? old->text : "",
+        steps.push_back({Part::Scene, old ? Action::Set : Action::Create, name, old ? old->text : "",
                          RenamedScene(wanted.scene->text, name)});
     return steps;
 }
@@ -150,7 +150,7 @@ int Perform(Service& service, const Found& found, const std::vector<Step>& steps
     for (const Step& step : steps)
     {
         ++begun;
-        if (step.element == Element::Profile)
+        if (step.element == Part::Profile)
             profile = service.CreateProfile(step.id);
         else
             Do(service, profile, step);

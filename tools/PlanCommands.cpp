@@ -56,7 +56,7 @@ void LoadFolder(Session& session, const Arguments& arguments, Job& job)
         job.targets = ReadHosts(arguments.hosts, session.Ready());
     job.goal.wanted = ReadFolder(arguments.source);
     job.goal.options = arguments.options;
-    CheckAll(job.goal.wanted, session.strict);
+    CheckAll(job.goal.wanted, session.Checks());
     if (arguments.hosts.empty())
         job.targets = {{session.Ready()}};
 }

@@ -18,15 +18,9 @@ namespace
 constexpr char kList[] = "profile.xml";
 constexpr char kScene[] = "scene.xml";
 
-void Set(xmlNode* node, const char* attribute, const std::string& value)
+void Set(pugi::xml_node node, const char* attribute, const std::string& value)
 {
-    xmlSetProp(node, reinterpret_cast<const xmlChar*>(attribute),
-               reinterpret_cast<const xmlChar*>(value.c_str()));
-}
-
-xmlNode* Add(xmlNode* parent, const char* name)
-{
-    return xmlNewChild(parent, nullptr, reinterpret_cast<const xmlChar*>(name), nullptr);
+    node.append_attribute(attribute).set_value(value.c_str());
 }
 
 // A plain name of a file, whatever the identifier holds, that isn't taken yet.
@@ -69,7 +63,7 @@ void WriteFolder(const std::string& folder, const ProfileDocuments& profile, boo
 {
     MakeFolder(folder, force);
     const XmlDocument list("<profile/>", kList);
-    xmlNode* const root = list.First("profile");
+    pugi::xml_node root = list.First("profile");
     Set(root, "name", profile.name);
     Set(root, "active", profile.active ? "1" : "0");
     if (!profile.preset.empty())
@@ -78,13 +72,13 @@ void WriteFolder(const std::string& folder, const ProfileDocuments& profile, boo
     if (profile.scene)
     {
         WriteFile(folder + "/" + kScene, Readable(profile.scene->text) + '\n');
-        Set(Add(root, "scene"), "file", kScene);
+        Set(root.append_child("scene"), "file", kScene);
     }
     for (const ProfileDocuments::Behavior& behavior : profile.behaviors)
     {
         const std::string file = FileFor(behavior.id, taken);
         WriteFile(folder + "/" + file, Readable(behavior.document.text) + '\n');
-        xmlNode* const node = Add(root, "behavior");
+        pugi::xml_node node = root.append_child("behavior");
         Set(node, "id", behavior.id);
         Set(node, "file", file);
     }
@@ -100,18 +94,18 @@ ProfileDocuments ReadFolder(const std::string& folder)
                                           " in it. 'varlo-analytics export' makes such a folder");
     const Source source = ReadSource(folder + "/" + kList);
     const XmlDocument list(source.text, source.name);
-    const xmlNode* const root = list.First("profile");
-    if (root == nullptr)
+    const pugi::xml_node root = list.First("profile");
+    if (root.empty())
         throw Failure(Exit::Document, source.name + ": there is no <profile> in it");
     ProfileDocuments profile;
-    profile.name = AttributeOf(root, "name");
-    profile.preset = AttributeOf(root, "preset");
-    profile.active = AttributeOf(root, "active") == "1";
-    if (const xmlNode* const scene = Child(root, "scene"))
-        profile.scene = ReadInside(folder, AttributeOf(scene, "file"));
-    for (const xmlNode* behavior : Children(root, "behavior"))
+    profile.name = root.attribute("name").value();
+    profile.preset = root.attribute("preset").value();
+    profile.active = root.attribute("active").value() == std::string("1");
+    if (const pugi::xml_node scene = root.child("scene"))
+        profile.scene = ReadInside(folder, scene.attribute("file").value());
+    for (const pugi::xml_node& behavior : Children(root, "behavior"))
         profile.behaviors.push_back(
-            {AttributeOf(behavior, "id"), ReadInside(folder, AttributeOf(behavior, "file"))});
+            {behavior.attribute("id").value(), ReadInside(folder, behavior.attribute("file").value())});
     return profile;
 }
 

@@ -1,7 +1,7 @@
 #include "Rollout.h"
 
 #include "Failure.h"
-#include "Model.h"
+#include "Integer.h"
 
 #include <algorithm>
 #include <memory>

@@ -3,6 +3,8 @@
 #include "Failure.h"
 #include "Service.h"
 #include "XmlDocument.h"
+#include "documents/Models.h"
+#include "documents/Shape.h"
 
 namespace client
 {
@@ -25,26 +27,33 @@ std::optional<std::string> SceneOf(Service& service, int profile)
     return std::nullopt;
 }
 
+std::string BehaviorOf(Service& service, int profile, const std::string& id)
+{
+    try
+    {
+        return service.ProfileBehavior(profile, id);
+    }
+    catch (const Failure& failure)
+    {
+        // That is what the service says of a profile without any behavior as well.
+        if (failure.Code() != Exit::Refused)
+            throw;
+        service.DefaultBehavior(id); // throws as well if the behavior is unknown indeed
+        return "";
+    }
+}
+
 std::string RenamedScene(const std::string& document, const std::string& name)
 {
     const XmlDocument scene(document, "the scene");
-    xmlNode* const element = scene.First(kSceneElement);
-    if (element == nullptr)
+    pugi::xml_node root = RootOf(SceneModel(), scene.Root());
+    if (root.empty())
         throw Failure(Exit::Document,
-                      std::string("The scene has no <") + kSceneElement + "> element that bears the name");
-    xmlSetProp(element, reinterpret_cast<const xmlChar*>("name"),
-               reinterpret_cast<const xmlChar*>(name.c_str()));
+                      "The scene has no <" + SceneModel().root.name + "> element that bears the name");
+    if (root.attribute("name").empty())
+        root.append_attribute("name");
+    root.attribute("name").set_value(name.c_str());
     return scene.Text();
-}
-
-Model SceneModel(const std::vector<std::string>& documents)
-{
-    Model model;
-    for (const std::string& document : documents)
-        if (const XmlDocument parsed(document, "the service's document");
-            const xmlNode* root = parsed.First(kSceneElement))
-            model.Learn(root);
-    return model;
 }
 
 } // namespace client

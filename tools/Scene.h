@@ -1,10 +1,7 @@
 #pragma once
 
-#include "Model.h"
-
 #include <optional>
 #include <string>
-#include <vector>
 
 namespace client
 {
@@ -15,9 +12,10 @@ inline constexpr char kSceneElement[] = "analyticProfile";
 
 // The scene of a profile that exists; nothing if it has none. Throws Failure.
 std::optional<std::string> SceneOf(Service& service, int profile);
-// The document with another name in it.
+// The document of a behavior; empty if the profile has none. Throws Failure, also for a behavior that the
+// service doesn't know.
+std::string BehaviorOf(Service& service, int profile, const std::string& id);
+// The document with another name in it. Throws Failure if it is no scene.
 std::string RenamedScene(const std::string& document, const std::string& name);
-// What scenes look like, from those that are given.
-Model SceneModel(const std::vector<std::string>& documents);
 
 } // namespace client

@@ -1,8 +1,12 @@
 #include "Documents.h"
+#include "Editor.h"
+#include "ExplainCommand.h"
 #include "Failure.h"
 #include "Scene.h"
 #include "Session.h"
 #include "Text.h"
+#include "documents/Example.h"
+#include "documents/Models.h"
 
 #include <CLI/CLI.hpp>
 
@@ -28,29 +32,35 @@ void Get(Session& session, const Arguments& arguments)
         throw Failure(Exit::Refused,
                       "Profile " + std::to_string(profile.id) +
                           " has no scene yet. 'varlo-analytics scene default' gives one to start from");
-    Record record = About(profile.id);
-    if (scene)
-        session.Out().Document(record, *scene);
-    else
-    {
-        record.emplace_back("document", Value());
-        session.Out().Result(record, "");
-    }
+    session.Out().Document(About(profile.id), &SceneModel(), scene.value_or(""));
 }
 
-void Set(Session& session, const Arguments& arguments)
+void Store(Session& session, const Arguments& arguments, const Source& source)
 {
-    const Source source = ReadSource(arguments.file);
-    CheckDocument(source, kSceneElement, Model(), false);
+    const std::string document = Checked(source, &SceneModel(), session.Checks());
     Service& service = session.Service();
     const Profile profile = ExistingProfile(service, arguments.profile);
-    CheckDocument(source, kSceneElement, SceneModel({service.DefaultScene()}), session.strict);
-    service.SetScene(profile.id, source.text);
-    const std::vector<Change> changes = ChangesIn(source, service.Scene(profile.id), kSceneElement);
+    service.SetScene(profile.id, document);
+    const std::vector<Change> changes = ChangesIn(&SceneModel(), document, service.Scene(profile.id));
     session.Out().Report(About(profile.id),
                          "Profile " + std::to_string(profile.id) + " has stored the scene" +
                              (changes.empty() ? " as it was sent." : ". This came back different:"),
                          "differences", Listed(changes));
+}
+
+void Set(Session& session, const Arguments& arguments)
+{
+    Store(session, arguments, ReadSource(arguments.file));
+}
+
+void EditScene(Session& session, const Arguments& arguments)
+{
+    Service& service = session.Service();
+    const Profile profile = ExistingProfile(service, arguments.profile);
+    const std::optional<std::string> stored = SceneOf(service, profile.id);
+    const auto store = [&](const Source& source) { Store(session, arguments, source); };
+    if (!Edit("scene", Readable(stored ? *stored : service.DefaultScene()) + '\n', store))
+        session.Out().Result(About(profile.id), "Nothing has been changed.");
 }
 
 void Default(Session& session)
@@ -58,7 +68,7 @@ void Default(Session& session)
     const std::string document = session.Service().DefaultScene();
     if (Trimmed(document).empty() && !session.json)
         throw Failure(Exit::Refused, "The service delivers no default scene. Look at its plug-ins");
-    session.Out().Document({}, document);
+    session.Out().Document({}, &SceneModel(), document);
 }
 
 void Rename(Session& session, const Arguments& arguments)
@@ -75,6 +85,11 @@ void Rename(Session& session, const Arguments& arguments)
     session.Out().Result(record, "Profile " + std::to_string(profile.id) + " is named '" + arguments.name +
                                      "'" +
                                      (scene ? "." : " and has the default scene now; it had none before."));
+}
+
+void ShowExample(Session& session)
+{
+    session.Out().Document({}, &SceneModel(), Example(SceneModel(), session.Frame()));
 }
 
 using Action = void (*)(Session&, const Arguments&);
@@ -103,7 +118,20 @@ void AddSceneCommands(CLI::App& app, Session& session)
         Add(*group, session, "set", "Check and store a scene document, and tell what came back different",
             "  varlo-analytics scene set \"Car park\" scene.xml", Set, set);
     command->add_option("FILE", set->file, "The document; standard input without it, or with -");
-    AddStrict(*command, session);
+    AddChecks(*command, session);
+    AddChecks(*Add(*group, session, "edit", "Change the scene in an editor, check it and store it",
+                   "  varlo-analytics scene edit \"Car park\"", EditScene, std::make_shared<Arguments>()),
+              session);
+
+    AddCommand(*group, session, "example",
+               "Write a full scene to standard output, without asking the service",
+               "  varlo-analytics scene example >scene.xml", [&session] { ShowExample(session); });
+    const auto field = std::make_shared<std::string>();
+    AddCommand(*group, session, "explain",
+               "Tell what the fields of a scene mean, their units, advised values and defaults",
+               "  varlo-analytics scene explain\n  varlo-analytics scene explain tuning",
+               [&session, field] { Explain(session, SceneModel(), *field); })
+        ->add_option("FIELD", *field, "One of them");
 
     AddCommand(*group, session, "default", "Write the service's default scene to standard output",
                "  varlo-analytics scene default >scene.xml", [&session] { Default(session); });

@@ -1,12 +1,15 @@
 #include "Session.h"
 
+#include "Cameras.h"
 #include "Failure.h"
-#include "Model.h"
+#include "Integer.h"
 #include "Text.h"
 
 #include <CLI/CLI.hpp>
 
+#include <cstdlib>
 #include <limits>
+#include <utility>
 
 namespace client
 {
@@ -26,13 +29,53 @@ std::optional<int> Identifier(const std::string& text)
     throw Failure(Exit::Refused, why + ". 'varlo-analytics profile list' shows the profiles that exist");
 }
 
+std::string Variable(const char* name, const char* otherwise)
+{
+    const char* const value = std::getenv(name);
+    return value == nullptr || *value == '\0' ? otherwise : value;
+}
+
 } // namespace
+
+void Session::TakeCamera()
+{
+    if (std::exchange(m_taken, true))
+        return;
+    Camera said;
+    said.url = access.url;
+    said.user = access.user;
+    said.authorities = access.authorities;
+    said.certificate = access.certificate;
+    said.key = access.key;
+    if (!camera.empty())
+    {
+        const Camera named = NamedCamera(camera);
+        access = AccessOf(said, AccessOf(named, access));
+        if (passwordFile.empty())
+            passwordFile = named.passwordFile;
+        m_frame = named.frame;
+    }
+    if (access.url.empty())
+        access.url = Variable("VARLO_ANALYTICS_URL", "http://127.0.0.1:8080/");
+    if (!frameText.empty())
+        m_frame = ParseFrame(frameText, "--frame");
+    if (const std::string frame = Variable("VARLO_ANALYTICS_FRAME", ""); !m_frame && !frame.empty())
+        m_frame = ParseFrame(frame, "VARLO_ANALYTICS_FRAME");
+}
+
+Frame Session::Frame()
+{
+    TakeCamera();
+    return m_frame.value_or(client::Frame());
+}
 
 const Access& Session::Ready()
 {
     if (m_ready)
         return access;
+    TakeCamera();
     access.url = WholeUrl(access.url);
+    GuardPassword(access);
     if (!access.user.empty())
         access.password = ReadPassword(access.user, passwordFile);
     m_ready = true;
@@ -83,6 +126,12 @@ CLI::App* AddCommand(CLI::App& parent, Session& session, const std::string& name
 void AddStrict(CLI::App& command, Session& session)
 {
     command.add_flag("--strict", session.strict, "Send nothing if there is a warning about a document");
+}
+
+void AddChecks(CLI::App& command, Session& session)
+{
+    AddStrict(command, session);
+    command.add_flag("--force", session.force, "Send a document although there is an error in it");
 }
 
 } // namespace client

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Access.h"
+#include "Documents.h"
 #include "Failure.h"
 #include "Output.h"
 #include "Service.h"
@@ -22,8 +23,13 @@ struct Session
 {
     Access access;
     std::string passwordFile;
+    std::string camera; // its name; empty: none
+    std::string frameText;
     bool json = false;
     bool strict = false;
+    bool force = false;
+    // That of the command line, of the camera, of VARLO_ANALYTICS_FRAME, or the usual one. Throws Failure.
+    client::Frame Frame();
     // The command that was named; it is run when the whole line has been read.
     std::function<void()> run;
     // What the program's exit says of a command that has thrown nothing.
@@ -35,11 +41,16 @@ struct Session
     // can't be used.
     client::Service& Service();
     Output Out() const { return Output(json); }
+    Checking Checks() { return {Frame(), strict, force, json}; }
+    // What the named camera and the environment say counts where the command line is silent. Throws Failure.
+    void TakeCamera();
     // The access, with the whole URL and the password.
     const Access& Ready();
 
   private:
     std::unique_ptr<client::Service> m_service;
+    std::optional<client::Frame> m_frame;
+    bool m_taken = false;
     bool m_ready = false;
 };
 
@@ -56,10 +67,17 @@ void AddSceneCommands(CLI::App& app, Session& session);
 void AddControlCommands(CLI::App& app, Session& session);
 void AddFolderCommands(CLI::App& app, Session& session);
 void AddPlanCommands(CLI::App& app, Session& session);
+void AddZoneCommands(CLI::App& app, Session& session);
+void AddShowCommand(CLI::App& app, Session& session);
+void AddValidateCommand(CLI::App& app, Session& session);
+void AddStatusCommand(CLI::App& app, Session& session);
+void AddCameraCommands(CLI::App& app, Session& session);
 
 // A command below `parent` that does `run`, with examples under its help, a line each.
 CLI::App* AddCommand(CLI::App& parent, Session& session, const std::string& name,
                      const std::string& description, const std::string& examples, std::function<void()> run);
+// --strict, of a command that checks documents; and --force with it.
 void AddStrict(CLI::App& command, Session& session);
+void AddChecks(CLI::App& command, Session& session);
 
 } // namespace client

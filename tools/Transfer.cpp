@@ -5,6 +5,7 @@
 #include "Plan.h"
 #include "Scene.h"
 #include "Text.h"
+#include "documents/Models.h"
 
 #include <algorithm>
 
@@ -12,23 +13,6 @@ namespace client
 {
 namespace
 {
-
-// The document of a behavior; empty if the profile has none. The service says of a profile without any
-// behavior that it doesn't know the behavior.
-std::string DocumentOf(Service& service, int profile, const std::string& id)
-{
-    try
-    {
-        return service.ProfileBehavior(profile, id);
-    }
-    catch (const Failure& failure)
-    {
-        if (failure.Code() != Exit::Refused)
-            throw;
-        service.DefaultBehavior(id); // throws as well if the behavior is unknown indeed
-        return "";
-    }
-}
 
 void Note(Stored& stored, std::vector<Change> changes, const std::string& document)
 {
@@ -45,13 +29,15 @@ void NoteChanges(const ProfileDocuments& sent, const ProfileDocuments& found, St
 {
     if (sent.scene && found.scene)
     {
-        const Source renamed = {sent.scene->name, RenamedScene(sent.scene->text, sent.name)};
-        Note(stored, ChangesIn(renamed, found.scene->text, kSceneElement), "scene");
+        std::vector<Change> changes = ChangesIn(&SceneModel(), sent.scene->text, found.scene->text);
+        // The profile's name counts, wherever the scene comes from.
+        std::erase_if(changes, [](const Change& change) { return change.node.ends_with("/@name"); });
+        Note(stored, std::move(changes), "scene");
     }
     for (const ProfileDocuments::Behavior& behavior : sent.behaviors)
         for (const ProfileDocuments::Behavior& kept : found.behaviors)
             if (BehaviorCalled(kept.id) == BehaviorCalled(behavior.id))
-                Note(stored, ChangesIn(behavior.document, kept.document.text, "behavior"),
+                Note(stored, ChangesIn(FindModel(behavior.id), behavior.document.text, kept.document.text),
                      BehaviorCalled(behavior.id));
 }
 
@@ -75,18 +61,17 @@ ProfileDocuments Fetch(Service& service, const Profile& profile)
     if (const std::optional<std::string> scene = SceneOf(service, profile.id))
         documents.scene = Source{"scene", *scene};
     for (const Behavior& behavior : service.Availability(profile.id))
-        if (const std::string text = DocumentOf(service, profile.id, behavior.id); !Trimmed(text).empty())
+        if (const std::string text = BehaviorOf(service, profile.id, behavior.id); !Trimmed(text).empty())
             documents.behaviors.push_back({behavior.id, {BehaviorCalled(behavior.id), text}});
     return documents;
 }
 
-void CheckAll(const ProfileDocuments& profile, bool strict)
+void CheckAll(ProfileDocuments& profile, const Checking& checking)
 {
-    // An empty list of documents: a scene's form isn't known without a service, only that it is XML.
     if (profile.scene)
-        CheckDocument(*profile.scene, kSceneElement, Model(), strict);
-    for (const ProfileDocuments::Behavior& behavior : profile.behaviors)
-        CheckBehavior(behavior.document, behavior.id, BehaviorModel(behavior.id, {}), strict);
+        profile.scene->text = Checked(*profile.scene, &SceneModel(), checking);
+    for (ProfileDocuments::Behavior& behavior : profile.behaviors)
+        behavior.document.text = Checked(behavior.document, FindModel(behavior.id), checking);
 }
 
 Stored Store(Service& service, const ProfileDocuments& profile, const StoreOptions& options)

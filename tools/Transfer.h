@@ -13,7 +13,8 @@ namespace client
 ProfileDocuments Fetch(Service& service, const Profile& profile);
 
 // Checks all documents, with warnings on standard error, before a service sees any of them. Throws Failure.
-void CheckAll(const ProfileDocuments& profile, bool strict);
+// Documents in JSON are XML afterwards.
+void CheckAll(ProfileDocuments& profile, const Checking& checking);
 
 struct StoreOptions
 {

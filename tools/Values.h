@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Json.h"
+
 #include <string>
 #include <utility>
 #include <variant>
@@ -12,13 +14,13 @@ namespace client
 // Ready-made JSON stands in results for programs only.
 struct Raw
 {
-    std::string json;
+    Json json;
 };
 
 using Value = std::variant<std::monostate, bool, long long, std::string, Raw>;
 using Row = std::vector<Value>;
 
-// A column has a key for programs and a title for people; one without a title isn't shown to people.
+// A column has a key for programs and a title for people, or one of them: the others don't see it.
 struct Column
 {
     std::string key;
@@ -32,5 +34,8 @@ struct List
 };
 
 using Record = std::vector<std::pair<std::string, Value>>;
+
+Json AsJson(const Record& record); // an object
+Json AsJson(const List& list);     // an array of objects
 
 } // namespace client

@@ -3,113 +3,97 @@
 #include "Failure.h"
 #include "Text.h"
 
-#include <libxml/parser.h>
-
-#include <limits>
+#include <algorithm>
+#include <sstream>
 
 namespace client
 {
+
+using analytics::xml::Read;
+using analytics::xml::SyntaxError;
+
 namespace
 {
 
-const xmlChar* Xml(const std::string& text) { return reinterpret_cast<const xmlChar*>(text.c_str()); }
-
-std::string Taken(xmlChar* text)
-{
-    const std::string result = text == nullptr ? "" : reinterpret_cast<const char*>(text);
-    xmlFree(text);
-    return result;
-}
-
-xmlNode* FirstFrom(xmlNode* node, const std::string& name)
-{
-    if (node == nullptr || Name(node) == name)
-        return node;
-    for (xmlNode* const child : Children(node))
-        if (xmlNode* const found = FirstFrom(child, name))
-            return found;
-    return nullptr;
-}
-
 [[noreturn]] void Refuse(const std::string& source, int line, const std::string& why)
 {
-    throw Failure(Exit::Document, Printable(source) + ":" + std::to_string(line) + ": " + Printable(why) +
-                                      ". Nothing has been sent; correct the document and try again");
+    throw DocumentFailure(source, line, why + ". Nothing has been sent; correct the document and try again");
+}
+
+pugi::xml_node FirstFrom(const pugi::xml_node& node, const std::string& name)
+{
+    return node.name() == name
+               ? node
+               : node.find_node([&name](const pugi::xml_node& other) { return other.name() == name; });
+}
+
+// White space between elements says nothing.
+void DropBlanks(pugi::xml_node element)
+{
+    const bool holdsElements = !Children(element).empty();
+    for (pugi::xml_node child = element.first_child(); child;)
+    {
+        const pugi::xml_node next = child.next_sibling();
+        if (holdsElements && child.type() == pugi::node_pcdata && Trimmed(child.value()).empty())
+            element.remove_child(child);
+        else if (child.type() == pugi::node_element)
+            DropBlanks(child);
+        child = next;
+    }
+}
+
+std::string Written(const pugi::xml_document& document, const char* indent, unsigned format)
+{
+    std::ostringstream text;
+    document.save(text, indent, format, pugi::encoding_utf8);
+    return text.str();
 }
 
 } // namespace
 
-XmlDocument::XmlDocument(const std::string& text, const std::string& source) : m_document(nullptr, xmlFreeDoc)
+XmlDocument::XmlDocument(const std::string& text, const std::string& source) : m_lines(text)
 {
-    if (text.size() > std::numeric_limits<int>::max())
-        Refuse(source, 1, "the document is too large");
-    const std::unique_ptr<xmlParserCtxt, void (*)(xmlParserCtxtPtr)> context(xmlNewParserCtxt(),
-                                                                             xmlFreeParserCtxt);
-    constexpr int kOptions =
-        XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING | XML_PARSE_NOCDATA | XML_PARSE_NOBLANKS;
-    m_document.reset(xmlCtxtReadMemory(context.get(), text.data(), static_cast<int>(text.size()), nullptr,
-                                       nullptr, kOptions));
-    if (m_document == nullptr)
-    {
-        const xmlError& error = context->lastError;
-        Refuse(source, error.line, error.message == nullptr ? "this is no XML" : Trimmed(error.message));
-    }
-    if (const xmlDtd* const dtd = m_document->intSubset; dtd != nullptr && dtd->children != nullptr)
-        Refuse(source, 1, "the service takes no document that declares entities or elements");
+    SyntaxError error;
+    if (!Read(text, m_document, error))
+        Refuse(source, std::max(error.line, 1), error.reason);
+    DropBlanks(Root());
 }
 
-xmlNode* XmlDocument::First(const std::string& name) const
+XmlDocument::XmlDocument(const pugi::xml_document& document) : m_lines("") { m_document.reset(document); }
+
+pugi::xml_node XmlDocument::First(const std::string& name) const { return FirstFrom(Root(), name); }
+
+long XmlDocument::LineOf(const pugi::xml_node& node) const
 {
-    return FirstFrom(xmlDocGetRootElement(m_document.get()), name);
+    return node.offset_debug() < 0 ? 0 : m_lines.Of(node);
 }
 
-std::string XmlDocument::Text() const
-{
-    xmlChar* text = nullptr;
-    int size = 0;
-    xmlDocDumpMemoryEnc(m_document.get(), &text, &size, "UTF-8");
-    return Taken(text);
-}
+std::string XmlDocument::Text() const { return Written(m_document, "", pugi::format_raw); }
 
 std::string XmlDocument::Indented() const
 {
-    const std::unique_ptr<xmlBuffer, void (*)(xmlBufferPtr)> buffer(xmlBufferCreate(), xmlBufferFree);
-    xmlNodeDump(buffer.get(), m_document.get(), xmlDocGetRootElement(m_document.get()), 0, 1);
-    return reinterpret_cast<const char*>(xmlBufferContent(buffer.get()));
+    std::string text = Written(m_document, "  ", pugi::format_default | pugi::format_no_declaration);
+    while (!text.empty() && text.back() == '\n')
+        text.pop_back();
+    return text;
 }
 
-std::string Name(const xmlNode* node) { return reinterpret_cast<const char*>(node->name); }
-
-std::vector<xmlNode*> Children(const xmlNode* parent)
+Nodes Children(const pugi::xml_node& parent)
 {
-    std::vector<xmlNode*> children;
-    for (xmlNode* child = parent->children; child != nullptr; child = child->next)
-        if (child->type == XML_ELEMENT_NODE)
+    Nodes children;
+    for (const pugi::xml_node& child : parent.children())
+        if (child.type() == pugi::node_element)
             children.push_back(child);
     return children;
 }
 
-std::vector<xmlNode*> Children(const xmlNode* parent, const std::string& name)
+Nodes Children(const pugi::xml_node& parent, const std::string& name)
 {
-    std::vector<xmlNode*> children = Children(parent);
-    std::erase_if(children, [&name](const xmlNode* child) { return Name(child) != name; });
+    Nodes children = Children(parent);
+    std::erase_if(children, [&name](const pugi::xml_node& child) { return child.name() != name; });
     return children;
 }
 
-xmlNode* Child(const xmlNode* parent, const std::string& name)
-{
-    const std::vector<xmlNode*> children = Children(parent, name);
-    return children.empty() ? nullptr : children.front();
-}
-
-std::string TextOf(const xmlNode* node)
-{
-    return node == nullptr ? "" : Trimmed(Taken(xmlNodeGetContent(node)));
-}
-
-std::string AttributeOf(const xmlNode* node, const std::string& name)
-{
-    return Taken(xmlGetNoNsProp(node, Xml(name)));
-}
+std::string TextOf(const pugi::xml_node& node) { return Trimmed(analytics::xml::Content(node)); }
 
 } // namespace client

@@ -1,8 +1,9 @@
 #pragma once
 
-#include <libxml/tree.h>
+#include <xml/Reader.h>
 
-#include <memory>
+#include <pugixml.hpp>
+
 #include <string>
 #include <vector>
 
@@ -15,26 +16,29 @@ class XmlDocument
   public:
     // `source` stands in front of messages: a file's name. Throws Failure with the line of what is wrong.
     XmlDocument(const std::string& text, const std::string& source);
+    // Takes over a document that was built; its elements have no lines.
+    explicit XmlDocument(const pugi::xml_document& document);
 
-    // The first element of this name, the root included, in document order; null if there is none.
-    xmlNode* First(const std::string& name) const;
-    // The document in UTF-8.
+    pugi::xml_node Root() const { return m_document.document_element(); }
+    // The first element of this name, the root included, in document order; empty if there is none.
+    pugi::xml_node First(const std::string& name) const;
+    // Where an element begins in the text, from 1; 0 if it was added since.
+    long LineOf(const pugi::xml_node& node) const;
+    // The document in UTF-8, with a declaration.
     std::string Text() const;
     // The same for people: an element in each line, without a declaration.
     std::string Indented() const;
 
   private:
-    std::unique_ptr<xmlDoc, void (*)(xmlDocPtr)> m_document;
+    pugi::xml_document m_document;
+    analytics::xml::Lines m_lines;
 };
 
-std::string Name(const xmlNode* node);
-std::vector<xmlNode*> Children(const xmlNode* parent);
-std::vector<xmlNode*> Children(const xmlNode* parent, const std::string& name);
-// The first child of the name; null if there is none.
-xmlNode* Child(const xmlNode* parent, const std::string& name);
-// All text below the node, without white space around it; empty for null.
-std::string TextOf(const xmlNode* node);
-// Empty if there is none.
-std::string AttributeOf(const xmlNode* node, const std::string& name);
+using Nodes = std::vector<pugi::xml_node>;
+// The elements among the children.
+Nodes Children(const pugi::xml_node& parent);
+Nodes Children(const pugi::xml_node& parent, const std::string& name);
+// All text below the node, without white space around it; empty if there is no node.
+std::string TextOf(const pugi::xml_node& node);
 
 } // namespace client

@@ -239,7 +239,7 @@ class Tls(ClientTest):
         for ran in (run("profile", "list", url=url), run("profile", "list", "--cacert", self.folder / "other.pem", url=url),
                     run("profile", "list", "--cacert", self.folder / "other.pem", url=self.end("other"))):
             self.assertEqual((ran.code, ran.out), (3, ""))
-            self.assertRegex(ran.err, r"^varlo-analytics: The certificate of \S+ isn't trusted: .*--cacert\.\n$")
+            self.assertRegex(ran.err, r"^varlo-analytics: The certificate of \S+ isn't trusted: it is signed by itself, .*--cacert\.\n$")
         missing = run("profile", "list", "--cacert", self.folder / "none.pem", url=url)
         self.assertEqual(missing.code, 4)
         self.assertIn("none.pem: No such file or directory", missing.err)

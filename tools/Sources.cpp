@@ -1,0 +1,50 @@
+#include "Documents.h"
+
+#include "Failure.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <sstream>
+
+namespace client
+{
+
+Source ReadSource(const std::string& file)
+{
+    std::ostringstream text;
+    if (file == "-")
+    {
+        if (isatty(STDIN_FILENO) == 1)
+            std::cerr << "Reading the document from standard input; Ctrl-D ends it.\n";
+        text << std::cin.rdbuf();
+        return {"standard input", text.str()};
+    }
+    std::ifstream stream(file, std::ios::binary);
+    if (!stream || std::filesystem::is_directory(file))
+        throw DocumentFailure(
+            file, 0, std::string("it can't be read: ") + (stream ? "it is a folder" : std::strerror(errno)));
+    text << stream.rdbuf();
+    return {file, text.str()};
+}
+
+void WriteFile(const std::string& file, const std::string& text)
+{
+    const std::string unfinished = file + ".part";
+    std::ofstream stream(unfinished, std::ios::binary | std::ios::trunc);
+    stream << text << std::flush;
+    stream.close();
+    if (!stream || std::rename(unfinished.c_str(), file.c_str()) != 0)
+    {
+        const std::string why = std::strerror(errno);
+        std::remove(unfinished.c_str());
+        throw Failure(Exit::Document, file + " can't be written: " + why);
+    }
+}
+
+} // namespace client

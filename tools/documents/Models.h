@@ -1,0 +1,14 @@
+#pragma once
+
+#include "documents/Model.h"
+
+namespace client
+{
+
+// All behaviors in the order of their names. They live as long as the program.
+const std::vector<DocumentModel>& BehaviorModels();
+const DocumentModel& SceneModel();
+// That of a behavior by its name, alias or identifier in the camera; null if this program knows none.
+const DocumentModel* FindModel(const std::string& behavior);
+
+} // namespace client
