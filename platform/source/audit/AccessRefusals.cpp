@@ -9,7 +9,7 @@ std::vector<AuditEntry> AccessRefusals::Add(AuditEntry entry, Clock::time_point 
     std::string& peer = entry.caller->peer;
     if (m_windows.size() >= kMost && !m_windows.contains(peer))
         peer.clear();
-    const auto [place, first] = m_windows.try_emplace(peer, entry, now + kWindow);
+    const auto [place, first] = m_windows.try_emplace(peer, Window{entry, now + kWindow});
     if (first)
     {
         told.push_back(std::move(entry));
