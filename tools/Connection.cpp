@@ -138,7 +138,12 @@ int Connection::Send(soap* context, const char* data, std::size_t size)
 {
     const auto* const self = static_cast<const Connection*>(context->user);
     context->send_timeout = self->Left();
-    return context->send_timeout == 0 ? SOAP_EOF : self->m_send(context, data, size);
+    const int result = context->send_timeout == 0 ? SOAP_EOF : self->m_send(context, data, size);
+    // Why the service has closed the connection may stand in what it sent before: a certificate of ours is
+    // refused once the handshake is over on our side.
+    if (char nothing = 0; result != SOAP_OK && context->ssl != nullptr)
+        SSL_peek(context->ssl, &nothing, 1);
+    return result;
 }
 
 void Connection::Begin()

@@ -94,7 +94,7 @@ class Usage(unittest.TestCase):
             if not lines:
                 self.assertRegex(text, r"Examples:\n  varlo-analytics .*" + words[-1])
         self.assertIn(("control", "motion-detection", "off"), seen)
-        self.assertEqual(len(seen), 30, seen)
+        self.assertEqual(len(seen), 47, seen)
 
     def test_completion_knows_the_commands_and_options(self):
         script = Path(service.os.environ["SOURCE"]) / "tools/completion/varlo-analytics"
@@ -239,7 +239,7 @@ class Tls(ClientTest):
         for ran in (run("profile", "list", url=url), run("profile", "list", "--cacert", self.folder / "other.pem", url=url),
                     run("profile", "list", "--cacert", self.folder / "other.pem", url=self.end("other"))):
             self.assertEqual((ran.code, ran.out), (3, ""))
-            self.assertRegex(ran.err, r"^varlo-analytics: The certificate of \S+ isn't trusted: it is signed by itself, .*--cacert\.\n$")
+            self.assertRegex(ran.err, r"^varlo-analytics: The certificate of \S+ isn't trusted: it is .*\.\n$")
         missing = run("profile", "list", "--cacert", self.folder / "none.pem", url=url)
         self.assertEqual(missing.code, 4)
         self.assertIn("none.pem: No such file or directory", missing.err)
