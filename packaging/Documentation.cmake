@@ -25,6 +25,26 @@ install(FILES ${CMAKE_SOURCE_DIR}/examples/engine/engine.cpp
 if(TARGET varlo-analytics)
     compressed(${CMAKE_CURRENT_SOURCE_DIR}/man/varlo-analytics.1 ${CMAKE_INSTALL_MANDIR}/man1
         varlo-analytics.1 client)
+    # The documents: their fields come from the model, so that the page is made with the build. A package's
+    # files are its own, so that both packages can be installed.
+    set(page ${CMAKE_CURRENT_BINARY_DIR}/varlo-analytics-documents.5)
+    set(schemas ${CMAKE_BINARY_DIR}/tools/schemas)
+    add_custom_command(OUTPUT ${page}
+        COMMAND cat ${CMAKE_CURRENT_SOURCE_DIR}/man/varlo-analytics-documents.5 ${schemas}/fields.man > ${page}
+        DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/man/varlo-analytics-documents.5 ${schemas}/fields.man schemas
+        VERBATIM)
+    foreach(component client dev)
+        set(name ${package_${component}})
+        compressed(${page} ${CMAKE_INSTALL_MANDIR}/man5 ${name}-documents.5 ${component})
+        install(DIRECTORY ${schemas}/ DESTINATION ${CMAKE_INSTALL_DATADIR}/${name}/schemas COMPONENT ${component}
+            FILES_MATCHING PATTERN *.xsd PATTERN *.schema.json)
+        install(FILES ${CMAKE_BINARY_DIR}/schema/generated/VideoAnalytics.wsdl
+            ${CMAKE_BINARY_DIR}/schema/generated/VideoAnalytics.xsd
+            DESTINATION ${CMAKE_INSTALL_DATADIR}/${name}/schemas COMPONENT ${component})
+        install(FILES ${CMAKE_SOURCE_DIR}/docs/behavior-document.md ${CMAKE_SOURCE_DIR}/docs/scene-document.md
+            ${CMAKE_SOURCE_DIR}/docs/clients.md
+            DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${name} COMPONENT ${component})
+    endforeach()
     install(FILES ${CMAKE_SOURCE_DIR}/docs/fleet.md DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${package_client}
         COMPONENT client)
 endif()

@@ -34,7 +34,11 @@ class Writer
         Json properties = Json::object();
         Json required = Json::array();
         for (const Field& field : element.attributes)
+        {
             properties[field.name] = Value(field);
+            if (field.name == "id")
+                required.push_back(field.name);
+        }
         for (const Element& child : element.children)
             if (InJson(child))
             {
