@@ -65,6 +65,8 @@ std::variant<Options, int> ReadOptions(int argc, char** argv)
     app.add_option("--library", options.library, "API library to load")
         ->type_name("FILE")
         ->capture_default_str();
+    app.add_flag("--check", options.check,
+                 "Name each mistake in settings, users, certificates and plug-ins, and exit with 0 or 1");
     app.add_flag(
         "--recover", options.recover,
         "Put the last good copy in the place of a damaged profile store, keep the damaged files, and "

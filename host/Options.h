@@ -9,6 +9,7 @@ struct Options
 {
     analytics::platform::Configuration platform;
     std::string library;  // file of the API library
+    bool check = false;   // name what is wrong with the configuration, instead of serving
     bool recover = false; // put the last good copy in the place of a damaged store before the start
     std::string backup;   // file to copy the profile store to, instead of serving; empty: none
     std::string restore;  // copy to put in the place of the profile store, instead of serving

@@ -1,5 +1,5 @@
-// The process that hosts the service: loads the API library, lends it a thread, and ends it on SIGTERM
-// or SIGINT.
+// The process that hosts the service: loads the API library, lends it a thread, ends it on SIGTERM or SIGINT,
+// and has its files read again on SIGHUP.
 
 #include "Library.h"
 #include "Options.h"
@@ -35,7 +35,7 @@ sigset_t BlockSignals()
 {
     sigset_t signals;
     sigemptyset(&signals);
-    for (const int number : {SIGTERM, SIGINT, kServiceEnded})
+    for (const int number : {SIGTERM, SIGINT, SIGHUP, kServiceEnded})
         sigaddset(&signals, number);
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
     signal(SIGPIPE, SIG_IGN);
@@ -90,6 +90,20 @@ std::string Maintain(const Options& options)
     return "";
 }
 
+// Ends the service by nothing that is read.
+void Reload()
+{
+    try
+    {
+        analytics::platform::Reload();
+        Report("settings, users, certificates and plug-ins were read again");
+    }
+    catch (const std::exception& e)
+    {
+        Report(e.what());
+    }
+}
+
 int Run(Options options)
 {
     if (const std::string done = Maintain(options); !done.empty())
@@ -102,12 +116,16 @@ int Run(Options options)
     SetUpAllocator();
     options.platform.onListening = ReportListening;
     analytics::platform::Configure(options.platform);
+    const bool sound = analytics::platform::CheckConfiguration(options.check);
+    if (options.check)
+        return sound ? 0 : 1;
     if (options.recover)
         Report(analytics::platform::RecoverStore(options.platform.stateFolder));
     Service service(Library(options.library), kServiceEnded);
 
     int received = 0;
-    sigwait(&signals, &received);
+    while (sigwait(&signals, &received) == 0 && received == SIGHUP)
+        Reload();
     if (received == kServiceEnded)
     {
         service.End();

@@ -67,6 +67,15 @@ std::string StoreLibraryVersion();
 // for the disk, but for no change.
 std::string StoreHealth();
 
+// Names on standard error what isn't known in the settings document, and each mistake in it, with file and
+// line; with `all` also the mistakes in the files that it names and in the plug-ins. Returns whether there
+// was none. After Configure(). Throws AnalyticsFault if the plug-in folder can't be read.
+bool CheckConfiguration(bool all);
+
+// Reads settings, users, certificates and plug-ins again now, and opens the audit trail anew. What can't be
+// used is named on standard error and stays as it was. Any thread.
+void Reload();
+
 // Why the last server could not come up; empty if it did or none was started. Any thread.
 std::string ServerFailure();
 

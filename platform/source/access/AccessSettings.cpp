@@ -7,12 +7,15 @@
 
 #include <arpa/inet.h>
 
+#include <algorithm>
 #include <filesystem>
 
 namespace tarno::osa
 {
 namespace
 {
+
+constexpr int kLongestSession = 604'800; // seconds; TLS 1.3 knows none beyond a week
 
 std::string File(const std::string& key)
 {
@@ -22,6 +25,13 @@ std::string File(const std::string& key)
     const std::filesystem::path document = analytics::platform::CurrentConfiguration().settingsFile;
     return (document.parent_path() / file).string();
 }
+
+[[noreturn]] void Fail(const std::string& sentence)
+{
+    throw AccessFault(analytics::platform::CurrentConfiguration().settingsFile + ": " + sentence);
+}
+
+} // namespace
 
 bool ReachedFromOutside(const std::string& address)
 {
@@ -35,13 +45,6 @@ bool ReachedFromOutside(const std::string& address)
     return !IN6_IS_ADDR_LOOPBACK(&six) && !mapped;
 }
 
-[[noreturn]] void Fail(const std::string& sentence)
-{
-    throw AccessFault(analytics::platform::CurrentConfiguration().settingsFile + ": " + sentence);
-}
-
-} // namespace
-
 AccessSettings AccessInSettings(const std::string& endpoint)
 {
     const std::string element = "//server/endpoint[@name='" + endpoint + "']";
@@ -49,7 +52,11 @@ AccessSettings AccessInSettings(const std::string& endpoint)
     access.certificate = File(element + "/@certificate");
     access.privateKey = File(element + "/@privateKey");
     access.clientCertificates = File(element + "/@clientCertificates");
+    access.revoked = File(element + "/@revoked");
     access.users = File("//server/users");
+    const int seconds = analytics::Settings::GetValue(element + "/@sessionSeconds",
+                                                      static_cast<int>(access.sessionTime.count()));
+    access.sessionTime = std::chrono::seconds(std::clamp(seconds, 0, kLongestSession));
     access.insecure = analytics::Settings::GetValue(element + "/@insecure") == "1";
     return access;
 }
@@ -60,6 +67,9 @@ void CheckAccess(const AccessSettings& access, const std::string& address)
         Fail("the endpoint has only one of certificate and privateKey; name both files, or none of them");
     if (access.certificate.empty() && !access.clientCertificates.empty())
         Fail("the endpoint has clientCertificates but no TLS; name its certificate and privateKey as well");
+    if (access.clientCertificates.empty() && !access.revoked.empty())
+        Fail("the endpoint has revoked but no clientCertificates; name the authority whose certificates are "
+             "revoked");
     if (!ReachedFromOutside(address))
         return;
     if (!access.users.empty() && access.certificate.empty())

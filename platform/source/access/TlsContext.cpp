@@ -1,10 +1,14 @@
 #include "access/TlsContext.h"
 
+#include "access/SessionCache.h"
+
 #include <openssl/err.h>
 #include <openssl/pem.h>
 #include <openssl/ssl.h>
+#include <openssl/x509v3.h>
 
 #include <functional>
+#include <utility>
 
 namespace tarno::osa
 {
@@ -22,6 +26,7 @@ struct Free
 };
 using Bio = std::unique_ptr<BIO, Free<BIO_free>>;
 using Certificate = std::unique_ptr<X509, Free<X509_free>>;
+using List = std::unique_ptr<X509_CRL, Free<X509_CRL_free>>;
 using Key = std::unique_ptr<EVP_PKEY, Free<EVP_PKEY_free>>;
 
 // Forward secrecy and authenticated encryption only, for TLS 1.2; all of TLS 1.3 are so.
@@ -55,18 +60,35 @@ Bio Open(const PemFile& file)
 // Nobody is asked for a passphrase.
 int NoPassphrase(char* /*room*/, int /*size*/, int /*writing*/, void* /*data*/) { return -1; }
 
-// Each certificate of the file, the first one first; at least one.
-void ForEachCertificate(const PemFile& file, const std::function<void(X509*)>& use)
+// What PEM_read_bio_X509() and the like have in common.
+template <class T>
+using Reader = T* (*)(BIO*, T**, pem_password_cb*, void*);
+
+// Each object of the file, the first one first; at least one.
+template <class Object, class T>
+void ForEach(const PemFile& file, Reader<T> read, const char* sentence, const std::function<void(T*)>& use)
 {
     const Bio bio = Open(file);
     int count = 0;
-    for (Certificate next; next.reset(PEM_read_bio_X509(bio.get(), nullptr, NoPassphrase, nullptr)), next;
-         ++count)
+    for (Object next; next.reset(read(bio.get(), nullptr, NoPassphrase, nullptr)), next; ++count)
         use(next.get());
     const bool ended = ERR_GET_REASON(ERR_peek_last_error()) == PEM_R_NO_START_LINE;
-    Check(count > 0 && ended, file,
-          "it can't be read as certificates; it has to hold one or more in PEM form, BEGIN CERTIFICATE");
+    Check(count > 0 && ended, file, sentence);
     ERR_clear_error();
+}
+
+void ForEachCertificate(const PemFile& file, const std::function<void(X509*)>& use)
+{
+    ForEach<Certificate>(
+        file, PEM_read_bio_X509,
+        "it can't be read as certificates; it has to hold one or more in PEM form, BEGIN CERTIFICATE", use);
+}
+
+void ForEachList(const PemFile& file, const std::function<void(X509_CRL*)>& use)
+{
+    ForEach<List>(
+        file, PEM_read_bio_X509_CRL,
+        "it can't be read as revocation lists; it has to hold one or more in PEM form, BEGIN X509 CRL", use);
 }
 
 void UseCertificate(SSL_CTX* context, const PemFile& file)
@@ -110,6 +132,29 @@ void RequireClientCertificates(SSL_CTX* context, const PemFile& file)
     SSL_CTX_set_max_cert_list(context, kChainBytes);
 }
 
+// A list that has expired still counts, and an authority without a list isn't checked.
+int JudgeRevocation(int good, X509_STORE_CTX* check)
+{
+    const int error = X509_STORE_CTX_get_error(check);
+    if (good == 1 || (error != X509_V_ERR_UNABLE_TO_GET_CRL && error != X509_V_ERR_CRL_HAS_EXPIRED))
+        return good;
+    X509_STORE_CTX_set_error(check, X509_V_OK);
+    return 1;
+}
+
+void RefuseRevoked(SSL_CTX* context, const PemFile& file)
+{
+    X509_STORE* const store = SSL_CTX_get_cert_store(context);
+    ForEachList(file,
+                [&](X509_CRL* list)
+                {
+                    Check(X509_STORE_add_crl(store, list) == 1, file,
+                          "a revocation list in it can't be used; name another");
+                });
+    X509_STORE_set_flags(store, X509_V_FLAG_CRL_CHECK | X509_V_FLAG_CRL_CHECK_ALL);
+    X509_STORE_set_verify_cb(store, JudgeRevocation);
+}
+
 void SetRules(SSL_CTX* context)
 {
     SSL_CTX_set_min_proto_version(context, TLS1_2_VERSION);
@@ -117,8 +162,9 @@ void SetRules(SSL_CTX* context)
     // A client that ends without TLS's own goodbye is no error: HTTP says where a request ends.
     SSL_CTX_set_options(context, SSL_OP_NO_RENEGOTIATION | SSL_OP_NO_COMPRESSION | SSL_OP_NO_TICKET |
                                      SSL_OP_IGNORE_UNEXPECTED_EOF | SSL_OP_CIPHER_SERVER_PREFERENCE);
-    // Nothing is kept between the connections of a client, and little while one is idle. Without
-    // auto-retry, a stream of records that carry nothing leaves the others their turn.
+    // Nothing is kept between the connections of a client unless its sessions can be resumed, and little
+    // while one is idle. Without auto-retry, a stream of records that carry nothing leaves the others their
+    // turn.
     SSL_CTX_set_session_cache_mode(context, SSL_SESS_CACHE_OFF);
     SSL_CTX_set_num_tickets(context, 0);
     SSL_CTX_clear_mode(context, SSL_MODE_AUTO_RETRY);
@@ -128,18 +174,57 @@ void SetRules(SSL_CTX* context)
 
 } // namespace
 
-std::shared_ptr<ssl_ctx_st> MakeTlsContext(const PemFile& certificate, const PemFile& privateKey,
-                                           const PemFile* authority)
+std::shared_ptr<ssl_ctx_st> MakeTlsContext(const TlsFiles& files, std::chrono::seconds sessionTime)
 {
-    const std::shared_ptr<SSL_CTX> context(SSL_CTX_new(TLS_server_method()), SSL_CTX_free);
+    const auto cache = std::make_shared<SessionCache>();
+    // The context goes first.
+    const std::shared_ptr<SSL_CTX> context(SSL_CTX_new(TLS_server_method()),
+                                           [cache](SSL_CTX* made) { SSL_CTX_free(made); });
     if (context == nullptr)
         throw std::bad_alloc();
     SetRules(context.get());
-    UseCertificate(context.get(), certificate);
-    UseKey(context.get(), privateKey, certificate);
-    if (authority != nullptr)
-        RequireClientCertificates(context.get(), *authority);
+    UseCertificate(context.get(), files.certificate);
+    UseKey(context.get(), files.privateKey, files.certificate);
+    if (files.authority)
+        RequireClientCertificates(context.get(), *files.authority);
+    if (files.revoked)
+        RefuseRevoked(context.get(), *files.revoked);
+    if (sessionTime.count() > 0)
+        cache->Serve(*context, sessionTime);
     return context;
+}
+
+std::time_t EndOfCertificate(const PemFile& file)
+{
+    tm end = {};
+    bool first = true;
+    ForEachCertificate(file,
+                       [&](X509* certificate)
+                       {
+                           if (std::exchange(first, false))
+                               ASN1_TIME_to_tm(X509_get0_notAfter(certificate), &end);
+                       });
+    return timegm(&end);
+}
+
+std::string ExpiredRevocationList(const PemFile& file)
+{
+    std::string expired;
+    ForEachList(file,
+                [&expired](X509_CRL* list)
+                {
+                    const ASN1_TIME* const end = X509_CRL_get0_nextUpdate(list);
+                    if (end == nullptr || X509_cmp_current_time(end) > 0)
+                        return;
+                    const Bio text(BIO_new(BIO_s_mem()));
+                    if (text == nullptr)
+                        throw std::bad_alloc();
+                    X509_NAME_print_ex(text.get(), X509_CRL_get_issuer(list), 0, XN_FLAG_RFC2253);
+                    char* name = nullptr;
+                    const long size = BIO_get_mem_data(text.get(), &name);
+                    expired.assign(name, static_cast<std::size_t>(size));
+                });
+    return expired;
 }
 
 } // namespace tarno::osa

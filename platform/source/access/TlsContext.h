@@ -2,7 +2,10 @@
 
 #include "access/Users.h"
 
+#include <chrono>
+#include <ctime>
 #include <memory>
+#include <optional>
 #include <string>
 
 struct ssl_ctx_st;
@@ -17,10 +20,24 @@ struct PemFile
     std::string text;
 };
 
+// What a TLS context is made of.
+struct TlsFiles
+{
+    PemFile certificate;
+    PemFile privateKey;
+    std::optional<PemFile> authority; // only clients with a certificate of one in it get in
+    std::optional<PemFile> revoked;   // and only with one that no list in it revokes
+};
+
 // What all TLS sessions of an endpoint have in common: TLS 1.2 and later, the certificate and its key.
-// With `authority`, only clients that have a certificate signed by one of its certificates get in.
-// Throws AccessFault, with the file.
-std::shared_ptr<ssl_ctx_st> MakeTlsContext(const PemFile& certificate, const PemFile& privateKey,
-                                           const PemFile* authority);
+// Sessions can be resumed for `sessionTime`, none at 0. Throws AccessFault, with the file.
+std::shared_ptr<ssl_ctx_st> MakeTlsContext(const TlsFiles& files, std::chrono::seconds sessionTime);
+
+// When the first certificate of a file ends, in seconds since 1970. Throws AccessFault.
+std::time_t EndOfCertificate(const PemFile& file);
+
+// Which of the lists in a file of revocation lists has expired, as a name for a person; empty if none has.
+// Throws AccessFault.
+std::string ExpiredRevocationList(const PemFile& file);
 
 } // namespace tarno::osa

@@ -67,7 +67,7 @@ StreamResult TlsSession::Write(std::string_view bytes)
                              static_cast<int>(bytes.size() < kRecord ? bytes.size() : kRecord)));
 }
 
-bool TlsSession::Begun() const { return SSL_in_before(m_session.get()) == 0; }
+bool TlsSession::Begun() const { return BIO_number_read(SSL_get_rbio(m_session.get())) > 0; }
 
 bool TlsSession::Resumed() const { return SSL_session_reused(m_session.get()) == 1; }
 

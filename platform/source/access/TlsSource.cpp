@@ -1,45 +1,116 @@
 #include "access/TlsSource.h"
 
+#include "access/Roles.h"
 #include "access/TakeOver.h"
-#include "access/TlsContext.h"
+#include "files/StandardError.h"
+#include "metrics/Metrics.h"
+
+#include <algorithm>
 
 namespace tarno::osa
 {
+using analytics::platform::Gauge;
 using analytics::platform::Hold;
 namespace
 {
 
-PemFile Pem(const analytics::platform::WatchedFile& file) { return {file.Path(), TextOf(file)}; }
+constexpr std::chrono::hours kDay(24);
+constexpr int kDaysOfWarning = 30;
+
+Gauge gCertificateEnds("varlo_certificate_expiry_timestamp_seconds",
+                       "When the certificate of the endpoint ends, in seconds since 1970; 0 without TLS.");
+
+std::string Date(std::time_t time)
+{
+    char text[32] = "";
+    tm parts = {};
+    std::strftime(text, sizeof text, "%Y-%m-%d", gmtime_r(&time, &parts));
+    return text;
+}
 
 } // namespace
 
-TlsSource::TlsSource(const std::string& certificate, const std::string& privateKey,
-                     const std::string& authority)
-    : m_certificate(certificate), m_privateKey(privateKey)
+TlsSource::TlsSource(const AccessSettings& settings) : m_settings(settings)
 {
-    if (!authority.empty())
-        m_authority.emplace(authority);
-    Current();
+    const Hold hold(m_lock);
+    for (const std::string& file : {settings.certificate, settings.privateKey, settings.clientCertificates,
+                                    settings.revoked, settings.users})
+        if (!file.empty())
+            m_files.emplace_back(file);
+    Renew();
+    m_roles = RolesInSettings();
+    m_context = Make();
+}
+
+std::vector<std::string> TlsSource::Renew()
+{
+    std::vector<std::string> changed;
+    for (WatchedFile& file : m_files) // each is looked at, whatever became of the others
+        if (file.Renew())
+            changed.push_back(file.Path());
+    return changed;
 }
 
 std::shared_ptr<ssl_ctx_st> TlsSource::Current()
 {
     const Hold hold(m_lock);
-    // Each is looked at, whatever became of the others.
-    bool changed = m_certificate.Renew();
-    changed = m_privateKey.Renew() || changed;
-    changed = (m_authority && m_authority->Renew()) || changed;
-    if (changed)
-        TakeOver(m_context, [this] { return Make(); });
+    std::vector<std::string> changed = Renew();
+    std::string roles = RolesInSettings();
+    if (changed.empty() && roles == m_roles)
+        return m_context;
+    m_roles = std::move(roles);
+    std::erase(changed, m_settings.users); // who is in it is for the authenticator to say
+    try
+    {
+        m_context = Make();
+        for (const std::string& path : changed)
+            SayTakenOver(path);
+    }
+    catch (const AccessFault& fault)
+    {
+        SayNotTakenOver(fault);
+    }
     return m_context;
 }
 
-std::shared_ptr<ssl_ctx_st> TlsSource::Make() const
+TlsFiles TlsSource::Files() const
 {
-    if (!m_authority)
-        return MakeTlsContext(Pem(m_certificate), Pem(m_privateKey), nullptr);
-    const PemFile authority = Pem(*m_authority);
-    return MakeTlsContext(Pem(m_certificate), Pem(m_privateKey), &authority);
+    const auto pem = [this](const std::string& path) ANALYTICS_NO_THREAD_ANALYSIS -> std::optional<PemFile>
+    {
+        const auto file = std::find_if(m_files.begin(), m_files.end(),
+                                       [&path](const WatchedFile& each) { return each.Path() == path; });
+        return path.empty() ? std::nullopt : std::optional(PemFile{path, TextOf(*file)});
+    };
+    return {*pem(m_settings.certificate), *pem(m_settings.privateKey), pem(m_settings.clientCertificates),
+            pem(m_settings.revoked)};
+}
+
+std::shared_ptr<ssl_ctx_st> TlsSource::Make()
+{
+    TlsFiles files = Files();
+    auto context = MakeTlsContext(files, m_settings.sessionTime);
+    gCertificateEnds.Set(static_cast<double>(EndOfCertificate(files.certificate)));
+    m_warned = {}; // what is new may be about to end as well
+    m_inForce = std::move(files);
+    return context;
+}
+
+void TlsSource::Warn(std::chrono::system_clock::time_point now)
+{
+    const Hold hold(m_lock);
+    if (now - m_warned < kDay)
+        return;
+    m_warned = now;
+    const std::time_t end = EndOfCertificate(m_inForce.certificate);
+    const auto left = std::chrono::system_clock::from_time_t(end) - now;
+    if (left < kDaysOfWarning * kDay)
+        analytics::platform::Say(m_inForce.certificate.path + ": the certificate " +
+                                 (left.count() > 0 ? "ends" : "has ended") + " on " + Date(end) +
+                                 "; put a new one in its place");
+    const std::string expired = m_inForce.revoked ? ExpiredRevocationList(*m_inForce.revoked) : "";
+    if (!expired.empty())
+        analytics::platform::Say(m_inForce.revoked->path + ": the revocation list of " + expired +
+                                 " has expired, and still counts; put a new one in its place");
 }
 
 } // namespace tarno::osa

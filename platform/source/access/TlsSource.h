@@ -1,35 +1,48 @@
 #pragma once
 
+#include "access/AccessSettings.h"
+#include "access/TlsContext.h"
 #include "files/WatchedFile.h"
 #include "threads/Lock.h"
 
+#include <chrono>
+#include <list>
 #include <memory>
-#include <optional>
 #include <string>
+#include <vector>
 
 struct ssl_ctx_st;
 
 namespace tarno::osa
 {
 
-// The TLS context of an endpoint, made anew when one of its files has changed. While they can't be used,
-// the last good one stays, and standard error says so once. Any thread.
+// The TLS context of an endpoint, made anew, which ends all sessions, when one of its files has changed, or
+// what else says who is who: users and roles. While the files can't be used, the last good context stays, and
+// standard error says so once. Any thread.
 class TlsSource
 {
   public:
-    // An empty `authority` is none. Throws AccessFault.
-    TlsSource(const std::string& certificate, const std::string& privateKey, const std::string& authority);
+    // Throws AccessFault.
+    explicit TlsSource(const AccessSettings& settings);
 
     std::shared_ptr<ssl_ctx_st> Current();
+    // To be called now and then: says once a day what ends soon or has expired.
+    void Warn(std::chrono::system_clock::time_point now);
 
   private:
-    std::shared_ptr<ssl_ctx_st> Make() const ANALYTICS_REQUIRES(m_lock);
+    using WatchedFile = analytics::platform::WatchedFile;
 
+    std::vector<std::string> Renew() ANALYTICS_REQUIRES(m_lock);
+    TlsFiles Files() const ANALYTICS_REQUIRES(m_lock);
+    std::shared_ptr<ssl_ctx_st> Make() ANALYTICS_REQUIRES(m_lock);
+
+    const AccessSettings m_settings;
     analytics::platform::Lock m_lock;
-    analytics::platform::WatchedFile m_certificate ANALYTICS_GUARDED_BY(m_lock);
-    analytics::platform::WatchedFile m_privateKey ANALYTICS_GUARDED_BY(m_lock);
-    std::optional<analytics::platform::WatchedFile> m_authority ANALYTICS_GUARDED_BY(m_lock);
+    std::list<WatchedFile> m_files ANALYTICS_GUARDED_BY(m_lock); // those that the settings name
+    std::string m_roles ANALYTICS_GUARDED_BY(m_lock);
+    TlsFiles m_inForce ANALYTICS_GUARDED_BY(m_lock);
     std::shared_ptr<ssl_ctx_st> m_context ANALYTICS_GUARDED_BY(m_lock);
+    std::chrono::system_clock::time_point m_warned ANALYTICS_GUARDED_BY(m_lock);
 };
 
 } // namespace tarno::osa

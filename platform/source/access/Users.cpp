@@ -7,7 +7,7 @@
 namespace tarno::osa
 {
 
-Users::Users(const std::string& path, const std::string& text)
+Users::Users(const std::string& path, const std::string& text) : m_path(path)
 {
     std::istringstream lines(text);
     std::string line;
@@ -15,29 +15,45 @@ Users::Users(const std::string& path, const std::string& text)
     {
         if (!line.empty() && line.back() == '\r')
             line.pop_back();
-        if (!line.empty() && line.front() != '#')
-            Add(path + ':' + std::to_string(number) + ": ", line);
+        if (line.empty() || line.front() == '#')
+            continue;
+        const std::string mistake = Add(line);
+        if (!mistake.empty())
+            m_mistakes.push_back(path + ':' + std::to_string(number) + ": " + mistake);
     }
-    if (m_hashes.empty())
-        throw AccessFault(path + ": there is no user in it; add one with \"htpasswd -B\"");
 }
 
-void Users::Add(const std::string& where, const std::string& line)
+std::string Users::Add(const std::string& line)
 {
     const std::size_t colon = line.find(':');
     if (colon == std::string::npos || colon == 0)
-        throw AccessFault(where + "the line is no \"name:hash\"; write it with \"htpasswd -B\"");
+        return "the line is no \"name:hash\"; write it with \"htpasswd -B\"";
     const std::string name = line.substr(0, colon);
     const std::string hash = line.substr(colon + 1);
+    if (name.starts_with("CN="))
+        return "the user \"" + name + "\" can't log in: such a name stands for a certificate; choose another";
     const std::string why = WhyNoPasswordHash(hash);
     if (!why.empty())
-        throw AccessFault(where + "the user \"" + name + "\" can't log in: " + why);
+        return "the user \"" + name + "\" can't log in: " + why;
     if (!m_hashes.emplace(name, hash).second)
-        throw AccessFault(where + "the user \"" + name + "\" is there twice; remove one of the lines");
+        return "the user \"" + name + "\" is there twice, and the first line counts; remove one of them";
+    return "";
+}
+
+std::string Users::WhyNobody() const
+{
+    if (!m_hashes.empty())
+        return "";
+    return m_mistakes.empty() ? m_path + ": there is no user in it; add one with \"htpasswd -B\""
+                              : m_mistakes.front();
 }
 
 const std::string& Users::HashFor(const std::string& name) const
 {
+    // Of a password that nobody knows.
+    static const std::string kNobody = "$2b$05$CCCCCCCCCCCCCCCCCCCCC.E5YPO9kmyuRGyh0XouQYb4YMJKvyOeW";
+    if (m_hashes.empty())
+        return kNobody;
     const auto found = m_hashes.find(name);
     return (found == m_hashes.end() ? m_hashes.begin() : found)->second;
 }

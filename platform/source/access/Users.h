@@ -3,6 +3,7 @@
 #include <map>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 namespace tarno::osa
 {
@@ -18,9 +19,14 @@ class AccessFault : public std::runtime_error
 class Users
 {
   public:
-    // The text of a file of lines "name:hash"; empty lines and lines that begin with '#' are skipped.
-    // Throws AccessFault, with `path` and the line.
+    // The text of a file of lines "name:hash"; empty lines and lines that begin with '#' are skipped. A line
+    // that can't be used is left out.
     Users(const std::string& path, const std::string& text);
+
+    // A sentence for each line that was left out, with `path` and the line.
+    const std::vector<std::string>& Mistakes() const { return m_mistakes; }
+    // Why nobody can get in; empty if somebody can.
+    std::string WhyNobody() const;
 
     bool Has(const std::string& name) const { return m_hashes.count(name) != 0; }
     // What to hold a password against. For a name that isn't there it is the hash of somebody else, so
@@ -28,9 +34,12 @@ class Users
     const std::string& HashFor(const std::string& name) const;
 
   private:
-    void Add(const std::string& where, const std::string& line);
+    // Empty if the line is in order.
+    std::string Add(const std::string& line);
 
+    const std::string m_path;
     std::map<std::string, std::string> m_hashes;
+    std::vector<std::string> m_mistakes;
 };
 
 } // namespace tarno::osa

@@ -204,6 +204,8 @@ Counter gRefusedByRole("varlo_access_refused_total", "Requests that were refused
 
 std::string MetricsText()
 {
+    static Gauge build("varlo_build_info", "1; the version stands in the label.", "version=\"" VERSION "\"");
+    build.Set(1);
     std::string text;
     Registry& registry = TheRegistry();
     {

@@ -31,11 +31,6 @@ std::string Origin(const asio::ip::address& from)
     return asio::ip::address_v6(bytes).to_string();
 }
 
-void TakeUsersOver(std::shared_ptr<const Users>& users, const analytics::platform::WatchedFile& file)
-{
-    TakeOver(users, [&file] { return std::make_shared<const Users>(file.Path(), TextOf(file)); });
-}
-
 } // namespace
 
 Authenticator::Authenticator(const std::string& usersFile) : m_file(usersFile)
@@ -62,8 +57,25 @@ void Authenticator::RenewUsers()
 {
     if (!m_file.Renew())
         return;
-    TakeUsersOver(m_users, m_file);
+    const bool first = m_users == nullptr;
+    try
+    {
+        const auto users = std::make_shared<const Users>(m_file.Path(), TextOf(m_file));
+        if (first && !users->WhyNobody().empty())
+            throw AccessFault(users->WhyNobody());
+        m_users = users;
+    }
+    catch (const AccessFault& fault)
+    {
+        if (first)
+            throw;
+        return SayNotTakenOver(fault);
+    }
     m_known.Clear();
+    for (const std::string& mistake : m_users->Mistakes())
+        SayLeftOut(mistake);
+    if (!first)
+        SayTakenOver(m_file.Path());
 }
 
 std::optional<Authenticator::Verdict>

@@ -50,8 +50,7 @@ Access ConfiguredAccess(const std::string& address, unsigned short port)
     const AccessSettings settings = AccessInSettings(kServerName);
     CheckAccess(settings, ConfiguredEndpoint(address, port).address);
     if (!settings.certificate.empty())
-        access.tls = std::make_unique<TlsSource>(settings.certificate, settings.privateKey,
-                                                 settings.clientCertificates);
+        access.tls = std::make_unique<TlsSource>(settings);
     if (!settings.users.empty())
         access.passwords = std::make_unique<Authenticator>(settings.users);
     access.roles = true;

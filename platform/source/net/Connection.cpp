@@ -8,12 +8,15 @@
 #include "access/Caller.h"
 #include "access/Roles.h"
 #include "metrics/Metrics.h"
+#include "threads/WorkMemory.h"
 
+#include <analytics/Faults.h>
 #include <analytics/Platform.h>
 #include <tarno/osa/TcpServer.h>
 
 #include <sched.h>
 
+#include <algorithm>
 #include <array>
 #include <utility>
 
@@ -59,6 +62,27 @@ std::string NewRequestNumber()
     for (std::size_t i = 0; i < text.size(); ++i)
         text[i] = "0123456789abcdef"[number >> (28 - 4 * i) & 15U];
     return text;
+}
+
+// What a client is told of itself, for the header of its answer. A name may hold whatever a certificate can.
+std::string IdentityFields(const Caller& caller)
+{
+    constexpr std::array kRoles = {"viewer", "operator", "administrator"};
+    std::string name;
+    for (const char letter : caller.name)
+    {
+        if (letter > ' ' && letter < 127 && letter != '%' && letter != ';')
+        {
+            name += letter;
+            continue;
+        }
+        const auto byte = static_cast<unsigned char>(letter);
+        name += '%';
+        name += "0123456789ABCDEF"[byte / 16];
+        name += "0123456789ABCDEF"[byte % 16];
+    }
+    return std::string("\r\nVarlo-Analytics-Version: ") + VERSION + "\r\nVarlo-Analytics-Caller: " + name +
+           "; role=" + kRoles[static_cast<std::size_t>(caller.role)];
 }
 
 Refusal RefusalOf(Authenticator::Verdict verdict)
@@ -111,6 +135,8 @@ Wish Connection::Continue(Cause cause)
 
 Wish Connection::Go()
 {
+    if (m_timeLeft)
+        m_deadline = Clock::now() + *std::exchange(m_timeLeft, std::nullopt);
     switch (m_stage)
     {
     case Stage::Opening:
@@ -191,7 +217,7 @@ void Connection::CountHandshake(const StreamResult& result) const
     else
         (m_stream->Tls()->Resumed() ? gResumedHandshakes : gFullHandshakes).Add();
     if (result.state == StreamState::NoCertificate)
-        m_server.refused(Refused::Certificate, m_peer, "");
+        m_server.refused(Refused::Certificate, CallerCalled(""));
 }
 
 Wish Connection::ReadRequest()
@@ -201,7 +227,7 @@ Wish Connection::ReadRequest()
     {
         const std::size_t held = m_reader->Held();
         if (held >= kFreeBytes && !RoomFor(held + room.size()))
-            return Wish::WakeUp;
+            return AwaitRoom();
         const StreamResult result =
             ReadSome(std::span(room).first(held < kFreeBytes ? kFreeBytes - held : room.size()));
         if (result.state == StreamState::WaitRead || result.state == StreamState::WaitWrite)
@@ -230,6 +256,14 @@ StreamResult Connection::ReadSome(std::span<char> room)
     }
     m_looked = true;
     return result;
+}
+
+// It isn't the client who is slow: his time stands still.
+Wish Connection::AwaitRoom()
+{
+    m_timeLeft = std::max(m_deadline - Clock::now(), Clock::duration::zero());
+    m_deadline = Clock::time_point::max();
+    return Wish::WakeUp;
 }
 
 bool Connection::RoomFor(std::size_t bytes)
@@ -276,8 +310,10 @@ Wish Connection::OnVerdict(Authenticator::Verdict verdict)
     const std::string user = credentials ? credentials->name : "";
     if (verdict != Authenticator::Verdict::Allowed)
     {
-        m_server.refused(verdict == Authenticator::Verdict::Denied ? Refused::Password : Refused::Throttled,
-                         m_peer, user);
+        if (verdict != Authenticator::Verdict::Busy)
+            m_server.refused(verdict == Authenticator::Verdict::Denied ? Refused::Password
+                                                                       : Refused::Throttled,
+                             CallerCalled(user));
         return Refuse(RefusalOf(verdict));
     }
     m_user = asked || m_stream->Tls() == nullptr ? user : m_stream->Tls()->PeerName();
@@ -287,7 +323,8 @@ Wish Connection::OnVerdict(Authenticator::Verdict verdict)
 
 Wish Connection::Refuse(Refusal reason)
 {
-    const bool whole = m_stage == Stage::Authenticating || reason == Refusal::NotPost;
+    const bool whole =
+        m_stage == Stage::Authenticating || m_stage == Stage::Serving || reason == Refusal::NotPost;
     const bool head = whole && m_reader->IsHead();
     const auto version = whole ? m_reader->Version() : SoapVersion::Soap11;
     if (!whole)
@@ -299,25 +336,41 @@ Wish Connection::Refuse(Refusal reason)
 }
 
 Wish Connection::Serve()
+try
 {
     if (m_server.counted)
         m_operation = requestmetrics::OperationOf(m_reader->Request());
-    std::string answer = Answer();
+    std::string identity;
+    std::string answer = Answer(identity);
     if (answer.empty())
         return Wish::Nothing;
+    if (m_server.access.roles)
+        answer.insert(std::min(answer.find("\r\n"), answer.size()), identity);
     m_outcome = Outcome::Served;
     return Send(std::move(answer));
 }
+catch (const analytics::AnalyticsFault&)
+{
+    return Refuse(Refusal::NoMemory);
+}
 
-std::string Connection::Answer()
+Caller Connection::CallerCalled(const std::string& name) const
 {
     Caller caller;
-    caller.name = m_user;
+    caller.name = name;
     caller.peer = m_peer.is_unspecified() ? "" : m_peer.to_string();
     caller.request = NewRequestNumber();
+    return caller;
+}
+
+std::string Connection::Answer(std::string& identity)
+{
+    Caller caller = CallerCalled(m_user);
     const analytics::platform::RequestScope scope(caller);
     if (m_server.access.roles)
         caller.role = RoleOf(m_user);
+    identity = IdentityFields(caller);
+    analytics::platform::ClaimForReceived(m_reader->Request().size());
     const auto exchange =
         std::make_shared<Exchange>(m_reader->TakeRequest(), [this] { return m_stream->PeerGone(); });
     m_reader.reset();

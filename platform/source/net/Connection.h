@@ -6,6 +6,7 @@
 #include "net/RequestReader.h"
 #include "net/Stream.h"
 
+#include "access/Caller.h"
 #include "access/TlsSource.h"
 
 #include <boost/asio/ip/address.hpp>
@@ -50,8 +51,8 @@ struct Served
     Budget memory;
     std::atomic<bool> ending = false; // nobody is waited for any longer than an answer needs
     std::function<void()> ended;      // a connection is closed
-    // Somebody didn't get in; `user` as claimed, perhaps empty.
-    std::function<void(Refused why, const boost::asio::ip::address& peer, const std::string& user)> refused;
+    // Somebody didn't get in; his name as claimed, perhaps empty.
+    std::function<void(Refused why, const analytics::platform::Caller& caller)> refused;
     LeaderFollowers pool; // goes first
 };
 
@@ -92,15 +93,17 @@ class Connection final : public EventHandler
     Wish Await(const StreamResult& result);
     Wish Open();
     void CountHandshake(const StreamResult& result) const;
+    analytics::platform::Caller CallerCalled(const std::string& name) const;
     Wish ReadRequest();
     StreamResult ReadSome(std::span<char> room);
+    Wish AwaitRoom();
     bool RoomFor(std::size_t bytes);
     Wish Judge(RequestReader::Outcome outcome);
     Wish Authenticate();
     Wish OnVerdict(Authenticator::Verdict verdict);
     Wish Refuse(Refusal reason);
     Wish Serve();
-    std::string Answer();
+    std::string Answer(std::string& identity);
     Wish Send(std::string answer);
     Wish SendMore();
     Wish End();
@@ -112,9 +115,10 @@ class Connection final : public EventHandler
     Budget::Share m_share;
     Stage m_stage = Stage::Opening;
     Outcome m_outcome = Outcome::Dropped;
-    bool m_looked = false;                 // for the first bytes
-    bool m_followed = false;               // more may come behind what was read
-    std::optional<RequestReader> m_reader; // until the request is served
+    std::optional<Clock::duration> m_timeLeft; // while it waits for room
+    bool m_looked = false;                     // for the first bytes
+    bool m_followed = false;                   // more may come behind what was read
+    std::optional<RequestReader> m_reader;     // until the request is served
     std::atomic<Authenticator::Verdict> m_verdict = Authenticator::Verdict::Busy;
     std::string m_user;                     // once authenticated
     Clock::time_point m_arrived;            // the whole request

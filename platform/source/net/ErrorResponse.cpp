@@ -57,6 +57,9 @@ constexpr std::array kRows = {
     Row{Refusal::Busy, "503 Service Unavailable",
         "Too many passwords are being verified at this moment; send the request again a little later",
         nullptr, "Retry-After: 5\r\n"},
+    Row{Refusal::NoMemory, "503 Service Unavailable",
+        "Too many large documents are being worked on at this moment; send the request again a little later",
+        nullptr, "Retry-After: 5\r\n"},
 };
 
 std::string Sentence(const Row& row, const Limits& limits)

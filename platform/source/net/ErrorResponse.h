@@ -19,7 +19,8 @@ enum class Refusal
     NeedsTls,
     Unauthorized,
     TooManyAttempts,
-    Busy
+    Busy,    // with passwords
+    NoMemory // for a large document
 };
 
 enum class SoapVersion

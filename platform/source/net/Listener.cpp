@@ -29,10 +29,10 @@ struct Advice
 
 constexpr std::array kAdvice = {
     Advice{asio::error::address_in_use,
-           " is in use by another program; stop it or choose another port with --listen"},
+           " is in use by another program; stop it or choose another port with "},
     Advice{asio::error::access_denied,
-           " needs privileges that this process lacks; choose a port above 1023 with --listen"},
-    Advice{EADDRNOTAVAIL, " is no address of this machine; choose one that it has with --listen"},
+           " needs privileges that this process lacks; choose a port above 1023 with "},
+    Advice{EADDRNOTAVAIL, " is no address of this machine; choose one that it has with "},
 };
 
 template <class T>
@@ -43,14 +43,15 @@ std::string Text(const T& value)
     return text.str();
 }
 
-std::string Sentence(const Tcp::endpoint& endpoint, const Error& error)
+std::string Sentence(const Tcp::endpoint& endpoint, const Error& error, const std::string& settledBy)
 {
     const auto* const row =
         std::find_if(kAdvice.begin(), kAdvice.end(),
                      [&error](const Advice& advice) { return advice.error == error.value(); });
     if (row != kAdvice.end())
-        return Text(endpoint) + row->text;
-    return Text(endpoint) + " can't be listened on (" + error.message() + "); choose another with --listen";
+        return Text(endpoint) + row->text + settledBy;
+    return Text(endpoint) + " can't be listened on (" + error.message() + "); choose another with " +
+           settledBy;
 }
 
 Tcp::endpoint EndpointOf(const ListenOptions& options)
@@ -77,7 +78,8 @@ std::string Listener::Listen(const ListenOptions& options)
     catch (const boost::system::system_error& failure)
     {
         Close();
-        throw SocketException(SocketException::kBindError, Sentence(endpoint, failure.code()));
+        throw SocketException(SocketException::kBindError,
+                              Sentence(endpoint, failure.code(), options.settledBy));
     }
 }
 

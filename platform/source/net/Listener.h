@@ -17,8 +17,9 @@ struct ListenOptions
     std::string address = "127.0.0.1"; // a numeric IPv4 or IPv6 address
     std::uint16_t port = 0;            // 0 takes a free port
     std::uint16_t backlog = 128;
-    unsigned int bufferBytes = 0; // send and receive buffer of each connection; 0 leaves the system's
-    std::string scheme = "http";  // for the URL
+    unsigned int bufferBytes = 0;       // send and receive buffer of each connection; 0 leaves the system's
+    std::string scheme = "http";        // for the URL
+    std::string settledBy = "--listen"; // where an operator chooses the address
 };
 
 // A connection that was accepted: a socket that doesn't block, and whose it is.

@@ -1,5 +1,6 @@
 #include "net/Server.h"
 
+#include "audit/AuditTrail.h"
 #include "metrics/Metrics.h"
 
 #include <tarno/osa/SocketException.h>
@@ -31,10 +32,16 @@ Counter Refusals(const char* reason)
 }
 std::array<Counter, 3> gRefused = {Refusals("password"), Refusals("throttled"), Refusals("certificate")};
 
-void NoteRefused(Refused why, const boost::asio::ip::address& /*peer*/, const std::string& /*user*/)
+constexpr std::array kReasons = {"no user with this password", "too many wrong passwords from this address",
+                                 "no valid client certificate"};
+
+void NoteRefused(Refused why, const analytics::platform::Caller& caller)
 {
     gRefused[static_cast<std::size_t>(why)].Add();
+    analytics::platform::AuditRefusedAccess(caller, kReasons[static_cast<std::size_t>(why)]);
 }
+
+constexpr std::chrono::minutes kWarningInterval(1); // to look whether there is something to warn of
 
 // Nothing is wanting: the next connection can be accepted at once.
 bool IsPassing(int error) { return error == EINTR || error == ECONNABORTED || error == EAGAIN; }
@@ -130,6 +137,12 @@ std::string Server::Start(const ListenOptions& options)
                                   "); allow the process more threads");
     }
     m_listening = true;
+    if (m_served.access.tls != nullptr)
+    {
+        const auto warn = [this] { m_served.access.tls->Warn(std::chrono::system_clock::now()); };
+        warn();
+        m_warnings.emplace(kWarningInterval, warn);
+    }
     m_served.pool.Wait(std::make_shared<Acceptor>(*this), EventHandler::Wish::Read);
     return url;
 }
@@ -201,6 +214,7 @@ void Server::Stop()
     std::call_once(m_stopped,
                    [this]
                    {
+                       m_warnings.reset();
                        StopAccepting();
                        if (m_served.access.passwords != nullptr)
                            m_served.access.passwords->Stop();

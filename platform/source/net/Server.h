@@ -4,12 +4,14 @@
 #include "net/Limits.h"
 #include "net/Listener.h"
 #include "threads/Lock.h"
+#include "threads/Ticker.h"
 
 #include <atomic>
 #include <chrono>
 #include <cstddef>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 
 namespace tarno::osa
@@ -64,7 +66,8 @@ class Server
     std::size_t m_connections ANALYTICS_GUARDED_BY(m_lock) = 0;
     std::shared_ptr<Acceptor> m_paused ANALYTICS_GUARDED_BY(m_lock); // until a connection ends
 
-    Served m_served; // goes first
+    Served m_served;                                       // goes before all that its connections use
+    std::optional<analytics::platform::Ticker> m_warnings; // of certificates
 };
 
 } // namespace tarno::osa

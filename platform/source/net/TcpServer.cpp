@@ -1,17 +1,27 @@
 #include <tarno/osa/TcpServer.h>
 
+#include "access/CheckSettings.h"
+#include "audit/AuditTrail.h"
+#include "files/FileText.h"
+#include "files/StandardError.h"
 #include "net/ConfiguredEndpoint.h"
 #include "net/Limits.h"
+#include "net/OperatorsServer.h"
 #include "net/Server.h"
 #include "threads/Lock.h"
+#include "threads/WorkMemory.h"
 
+#include <analytics/PluginManager.h>
 #include <tarno/osa/SocketException.h>
 
 #include "Runtime.h"
+#include "plugins/PluginFolder.h"
+#include "settings/SettingsSource.h"
 
 #include <memory>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace tarno::osa
 {
@@ -77,6 +87,7 @@ class TcpServer::Loop
     mutable Lock m_lock;
     unsigned int m_bufferBytes ANALYTICS_GUARDED_BY(m_lock) = 0;
     std::shared_ptr<Server> m_running ANALYTICS_GUARDED_BY(m_lock);
+    std::unique_ptr<OperatorsServer> m_operators ANALYTICS_GUARDED_BY(m_lock);
 };
 
 std::string TcpServer::Loop::Start(ITcpSocketAccept* acceptor, unsigned short backlog)
@@ -90,9 +101,16 @@ std::string TcpServer::Loop::Start(ITcpSocketAccept* acceptor, unsigned short ba
     const auto endpoint = ConfiguredEndpoint(m_address, m_port);
     Access access = ConfiguredAccess(m_address, m_port);
     const char* const scheme = access.tls == nullptr ? "http" : "https";
+    // A thread that waits for memory leaves its turn to others.
+    analytics::platform::WorkOfProcess().OnWaiting(LeaderFollowers::Blocked);
+    auto operators = access.roles ? OperatorsServer::FromSettings() : nullptr;
+    if (operators != nullptr)
+        analytics::platform::Say("metrics on " + operators->Url());
+    analytics::platform::OpenAuditTrail();
     const auto loop = std::make_shared<Server>(*acceptor, LimitsFromSettings(), std::move(access));
     std::string url = loop->Start({endpoint.address, endpoint.port, backlog, m_bufferBytes, scheme});
     m_running = loop;
+    m_operators = std::move(operators);
     Register(loop, "");
     return url;
 }
@@ -155,6 +173,35 @@ bool DrainServer(std::chrono::milliseconds limit)
     // Holding it keeps it alive while somebody else lets go of it.
     const auto server = tarno::osa::RegisteredServer();
     return server == nullptr || server->Drain(limit);
+}
+
+bool CheckConfiguration(bool all)
+{
+    const std::string& path = CurrentConfiguration().settingsFile;
+    std::vector<std::string> mistakes = tarno::osa::MistakesInSettings(path, ReadFile(path).text);
+    std::size_t plugins = 0;
+    if (all)
+    {
+        const auto endpoint = tarno::osa::ConfiguredEndpoint("kestrile-server", 0);
+        for (std::string& mistake : tarno::osa::MistakesInAccess(endpoint.address))
+            mistakes.push_back(std::move(mistake));
+        PluginFolder folder(CurrentConfiguration().pluginFolder);
+        folder.Current(); // which names what is wrong
+        plugins = folder.Problems();
+    }
+    for (const std::string& mistake : mistakes)
+        Say(mistake);
+    return mistakes.empty() && plugins == 0;
+}
+
+void Reload()
+{
+    CurrentSettingsFile()->Current();
+    if (const auto server = tarno::osa::RegisteredServer())
+        server->RenewAccess();
+    ManifestArray manifests;
+    PluginManager().GetManifests(manifests);
+    OpenAuditTrail();
 }
 
 } // namespace analytics::platform

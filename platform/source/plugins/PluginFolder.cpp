@@ -19,6 +19,12 @@ std::shared_ptr<const PluginCatalog> PluginFolder::Current()
     return m_catalog;
 }
 
+std::size_t PluginFolder::Problems()
+{
+    const Hold hold(m_lock);
+    return m_told.size();
+}
+
 // Watches first and reads then: what changes meanwhile shows at the next call.
 void PluginFolder::Scan()
 {
@@ -26,7 +32,7 @@ void PluginFolder::Scan()
     m_watch.reset(); // before the next one is made: the system grants few of them
     m_watch = std::make_unique<FolderWatch>(m_byStamps);
     m_watch->AddRoot(m_path);
-    Problems problems;
+    ProblemMap problems;
     auto catalog = std::make_shared<PluginCatalog>();
     for (const std::string& home : Homes(problems))
     {
@@ -44,7 +50,7 @@ void PluginFolder::Scan()
 }
 
 // The folders that may hold plug-ins, and links: one that leads nowhere now may lead to a folder soon.
-std::vector<std::string> PluginFolder::Homes(Problems& problems) const
+std::vector<std::string> PluginFolder::Homes(ProblemMap& problems) const
 {
     std::vector<std::string> homes;
     std::error_code error;
@@ -63,7 +69,7 @@ std::vector<std::string> PluginFolder::Homes(Problems& problems) const
     return homes;
 }
 
-void PluginFolder::Tell(Problems problems)
+void PluginFolder::Tell(ProblemMap problems)
 {
     for (const auto& [folder, problem] : problems)
     {

@@ -25,20 +25,22 @@ class PluginFolder
     // The plug-ins as the folder holds them now; none if there is no folder. What is wrong with one is
     // said on standard error, once. Throws AnalyticsFault if the folder can't be read.
     std::shared_ptr<const PluginCatalog> Current();
+    // How many folders have something wrong.
+    std::size_t Problems();
 
   private:
-    using Problems = std::map<std::string, PluginProblem>; // by the folder that has them
+    using ProblemMap = std::map<std::string, PluginProblem>; // by the folder that has them
 
     void Scan() ANALYTICS_REQUIRES(m_lock);
-    std::vector<std::string> Homes(Problems& problems) const;
-    void Tell(Problems problems) ANALYTICS_REQUIRES(m_lock);
+    std::vector<std::string> Homes(ProblemMap& problems) const;
+    void Tell(ProblemMap problems) ANALYTICS_REQUIRES(m_lock);
 
     const std::string m_path;
     const bool m_byStamps;
     Lock m_lock;
     std::unique_ptr<FolderWatch> m_watch ANALYTICS_GUARDED_BY(m_lock);
     std::shared_ptr<const PluginCatalog> m_catalog ANALYTICS_GUARDED_BY(m_lock);
-    Problems m_told ANALYTICS_GUARDED_BY(m_lock);
+    ProblemMap m_told ANALYTICS_GUARDED_BY(m_lock);
 };
 
 } // namespace analytics::platform

@@ -54,16 +54,36 @@ TEST(Users, AreReadFromLines)
     EXPECT_EQ(users.HashFor("eve"), kSecretByBcrypt);
 }
 
-TEST(Users, NameTheLineThatCannotBeUsed)
+TEST(Users, LeaveOutAndNameALineThatCannotBeUsed)
 {
     const std::string good = std::string("ann:") + kSecretByBcrypt + '\n';
-    const auto fault = [](const std::string& text)
-    { return FaultOf<AccessFault>([&] { const Users users("/etc/users", text); }); };
-    EXPECT_THAT(fault(good + "bob"), AllOf(StartsWith("/etc/users:2: "), HasSubstr("htpasswd -B")));
-    EXPECT_THAT(fault("\n:" + std::string(kSecretByBcrypt)), StartsWith("/etc/users:2: the line is no"));
-    EXPECT_THAT(fault("bob:secret\n" + good), StartsWith("/etc/users:1: the user \"bob\" can't log in"));
-    EXPECT_THAT(fault(good + good), StartsWith("/etc/users:2: the user \"ann\" is there twice"));
-    EXPECT_THAT(fault("# nobody\n"), StartsWith("/etc/users: there is no user in it"));
+    const auto mistake = [](const std::string& text)
+    {
+        const Users users("/etc/users", text);
+        EXPECT_TRUE(users.Has("ann"));
+        EXPECT_FALSE(users.Has("bob"));
+        EXPECT_EQ(users.WhyNobody(), "");
+        EXPECT_EQ(users.Mistakes().size(), 1U);
+        return users.Mistakes().front();
+    };
+    EXPECT_THAT(mistake(good + "bob"), AllOf(StartsWith("/etc/users:2: "), HasSubstr("htpasswd -B")));
+    EXPECT_THAT(mistake("\n:" + std::string(kSecretByBcrypt) + '\n' + good),
+                StartsWith("/etc/users:2: the line is no"));
+    EXPECT_THAT(mistake("bob:secret\n" + good), StartsWith("/etc/users:1: the user \"bob\" can't log in"));
+    EXPECT_THAT(mistake(good + good), StartsWith("/etc/users:2: the user \"ann\" is there twice"));
+    // Such a name stands for a certificate.
+    EXPECT_THAT(mistake(good + "CN=ann:" + kSecretByBcrypt),
+                StartsWith("/etc/users:2: the user \"CN=ann\" can't"));
+}
+
+TEST(Users, SayWhyThereIsNone)
+{
+    EXPECT_THAT(Users("/etc/users", "# nobody\n").WhyNobody(),
+                StartsWith("/etc/users: there is no user in it"));
+    const Users broken("/etc/users", "bob");
+    EXPECT_THAT(broken.WhyNobody(), StartsWith("/etc/users:1: the line is no"));
+    EXPECT_EQ(WhyNoPasswordHash(broken.HashFor("bob")), "");
+    EXPECT_FALSE(broken.Has("bob"));
 }
 
 TEST(BasicCredentials, AreANameAndAPassword)

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <string>
+
+namespace analytics::platform
+{
+
+constexpr std::chrono::seconds kLongestHealthCheck{2};
+
+// Why the service can't do its work now, as a sentence; empty if it can. `check` is asked on a thread of its
+// own, one at a time: whoever comes meanwhile gets the same answer, and nobody waits longer than `limit`. Any
+// thread.
+std::string Health(std::chrono::milliseconds limit, const std::function<std::string()>& check);
+// Of the profile store.
+std::string Health();
+
+} // namespace analytics::platform
