@@ -29,7 +29,8 @@ std::string Counted(const ProfileDocuments& profile)
 void Export(Session& session, const Arguments& arguments)
 {
     const Profile profile = ExistingProfile(session.Service(), arguments.profile);
-    const ProfileDocuments documents = Fetch(session.Service(), profile);
+    ProfileDocuments documents = Fetch(session.Service(), profile);
+    documents.frame = session.Frame();
     WriteFolder(arguments.folder, documents, arguments.force);
     session.Out().Result({{"profile", static_cast<long long>(profile.id)},
                           {"name", profile.name},
@@ -46,7 +47,8 @@ void Import(Session& session, const Arguments& arguments)
     if (!arguments.name.empty())
         documents.name = arguments.name;
     CheckAll(documents, session.Checks());
-    const Stored stored = Store(session.Service(), documents, arguments.store);
+    const ProfileDocuments scaled = InFrame(documents, session.Frame());
+    const Stored stored = Store(session.Service(), scaled, arguments.store);
     if (!documents.preset.empty())
         std::cerr << "The camera preset isn't taken over: the service has no operation for it.\n";
     std::string sentence = "Profile " + std::to_string(stored.id) + " '" + documents.name +

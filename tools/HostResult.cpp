@@ -1,19 +1,16 @@
 #include "HostResult.h"
 
 #include "Behaviors.h"
+#include "Json.h"
 #include "Meaning.h"
 #include "Output.h"
 #include "Scene.h"
 #include "Text.h"
 
-#include <nlohmann/json.hpp>
-
 namespace client
 {
 namespace
 {
-
-using JsonValue = nlohmann::ordered_json;
 
 constexpr const char* kElements[] = {"profile", "behavior", "scene", "run"};
 constexpr const char* kActions[] = {"create", "set", "delete", "run"};
@@ -31,9 +28,9 @@ std::string Called(const Step& step)
     return step.element == Step::Element::Behavior ? BehaviorCalled(step.id) : step.id;
 }
 
-JsonValue ChangesOf(const std::vector<Step>& steps)
+Json ChangesOf(const std::vector<Step>& steps)
 {
-    JsonValue changes = JsonValue::array();
+    Json changes = Json::array();
     for (const Step& step : steps)
         changes.push_back({{"element", WordOf(kElements, step.element)},
                            {"id", Called(step)},
@@ -41,11 +38,6 @@ JsonValue ChangesOf(const std::vector<Step>& steps)
                            {"before", Readable(step.before)},
                            {"after", Readable(step.after)}});
     return changes;
-}
-
-std::string Dumped(const JsonValue& json)
-{
-    return json.dump(-1, ' ', false, JsonValue::error_handler_t::replace);
 }
 
 // How the documents of a step differ, a line each.
@@ -70,16 +62,16 @@ std::string Line(const Step& step)
 
 } // namespace
 
-std::string ChangesJson(const std::vector<Step>& steps) { return Dumped(ChangesOf(steps)); }
+std::string ChangesJson(const std::vector<Step>& steps) { return JsonLine(ChangesOf(steps)); }
 
 std::string JsonLine(const HostResult& result)
 {
-    JsonValue line = {{"host", result.host},
+    Json line = {{"host", result.host},
                       {"state", WordOf(kStates, result.state)},
                       {"changes", ChangesOf(result.steps)}};
     if (!result.error.empty())
         line["error"] = result.error;
-    return Dumped(line) + '\n';
+    return JsonLine(line) + '\n';
 }
 
 std::string Lines(const HostResult& result)

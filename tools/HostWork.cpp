@@ -1,10 +1,9 @@
 #include "HostWork.h"
 
 #include "Behaviors.h"
+#include "Documents.h"
 #include "Failure.h"
-#include "Text.h"
-
-#include <cstdio>
+#include "Transfer.h"
 
 namespace client
 {
@@ -18,9 +17,9 @@ std::string Sentence(std::string text)
     return text;
 }
 
-void Warn(const std::string& host, const std::string& text)
+void Warn(const std::string& host, const std::string& text, bool json)
 {
-    std::fprintf(stderr, "%s: %s\n", host.c_str(), Printable(text).c_str());
+    Tell({host, ""}, {{Finding::Level::Warning, 0, "", text}}, json);
 }
 
 void Fail(HostResult& result, const std::exception& why)
@@ -36,7 +35,9 @@ class Host
 {
   public:
     Host(const Target& target, const Goal& goal)
-        : m_goal(goal), m_wanted(goal.wanted), m_service(target.access, Service::Clock::now() + goal.time)
+        : m_goal(goal),
+          m_wanted(InFrame(goal.wanted, target.frame)),
+          m_service(target.access, Service::Clock::now() + goal.time)
     {
     }
 
@@ -70,11 +71,11 @@ class Host
         {
             const Found found = FindProfile(m_service, m_wanted.name);
             for (const Step& step : MakePlan(m_wanted, found, m_goal.options))
-                Warn(host, BehaviorCalled(step.id) + " came back different from what was sent");
+                Warn(host, BehaviorCalled(step.id) + " came back different from what was sent", m_goal.json);
         }
         catch (const Failure& failure)
         {
-            Warn(host, std::string("It couldn't be read once more: ") + failure.what());
+            Warn(host, std::string("It couldn't be read once more: ") + failure.what(), m_goal.json);
         }
     }
 
@@ -95,7 +96,7 @@ class Host
     }
 
     const Goal& m_goal;
-    const ProfileDocuments& m_wanted;
+    const ProfileDocuments m_wanted;
     Service m_service;
     Found m_found;
 };

@@ -16,6 +16,7 @@ struct Goal
     ProfileDocuments wanted;
     PlanOptions options;
     std::chrono::seconds time{30}; // for all that is done on one host
+    bool json = false;             // warnings as JSON
 };
 
 // How far the work on a host has come, for other threads.

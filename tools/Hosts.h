@@ -1,6 +1,8 @@
 #pragma once
 
 #include "Access.h"
+#include "Cameras.h"
+#include "documents/Frame.h"
 
 #include <string>
 #include <vector>
@@ -8,20 +10,20 @@
 namespace client
 {
 
-// A host of a file, and how it lets us in.
+// A host among others.
 struct Target
 {
     Access access;
+    Frame frame; // in which its coordinates count
+    Camera said; // what was said of this host alone
 };
 
-// Of a line of a hosts file; what it doesn't say is that of `access`. Throws Failure (usage).
-Target ParseTarget(const std::string& line, const Access& access);
-// The line that says the same, except what the command line is to say each time.
-std::string LineOf(const Target& target);
+// The hosts in a file, a line each as ParseHost() takes it; empty lines and what follows a # don't count.
+// Throws Failure with the line of what is wrong, also for an address that stands there twice.
+std::vector<Camera> ReadHosts(const std::string& file);
 
-// The hosts in a file, a line each; empty lines and what follows a # don't count. What a line doesn't say is
-// that of `access`. Throws Failure with the line of what is wrong, also for an address that stands there
-// twice.
-std::vector<Target> ReadHosts(const std::string& file, const Access& access);
+// How to get to the cameras; what isn't said of one is as in `otherwise`. Asks for the password of a user
+// once, and reads files of passwords. Throws Failure.
+std::vector<Target> TargetsOf(const std::vector<Camera>& cameras, const Target& otherwise);
 
 } // namespace client

@@ -25,7 +25,6 @@ struct Arguments
     std::string maxFail;
     int seconds = 30;
     bool exitCode = false;
-    bool force = false;
     PlanOptions options;
     RolloutOptions rollout;
 };
@@ -45,20 +44,21 @@ void LoadPlan(Session& session, const Arguments& arguments, Job& job)
     if (!arguments.hosts.empty() || arguments.options.prune || arguments.options.run)
         throw Failure(Exit::Usage, arguments.source + " is a saved plan, which holds its hosts, --prune and "
                                                       "--run. Leave these options out, or name a folder");
-    job.saved = ReadPlan(arguments.source, session.Ready());
+    job.saved = ReadPlan(arguments.source, {session.Ready(), session.Frame(), {}});
     job.goal = job.saved->goal;
     job.targets = job.saved->targets;
 }
 
 void LoadFolder(Session& session, const Arguments& arguments, Job& job)
 {
+    std::vector<Camera> cameras;
     if (!arguments.hosts.empty())
-        job.targets = ReadHosts(arguments.hosts, session.Ready());
+        cameras = ReadHosts(arguments.hosts);
     job.goal.wanted = ReadFolder(arguments.source);
     job.goal.options = arguments.options;
     CheckAll(job.goal.wanted, session.Checks());
-    if (arguments.hosts.empty())
-        job.targets = {{session.Ready()}};
+    const Target otherwise{session.Ready(), session.Frame(), {}};
+    job.targets = arguments.hosts.empty() ? std::vector<Target>{otherwise} : TargetsOf(cameras, otherwise);
 }
 
 SharedJob Load(Session& session, const Arguments& arguments, bool plans)
@@ -70,6 +70,7 @@ SharedJob Load(Session& session, const Arguments& arguments, bool plans)
     else
         LoadFolder(session, arguments, *job);
     job->goal.time = std::chrono::seconds(arguments.seconds);
+    job->goal.json = session.json;
     job->traces = std::vector<Trace>(job->targets.size());
     return job;
 }
@@ -151,7 +152,7 @@ void Plan(Session& session, Arguments arguments)
 // Plans for all hosts, if it can matter, and has somebody agree. Returns false if it was interrupted.
 bool Guarded(Session& session, const Arguments& arguments, const SharedJob& job)
 {
-    if (arguments.force || !Guard::Matters(job->targets.size(), job->goal.options))
+    if (session.force || !Guard::Matters(job->targets.size(), job->goal.options))
         return true;
     Guard guard;
     Progress progress(job->targets.size());
@@ -255,7 +256,8 @@ void AddApply(CLI::App& app, Session& session)
         ->required();
     command
         ->add_option("--canary", arguments->rollout.canary, "Do so many hosts first, and stop if one fails")
-        ->type_name("NUMBER");
+        ->type_name("NUMBER")
+        ->check(CLI::NonNegativeNumber);
     command
         ->add_option("--batch", arguments->batch,
                      "So many hosts, one batch after the other; one that fails is the last")
@@ -263,8 +265,9 @@ void AddApply(CLI::App& app, Session& session)
     command
         ->add_option("--max-fail", arguments->maxFail, "Begin no other host once more than these have failed")
         ->type_name("NUMBER|PERCENT%");
-    command->add_flag("--force", arguments->force,
-                      "Don't ask before much is changed or something is deleted");
+    command->add_flag("--force", session.force,
+                      "Don't ask before much is changed or something is deleted, and send a document although "
+                      "there is an error in it");
 }
 
 } // namespace

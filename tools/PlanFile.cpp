@@ -1,27 +1,22 @@
 #include "PlanFile.h"
 
 #include "Failure.h"
+#include "Json.h"
 
-#include <nlohmann/json.hpp>
 #include <openssl/sha.h>
 
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
+#include <utility>
 
 namespace client
 {
 namespace
 {
 
-using Json = nlohmann::ordered_json;
-
 constexpr int kVersion = 1;
-
-std::string Line(const Json& json)
-{
-    return json.dump(-1, ' ', false, Json::error_handler_t::replace) + '\n';
-}
 
 std::string Digest(const std::string& text)
 {
@@ -37,6 +32,41 @@ std::string Digest(const std::string& text)
                                       "' makes one; a folder that 'export' has written is taken as well");
 }
 
+// The fields of a camera that a plan keeps, by their keys. Files are named so that they are found from
+// anywhere.
+constexpr std::pair<const char*, std::string Camera::*> kTexts[] = {{"url", &Camera::url},
+                                                                    {"user", &Camera::user}};
+constexpr std::pair<const char*, std::string Camera::*> kFiles[] = {{"password-file", &Camera::passwordFile},
+                                                                    {"cacert", &Camera::authorities},
+                                                                    {"cert", &Camera::certificate},
+                                                                    {"key", &Camera::key}};
+
+Json Written(const Target& target)
+{
+    Camera camera = target.said;
+    camera.url = target.access.url;
+    Json json = {{"frame", target.frame.Text()}};
+    for (const auto& [key, field] : kTexts)
+        if (!(camera.*field).empty())
+            json[key] = camera.*field;
+    for (const auto& [key, field] : kFiles)
+        if (!(camera.*field).empty())
+            json[key] = std::filesystem::absolute(camera.*field).string();
+    return json;
+}
+
+Camera ReadCamera(const Json& json, const std::string& file)
+{
+    Camera camera;
+    camera.frame = ParseFrame(json.at("frame").get<std::string>(), file);
+    camera.url = json.at("url");
+    for (const auto& [key, field] : kTexts)
+        camera.*field = json.value(key, "");
+    for (const auto& [key, field] : kFiles)
+        camera.*field = json.value(key, "");
+    return camera;
+}
+
 Json Written(const Goal& goal, const std::vector<Target>& targets)
 {
     Json behaviors = Json::array();
@@ -44,23 +74,25 @@ Json Written(const Goal& goal, const std::vector<Target>& targets)
         behaviors.push_back({{"id", behavior.id}, {"document", behavior.document.text}});
     Json hosts = Json::array();
     for (const Target& target : targets)
-        hosts.push_back(LineOf(target));
+        hosts.push_back(Written(target));
     return {{"plan", kVersion},
             {"prune", goal.options.prune},
             {"run", goal.options.run},
             {"name", goal.wanted.name},
+            {"frame", goal.wanted.frame.Text()},
             {"scene", goal.wanted.scene ? Json(goal.wanted.scene->text) : Json()},
             {"behaviors", behaviors},
             {"hosts", hosts}};
 }
 
-void ReadHeader(const Json& header, const std::string& file, const Access& access, SavedPlan& plan)
+void ReadHeader(const Json& header, const std::string& file, const Target& otherwise, SavedPlan& plan)
 {
     if (header.at("plan") != kVersion)
         RefuseFile(file, "is the plan of another version of this program");
     plan.goal.options = {header.at("prune"), header.at("run")};
     ProfileDocuments& wanted = plan.goal.wanted;
     wanted.name = header.at("name");
+    wanted.frame = ParseFrame(header.at("frame").get<std::string>(), file);
     if (!header.at("scene").is_null())
         wanted.scene = Source{file + ": scene", header.at("scene")};
     for (const Json& behavior : header.at("behaviors"))
@@ -68,15 +100,17 @@ void ReadHeader(const Json& header, const std::string& file, const Access& acces
         const std::string id = behavior.at("id");
         wanted.behaviors.push_back({id, {file + ": " + id, behavior.at("document")}});
     }
-    for (const Json& line : header.at("hosts"))
-        plan.targets.push_back(ParseTarget(line, access));
+    std::vector<Camera> cameras;
+    for (const Json& host : header.at("hosts"))
+        cameras.push_back(ReadCamera(host, file));
+    plan.targets = TargetsOf(cameras, otherwise);
 }
 
 // Returns whether this was the last line.
 bool ReadLine(const Json& line, SavedPlan& plan)
 {
     if (line.contains("host"))
-        plan.digests[line.at("host")] = line.contains("error") ? "" : Digest(line.at("changes").dump());
+        plan.digests[line.at("host")] = line.contains("error") ? "" : Digest(JsonLine(line.at("changes")));
     return line.contains("end");
 }
 
@@ -85,7 +119,7 @@ bool ReadLine(const Json& line, SavedPlan& plan)
 PlanWriter::PlanWriter(const std::string& file, const Goal& goal, const std::vector<Target>& targets)
     : m_file(file), m_stream(file + ".part", std::ios::binary | std::ios::trunc)
 {
-    m_stream << Line(Written(goal, targets)) << std::flush;
+    m_stream << JsonLine(Written(goal, targets)) << '\n' << std::flush;
     if (!m_stream)
         throw Failure(Exit::Document, file + " can't be written: " + std::strerror(errno));
 }
@@ -100,7 +134,7 @@ void PlanWriter::Add(const HostResult& result)
 
 void PlanWriter::Finish()
 {
-    m_stream << Line({{"end", m_hosts}}) << std::flush;
+    m_stream << JsonLine(Json{{"end", m_hosts}}) << '\n' << std::flush;
     m_stream.close();
     if (!m_stream || std::rename((m_file + ".part").c_str(), m_file.c_str()) != 0)
         throw Failure(Exit::Document, m_file + " can't be written: " + std::strerror(errno));
@@ -116,7 +150,7 @@ bool SavedPlan::Permits(HostResult& plan) const
     return plan.error.empty();
 }
 
-SavedPlan ReadPlan(const std::string& file, const Access& access)
+SavedPlan ReadPlan(const std::string& file, const Target& otherwise)
 {
     std::ifstream stream(file, std::ios::binary);
     if (!stream)
@@ -126,7 +160,7 @@ SavedPlan ReadPlan(const std::string& file, const Access& access)
     try
     {
         std::string line;
-        for (std::getline(stream, line), ReadHeader(Json::parse(line), file, access, plan);
+        for (std::getline(stream, line), ReadHeader(Json::parse(line), file, otherwise, plan);
              !whole && std::getline(stream, line);)
             whole = ReadLine(Json::parse(line), plan);
     }

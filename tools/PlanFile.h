@@ -43,8 +43,8 @@ struct SavedPlan
     bool Permits(HostResult& plan) const;
 };
 
-// What a line of hosts doesn't say is that of `access`. Throws Failure (document) for a file that is no plan
-// or not a whole one.
-SavedPlan ReadPlan(const std::string& file, const Access& access);
+// What the plan doesn't say of a host is as in `otherwise`. Throws Failure (document) for a file that is no
+// plan or not a whole one.
+SavedPlan ReadPlan(const std::string& file, const Target& otherwise);
 
 } // namespace client

@@ -46,6 +46,19 @@ Source ReadInside(const std::string& folder, const std::string& file)
     return ReadSource(folder + "/" + file);
 }
 
+// What stands in a file is wrong in another way than the command line.
+Frame FrameOf(const std::string& text, const std::string& file)
+{
+    try
+    {
+        return ParseFrame(text, file);
+    }
+    catch (const Failure& failure)
+    {
+        throw Failure(Exit::Document, failure.what());
+    }
+}
+
 void MakeFolder(const std::string& folder, bool force)
 {
     std::error_code error;
@@ -66,6 +79,7 @@ void WriteFolder(const std::string& folder, const ProfileDocuments& profile, boo
     pugi::xml_node root = list.First("profile");
     Set(root, "name", profile.name);
     Set(root, "active", profile.active ? "1" : "0");
+    Set(root, "frame", profile.frame.Text());
     if (!profile.preset.empty())
         Set(root, "preset", profile.preset);
     std::set<std::string> taken = {kList, kScene};
@@ -101,6 +115,8 @@ ProfileDocuments ReadFolder(const std::string& folder)
     profile.name = root.attribute("name").value();
     profile.preset = root.attribute("preset").value();
     profile.active = root.attribute("active").value() == std::string("1");
+    if (const pugi::xml_attribute frame = root.attribute("frame"))
+        profile.frame = FrameOf(frame.value(), source.name);
     if (const pugi::xml_node scene = root.child("scene"))
         profile.scene = ReadInside(folder, scene.attribute("file").value());
     for (const pugi::xml_node& behavior : Children(root, "behavior"))

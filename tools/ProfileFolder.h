@@ -21,6 +21,7 @@ struct ProfileDocuments
     std::string name;
     std::string preset;
     bool active = false;
+    Frame frame; // in which coordinates count
     std::optional<Source> scene;
     std::vector<Behavior> behaviors;
 };

@@ -66,12 +66,26 @@ ProfileDocuments Fetch(Service& service, const Profile& profile)
     return documents;
 }
 
-void CheckAll(ProfileDocuments& profile, const Checking& checking)
+void CheckAll(ProfileDocuments& profile, Checking checking)
 {
+    checking.frame = profile.frame;
     if (profile.scene)
         profile.scene->text = Checked(*profile.scene, &SceneModel(), checking);
     for (ProfileDocuments::Behavior& behavior : profile.behaviors)
         behavior.document.text = Checked(behavior.document, FindModel(behavior.id), checking);
+}
+
+ProfileDocuments InFrame(const ProfileDocuments& profile, const Frame& frame)
+{
+    ProfileDocuments scaled = profile;
+    scaled.frame = frame;
+    if (profile.frame == frame)
+        return scaled;
+    if (scaled.scene)
+        scaled.scene->text = Scaled(scaled.scene->text, profile.frame, frame);
+    for (ProfileDocuments::Behavior& behavior : scaled.behaviors)
+        behavior.document.text = Scaled(behavior.document.text, profile.frame, frame);
+    return scaled;
 }
 
 Stored Store(Service& service, const ProfileDocuments& profile, const StoreOptions& options)

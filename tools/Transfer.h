@@ -13,8 +13,11 @@ namespace client
 ProfileDocuments Fetch(Service& service, const Profile& profile);
 
 // Checks all documents, with warnings on standard error, before a service sees any of them. Throws Failure.
-// Documents in JSON are XML afterwards.
-void CheckAll(ProfileDocuments& profile, const Checking& checking);
+// Points are held against the documents' own frame, and documents in JSON are XML afterwards.
+void CheckAll(ProfileDocuments& profile, Checking checking);
+
+// The documents with their coordinates in another frame.
+ProfileDocuments InFrame(const ProfileDocuments& profile, const Frame& frame);
 
 struct StoreOptions
 {

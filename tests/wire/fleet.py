@@ -83,7 +83,7 @@ class FleetTest(ClientTest):
     def without(self, name, folder=None):
         """Takes a behavior out of the folder."""
         folder = folder or self.folder
-        self.edit("profile.xml", rf'<behavior [^>]*file="{name}\.xml"/>', "", folder)
+        self.edit("profile.xml", rf'<behavior [^>]*file="{name}\.xml" ?/>', "", folder)
         (folder / f"{name}.xml").unlink()
 
     def documents(self, host):

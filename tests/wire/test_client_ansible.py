@@ -120,8 +120,10 @@ class States(AnsibleTest):
           - camera is not changed
           - camera.profiles | map(attribute='name') == ['Car park', 'Bare']
           - camera.profiles[0].active == false
-          - camera.profiles[0].scene
+          - camera.profiles[0].scene.sceneType == 2
           - camera.profiles[0].behaviors | list == ['camera-sabotage', 'loitering']
+          - camera.profiles[0].behaviors.loitering.rois[0].dwellTime == 5
+          - camera.profiles[0].behaviors['camera-sabotage'].active == 1
           - camera.profiles[1].scene is none
           - camera.profiles[1].behaviors == {}
     - varlo.analytics.profile:

@@ -169,7 +169,7 @@ class Guarded(ManyTest):
 class Thousand(ManyTest):
     """Stand-ins for most, some of them slow, beside real services and dead addresses."""
 
-    COUNT = 1000 if FULL else 250
+    COUNT = 1000 if FULL else 60 if SANITIZED else 250
     SLOW = range(3, COUNT, COUNT // 5)
 
     def setUp(self):

@@ -2,6 +2,7 @@
 
 import os
 import pty
+import re
 import shutil
 import subprocess
 
@@ -208,6 +209,71 @@ class SavedPlans(FleetTest):
         done = self.saved(code=1)
         self.assertEqual((done[self.host.url]["state"], done[self.other.url]["state"]), ("changed", "skipped"))
         self.assertIn("holds nothing for it", done[self.other.url]["error"])
+
+
+class Frames(FleetTest):
+    """A folder whose coordinates count in one frame, onto hosts with others."""
+
+    behaviors = ("loitering", "abandoned-object")
+
+    def points(self, host, *words):
+        """The first zone's x and y."""
+        text = run("behavior", "get", "Car park", "loitering", url=host.url).out
+        return [tuple(int(number) for number in point)
+                for point in re.findall(r"<x>(-?\d+)</x>\s*<y>(-?\d+)</y>", text)]
+
+    def test_a_host_with_another_frame_gets_other_numbers_and_has_no_difference_then(self):
+        large, odd = self.another(), self.another()
+        hosts = self.hosts_file([f"{large.url} frame=640x480", f"{odd.url}   frame=100x1000"])
+        self.assertEqual({line["state"] for line in self.apply("--hosts", hosts)}, {"changed"})
+        ours = self.points(self.host)
+        self.assertEqual(self.points(large), [(2 * x, 2 * y) for x, y in ours])
+        self.assertEqual(self.points(odd), [((x * 200 + 320) // 640, (y * 2000 + 240) // 480) for x, y in ours])
+        self.assertEqual({line["state"] for line in self.plan("--hosts", hosts, "--prune")}, {"same"})
+        self.assertEqual(self.plan(url=large.url)[0]["state"], "differs")
+        self.assertEqual(self.plan("--frame", "640x480", url=large.url)[0]["state"], "same")
+
+    def test_an_export_keeps_its_frame(self):
+        other, third = self.another(), self.another()
+        self.client("export", "1", self.folder, "--force", "--frame", "640x480")
+        self.assertIn('frame="640x480"', (self.folder / "profile.xml").read_text(encoding="utf-8"))
+        self.assertEqual(self.plan("--frame", "640x480")[0]["state"], "same")
+        self.apply(url=other.url)
+        self.assertEqual(run("import", self.folder, url=third.url).code, 0)
+        for host in (other, third):
+            self.assertEqual(self.points(host), [((x + 1) // 2, (y + 1) // 2) for x, y in self.points(self.host)])
+
+    def test_a_saved_plan_holds_the_frames(self):
+        large = self.another()
+        file = self.work / "plan"
+        self.plan("--hosts", self.hosts_file([f"{large.url} frame=640x480"]), "--out", file)
+        self.assertEqual(self.apply(folder=file)[0]["state"], "changed")
+        self.assertEqual(self.points(large), [(2 * x, 2 * y) for x, y in self.points(self.host)])
+
+    def test_a_camera_by_its_name(self):
+        large = self.another()
+        config = self.work / "config"
+        (config / "varlo-analytics").mkdir(parents=True)
+        (config / "varlo-analytics" / "cameras.ini").write_text(f"[gate]\nurl = {large.url}\nframe = 640x480\n")
+        ran = run("apply", self.folder, "--hosts", self.hosts_file(["gate"]), "--json",
+                  environment={"XDG_CONFIG_HOME": str(config)})
+        self.assertEqual((ran.code, ran.json["host"]), (0, large.url), ran.err)
+        self.assertEqual(self.points(large), [(2 * x, 2 * y) for x, y in self.points(self.host)])
+
+    def test_lines_that_are_wrong(self):
+        for line, text in (("h frame=640", ":3: frame: '640' is no frame"), ("h colour=red", ":3: 'colour' isn't known"),
+                           ("h loud", ":3: 'loud' is no key=value"), ("h user=", ":3: user has no value")):
+            for command in ("plan", "apply"):
+                ran = run(command, self.folder, "--hosts", self.hosts_file([line]))
+                self.assertEqual((ran.code, ran.out), (2, ""))
+                self.assertIn(text, ran.err)
+
+    def test_a_point_outside_is_warned_of(self):
+        self.edit("loitering.xml", "<x>40</x>", "<x>400</x>")
+        self.assertEqual(self.plan()[0]["state"], "differs")
+        self.assertRegex(self.ran.err, "loitering.xml.*400")
+        self.assertEqual(self.plan("--strict", code=4), [])
+        self.assertEqual(self.apply("--strict", code=4), [])
 
 
 class Refused(FleetTest):

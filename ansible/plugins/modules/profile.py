@@ -159,12 +159,14 @@ class Client(object):
 
 
 def sentences(errors):
-    """What the client has said on standard error, without the form of it."""
+    """What the client has said on standard error, with the place in front that it is about."""
     told = []
     for line in errors.splitlines():
         try:
-            told.append(json.loads(line)["text"])
-        except (ValueError, KeyError, TypeError):
+            said = json.loads(line)
+            place = [str(said[key]) for key in ("file", "line") if said.get(key)]
+            told.append(": ".join(part for part in (":".join(place), said["text"]) if part))
+        except (ValueError, KeyError, TypeError, AttributeError):
             prefix = "varlo-analytics: "
             told.append(line[len(prefix):] if line.startswith(prefix) else line)
     return told
