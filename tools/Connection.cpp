@@ -14,6 +14,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
@@ -89,6 +90,7 @@ Connection::Connection(const Access& access, std::optional<Clock::time_point> de
 Connection::~Connection()
 {
     Clear();
+    SSL_SESSION_free(std::exchange(m_soap.session, nullptr));
     soap_done(&m_soap);
 }
 
@@ -112,12 +114,26 @@ void Connection::UseTls()
     if (authorities == nullptr)
         TrustSystem(m_soap.ctx);
     RememberTrouble(m_soap.ctx);
+    SSL_CTX_clear_options(m_soap.ctx, SSL_OP_NO_TICKET);
+    SSL_CTX_set_session_cache_mode(m_soap.ctx, SSL_SESS_CACHE_CLIENT | SSL_SESS_CACHE_NO_INTERNAL);
+    SSL_CTX_set_app_data(m_soap.ctx, this);
+    SSL_CTX_sess_set_new_cb(m_soap.ctx, Keep);
     m_soap.fsslverify = RememberCertificate;
     TakeCertificate(m_soap.ctx, m_access);
     X509_VERIFY_PARAM* const expected = SSL_CTX_get0_param(m_soap.ctx);
     const std::string host = HostOf(m_access.url);
     if (X509_VERIFY_PARAM_set1_ip_asc(expected, host.c_str()) != 1)
         X509_VERIFY_PARAM_set1_host(expected, host.c_str(), host.size());
+}
+
+int Connection::Keep(SSL* connection, SSL_SESSION* session)
+{
+    soap& context = static_cast<Connection*>(SSL_CTX_get_app_data(SSL_get_SSL_CTX(connection)))->m_soap;
+    // The runtime offers what it holds to the same host and port, and gives it up.
+    SSL_SESSION_free(std::exchange(context.session, session));
+    std::snprintf(context.session_host, sizeof context.session_host, "%s", context.host);
+    context.session_port = context.port;
+    return 1;
 }
 
 int Connection::Left() const

@@ -38,6 +38,8 @@ class Connection
     // Hooks of the context: its own timeouts begin anew with each piece, ours don't.
     static std::size_t Receive(soap* context, char* buffer, std::size_t size);
     static int Send(soap* context, const char* data, std::size_t size);
+    // Keeps a session of the last connection for the next one.
+    static int Keep(SSL* connection, SSL_SESSION* session);
     // What is left of the call's time, as the context takes it; 0 if nothing.
     int Left() const;
     // Frees what the last call has left.

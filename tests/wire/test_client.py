@@ -1,11 +1,13 @@
 """The command-line client: every command against the running service, for people and for programs."""
 
 import json
+import os
+import subprocess
 from pathlib import Path
 
 from lxml import etree
 
-from command import ClientTest, main
+from command import CLIENT, ClientTest, main
 
 LOITERING = "urn:varlo-com:AlgorithmId:LoiteringDetection:1"
 
@@ -264,6 +266,13 @@ class Pictures(ClientTest):
             self.client("behavior", "set", name, name, text=self.client("behavior", "example", name).out)
             root = etree.fromstring(self.client("show", name).out.encode())
             zones = self.client("zone", "list", name, name, "--json").json
+            # The same picture stands in the documents, if there is one.
+            picture = Path(os.environ["SOURCE"]) / "docs/pictures" / f"{name}.svg"
+            if os.environ.get("DRAW_PICTURES"):
+                picture.write_text(self.client("show", name).out, encoding="utf-8")
+            if picture.exists():
+                self.assertEqual(picture.read_text(encoding="utf-8"), self.client("show", name).out,
+                                 "DRAW_PICTURES=1 draws it anew")
             drawn = [shape.get("points") for shape in root.iter(svg + "polygon", svg + "polyline")]
             self.assertEqual(drawn, [" ".join(f"{x},{y}" for x, y in zone["points"]) for zone in zones])
         path = self.host.folder / "picture.svg"
@@ -293,6 +302,23 @@ class Scenes(ClientTest):
         self.assertEqual(self.client("scene", "get", "1", "--json").out, shown)
         self.client("scene", "rename", "1", "", code=2)
         self.assertIn("does not exist", self.client("scene", "get", "7", code=1).err)
+
+
+class Readme(ClientTest):
+    def test_the_way_to_a_zone_of_ones_own(self):
+        text = (Path(os.environ["SOURCE"]) / "README.md").read_text(encoding="utf-8")
+        lines = text.partition("## A zone of your own")[2].partition("## ")[0].splitlines()
+        commands = [line[6:] for line in lines if line.startswith("    $ ")]
+        self.assertGreater(len(commands), 5)
+        environment = {**os.environ, "VARLO_ANALYTICS_URL": self.host.url,
+                       "PATH": f"{Path(CLIENT).parent}:{os.environ['PATH']}"}
+        for command in commands:
+            ran = subprocess.run(["bash", "-c", command], cwd=self.host.folder, env=environment, capture_output=True,
+                                 text=True, timeout=120)
+            self.assertEqual((ran.returncode, ran.stderr), (0, ""), command)
+        zone = self.client("behavior", "get", "Yard", "loitering", "--json").json["document"]["rois"][0]
+        self.assertEqual((zone["name"], zone["enable"], zone["dwellTime"]), ("Gate", 1, 30))
+        self.assertEqual(self.client("profile", "list", "--json").json[0]["active"], True)
 
 
 if __name__ == "__main__":

@@ -100,6 +100,24 @@ class Certificates(unittest.TestCase):
                         url=self.end("server", version, "authority.pem"))
             self.assertEqual((known.code, known.err, known.out), (0, "", "[]\n"))
 
+    def test_one_run_shakes_hands_once(self):
+        context = ssl.SSLContext(ssl.PROTOCOL_TLS_SERVER)
+        context.load_cert_chain(self.folder / "server.pem", self.folder / "server.key")
+        reused = []
+
+        def serve(connection):
+            with context.wrap_socket(connection, server_side=True) as outside:
+                reused.append(outside.session_reused)
+                answer("200 OK", EMPTY.replace("GetProfileList", "DeleteProfile"))(outside)
+        for version in (ssl.TLSVersion.TLSv1_2, ssl.TLSVersion.TLSv1_3):
+            context.maximum_version = version
+            reused.clear()
+            with Listener(serve) as listener:
+                ran = run("profile", "delete", "1", "2", "3", "--cacert", self.folder / "authority.pem",
+                          url=f"https://127.0.0.1:{listener.port}/")
+            self.assertEqual((ran.code, ran.err), (0, ""))
+            self.assertEqual(reused, [False, True, True], version)
+
     def test_in_json_it_is_one_object(self):
         ran = run("profile", "list", "--json", "--cacert", self.folder / "authority.pem", url=self.end("expired", ssl.TLSVersion.TLSv1_3))
         self.assertEqual(ran.code, 3)

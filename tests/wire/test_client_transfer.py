@@ -5,7 +5,7 @@ from lxml import etree
 from command import ClientTest, main
 
 SCENE = """<analyticProfile version="2.0" name="Car park"><sceneType>2</sceneType><sensitivity>8</sensitivity>
-<excludeZones><excludeZone><vertices><vertex><x>1</x><y>2</y></vertex></vertices></excludeZone></excludeZones>
+<excludeZones><excludeZone><vertices><vertex><x>1</x><y>2</y></vertex><vertex><x>9</x><y>2</y></vertex><vertex><x>9</x><y>7</y></vertex></vertices></excludeZone></excludeZones>
 </analyticProfile>"""
 BEHAVIORS = ("loitering", "abandoned-object", "directional-motion", "camera-sabotage")
 

@@ -2,7 +2,7 @@
 
 #include "Text.h"
 #include "XmlDocument.h"
-#include "documents/DocumentJson.h"
+#include "documents/Compare.h"
 #include "documents/Meanings.h"
 
 #include <cmath>
@@ -204,7 +204,7 @@ std::string Drawing(const std::string& title, const Frame& frame,
 {
     Picture picture(title, frame);
     for (const auto& [model, document] : documents)
-        if (!Trimmed(document).empty())
+        if (!Trimmed(document).empty() && (model->IsScene() || !IsIdle(*model, document)))
             if (const Json json = ToJson(*model, document); json.is_object())
                 picture.Add(*model, json);
     return picture.Text();
