@@ -233,6 +233,15 @@ class Operators(AccessTest):
         checked = subprocess.run(["promtool", "check", "metrics"], input=text, capture_output=True, text=True)
         self.assertEqual((checked.returncode, checked.stdout + checked.stderr), (0, ""))
 
+    def test_the_alert_rules_are_in_order(self):
+        rules = service.SOURCE / "docs/alert-rules.yml"
+        checked = subprocess.run(["promtool", "check", "rules", rules], capture_output=True, text=True)
+        self.assertEqual(checked.returncode, 0, checked.stdout + checked.stderr)
+        self.start()
+        shown = {re.sub("{.*", "", name) for name in self.metrics()[1]}
+        asked = set(re.findall(r"varlo_\w+", rules.read_text()))
+        self.assertLessEqual(asked, shown)
+
     def test_counters_after_a_known_tour(self):
         self.start(TLS, USERS)
         good = {"Authorization": "Basic YW5uOnNlY3JldA=="}  # ann:secret
