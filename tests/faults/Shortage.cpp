@@ -1,5 +1,7 @@
 #include "Shortage.h"
 
+#include <pugixml.hpp>
+
 #include <cstddef>
 #include <cstdlib>
 #include <new>
@@ -27,6 +29,9 @@ namespace shortage
 
 void Begin(int nth, bool lasting)
 {
+    // Documents ask where they can be refused.
+    pugi::set_memory_management_functions([](std::size_t size) { return std::realloc(nullptr, size); },
+                                          std::free);
     gLeft = nth;
     gLasting = lasting;
     gFailed = false;

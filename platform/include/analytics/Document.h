@@ -11,16 +11,20 @@ namespace analytics
 
 namespace xml
 {
-class Tree;
+struct Tree;
 }
 
 // A parsed XML document with path queries. One object is used by one thread at a time; different
 // objects share nothing.
 //
-// A query is an XPath 1.0 location path, evaluated from `context` or, where that is null, from the
-// document root. A prefix in it stands for the namespace that the document first binds to it. What is
-// not found, a malformed query and an unbound prefix all give null, empty or the default; nothing
-// throws. The caller owns every handle.
+// A query is a location path with the meaning of XPath 1.0, evaluated from `context` or, where that is
+// null, from the document root: element names, from the context ("a/p:b", "./a"), from the root ("/a") or
+// from anywhere below either ("//a/b", ".//a"), each with one condition at most on attributes or child
+// elements ([@id="x" or name='y']), and an attribute at the end, if any ("a/@id"). "*" is any name. A
+// prefix in it stands for the namespace that the document first binds to it. What is not found, a query of
+// another form and an unbound prefix all give null, empty or the default. The caller owns every handle.
+//
+// Without memory each operation throws std::bad_alloc; after that the document may only be destroyed.
 class Document
 {
   public:
@@ -29,13 +33,13 @@ class Document
     Document(const Document&) = delete;
     Document& operator=(const Document&) = delete;
 
-    // Replaces the content. False leaves the document empty: the text is not well-formed XML in UTF-8
-    // (whatever encoding it declares), is nested deeper than 256 elements, has an element with more than
-    // 256 attributes, is longer than 64 MiB, or has a document type declaration with more than a name.
-    // So no entity is ever expanded and nothing is ever loaded. CDATA becomes text.
+    // Replaces the content. False leaves the document empty: the text is not well-formed XML with
+    // namespaces in UTF-8 (whatever encoding it declares), is nested deeper than 256 elements, has an
+    // element with more than 256 attributes, is longer than 64 MiB, or has a document type declaration with
+    // more than a name. So no entity is ever expanded and nothing is ever loaded. CDATA becomes text.
     bool ParseString(const std::string& xml);
     // The document in UTF-8 behind an XML declaration; ParseString() reads it back. The same tree gives
-    // the same text. Empty if there is no document, or one that grew too large (AddNewChild()).
+    // the same text. Empty if there is no document.
     std::string DumpToString();
 
     DocumentNode* SelectNode(const std::string& query, DocumentNode* context); // the first match

@@ -32,20 +32,21 @@ class DocumentNode
     void SetProperty(const std::string& name, const std::string& value);
 
     // Appends an element in the namespace of this one; an empty value adds no text. The caller owns the
-    // handle. Null if this is no element, `name` is no unprefixed name, or the document is full:
-    // one that is made of a client's can't be dumped then.
+    // handle. Null if this is no element, `name` is no unprefixed name, or the document of a client has
+    // become too large, which the store says in words for the client.
     DocumentNode* AddNewChild(const std::string& name, const std::string& value);
     DocumentNode* AddNewChild(const std::string& name, int value);
 
-    // Moves a node from wherever it is, also from another document, behind the children of this one; its
-    // namespaces come along. Ignored if it would become its own ancestor. `child` stays the caller's.
+    // Moves an element from wherever it is, also from another document, behind the children of this one;
+    // its namespaces come along. Ignored if it would become its own ancestor. `child` stays the caller's;
+    // other handles to what came from another document have ended.
     void AddChild(DocumentNode* child);
-    // Takes the node with all below it out of its tree. `destroy` ends it and empties the handle;
+    // Takes the element with all below it out of its tree. `destroy` ends it and empties the handle;
     // otherwise it can be put back with AddChild(), and ends with its document if it never is.
     void Unlink(bool destroy);
     // Empties this handle.
     void DeleteHandle();
-    // Declares the namespaces that the nodes from here down use, where no declaration reaches them.
+    // Changes nothing: every node has the declarations that it needs.
     void ReconciliateNs();
     // The node as a document of its own, without an XML declaration; of an attribute, its value.
     std::string DumpToString();

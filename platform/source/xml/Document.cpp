@@ -1,37 +1,44 @@
 #include <analytics/Document.h>
 
 #include "types/DocumentLimit.h"
-#include "xml/Query.h"
+#include "xml/Nodes.h"
+#include "xml/Path.h"
+#include "xml/Reader.h"
 #include "xml/Text.h"
-#include "xml/Tree.h"
-#include "xml/Writer.h"
 
 namespace analytics
 {
 namespace
 {
-std::vector<xmlNode*> All(xml::Tree* tree, const std::string& query, const DocumentNode* context)
+constexpr char kXmlDeclaration[] = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
+
+std::vector<xml::Match> All(xml::Tree* tree, const std::string& query, const DocumentNode* context)
 {
-    std::vector<xmlNode*> matches;
+    std::vector<xml::Match> matches;
     xml::ForEach(tree, query, context,
-                 [&matches](xmlNode* node)
+                 [&matches](const xml::Match& match)
                  {
-                     matches.push_back(node);
+                     matches.push_back(match);
                      return true;
                  });
     return matches;
 }
 
-xmlNode* First(xml::Tree* tree, const std::string& query, const DocumentNode* context)
+xml::Match First(xml::Tree* tree, const std::string& query, const DocumentNode* context)
 {
-    xmlNode* first = nullptr;
+    xml::Match first;
     xml::ForEach(tree, query, context,
-                 [&first](xmlNode* node)
+                 [&first](const xml::Match& match)
                  {
-                     first = node;
+                     first = match;
                      return false;
                  });
     return first;
+}
+
+std::string Value(const xml::Match& match)
+{
+    return match.attribute ? match.attribute.value() : xml::Content(match.element);
 }
 } // namespace
 
@@ -41,26 +48,28 @@ Document::~Document() = default;
 bool Document::ParseString(const std::string& xml)
 {
     m_tree.reset();
+    auto tree = std::make_unique<xml::Tree>();
     xml::SyntaxError error;
-    const std::size_t elements = xml::MostElements(xml);
-    if (!platform::AdmitElements(elements))
-        return false;
-    if (xml::DocPointer doc = xml::Parse(xml, error))
-        m_tree = std::make_unique<xml::Tree>(std::move(doc), elements);
+    const auto survey = xml::Check(xml, error);
+    if (survey && platform::AdmitElements(survey->elements) && xml::Build(xml, *survey, tree->document))
+        m_tree = std::move(tree);
     return m_tree != nullptr;
 }
 
 std::string Document::DumpToString()
 {
-    if (m_tree == nullptr || m_tree->Overgrown())
+    if (m_tree == nullptr)
         return {};
-    return xml::Write(*m_tree->Doc());
+    std::string text = kXmlDeclaration;
+    for (const pugi::xml_node node : m_tree->document.children())
+        if (node.type() != pugi::node_element || xml::IsElement(node))
+            (text += xml::Print(node)) += '\n';
+    return text;
 }
 
 DocumentNode* Document::SelectNode(const std::string& query, DocumentNode* context)
 {
-    xmlNode* node = First(Content(), query, context);
-    return node == nullptr ? nullptr : new DocumentNode(node);
+    return xml::HandleOf(First(Content(), query, context));
 }
 
 std::vector<DocumentNode*> Document::SelectNodes(const std::string& query, DocumentNode* context)
@@ -70,8 +79,7 @@ std::vector<DocumentNode*> Document::SelectNodes(const std::string& query, Docum
 
 std::string Document::GetSingleValue(const std::string& query, DocumentNode* context)
 {
-    const xmlNode* node = First(Content(), query, context);
-    return node == nullptr ? std::string() : xml::Content(node);
+    return Value(First(Content(), query, context));
 }
 
 int Document::GetSingleValue(const std::string& query, int defaultValue, DocumentNode* context)
@@ -81,10 +89,13 @@ int Document::GetSingleValue(const std::string& query, int defaultValue, Documen
 
 void Document::DeleteNodes(const std::string& query, DocumentNode* context)
 {
-    const std::vector<xmlNode*> matches = All(Content(), query, context);
+    std::vector<xml::Match> matches = All(Content(), query, context);
     // Backwards, so that a match inside another one goes first.
     for (auto match = matches.rbegin(); match != matches.rend(); ++match)
-        DocumentNode(*match).Unlink(true);
+        if (match->attribute)
+            match->element.remove_attribute(match->attribute);
+        else
+            match->element.parent().remove_child(match->element);
 }
 
 xml::Tree* Document::Content() const { return m_tree.get(); }

@@ -1,58 +1,84 @@
 #include <analytics/DocumentNode.h>
 
-#include "xml/Memory.h"
+#include "types/DocumentLimit.h"
+#include "xml/Nodes.h"
+#include "xml/Reader.h"
 #include "xml/Text.h"
-#include "xml/Tree.h"
-#include "xml/Writer.h"
 
 #include <algorithm>
-#include <memory>
 
 namespace analytics
 {
-using xml::Chars;
+using xml::AttributeOf;
 using xml::IsElement;
 using xml::NodeOf;
-using xml::Tree;
+using xml::Require;
 
 namespace
 {
-bool IsAttribute(const xmlNode* node) { return node != nullptr && node->type == XML_ATTRIBUTE_NODE; }
+bool IsPlainCharacter(char c)
+{
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_';
+}
 
-bool IsLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
-
+// Whether the document can be read again with an element or attribute of that name. A prefix isn't allowed.
 bool IsName(const std::string& name)
 {
-    return (!name.empty() && std::all_of(name.begin(), name.end(), IsLetter)) ||
-           xmlValidateNCName(Chars(name), 0) == 0;
+    if (name.empty() || name == "xmlns" || name.find_first_of(" \t\r\n<>/='\"&:?!") != std::string::npos)
+        return false;
+    const bool plain = std::ranges::all_of(name, IsPlainCharacter) && (name[0] < '0' || name[0] > '9');
+    xml::SyntaxError error;
+    return plain || xml::Check("<" + name + "/>", error);
 }
 
-void SetAttribute(xmlNode* element, const std::string& name, const std::string& value)
+void AddText(pugi::xml_node element, const std::string& text)
 {
-    if (xml::FindAttribute(element, name) != nullptr)
-        xmlSetNsProp(element, nullptr, Chars(name), Chars(value));
-    else if (xmlAttr* attribute = xmlNewNsProp(element, nullptr, Chars(name), nullptr))
-        xml::AddText(reinterpret_cast<xmlNode*>(attribute), value);
+    if (!text.empty())
+        Require(Require(element.append_child(pugi::node_pcdata)).set_value(text.c_str()));
 }
 
-std::string Dump(xmlNode* node)
+DocumentNode* AddElement(pugi::xml_node parent, const std::string& name, const std::string& text)
 {
-    // A copy of its own gets the declarations that reach the node from above.
-    const auto arena = std::make_shared<xml::Arena>(0);
-    const xml::Arena::Use use(*arena);
-    const xml::DocPointer doc(xmlNewDoc(Chars("1.0")), {arena});
-    xml::RequireMemory();
-    xmlNode* copy = xmlDocCopyNode(node, doc.get(), 1);
-    xmlDocSetRootElement(doc.get(), copy);
-    xml::RequireMemory();
-    return xml::Write(*copy);
+    if (!IsElement(parent) || !IsName(name) || !platform::AdmitAnother())
+        return nullptr;
+    const std::string_view prefix = xml::QName(parent.name()).prefix;
+    const pugi::xml_node child =
+        xml::AppendElement(parent, std::string(prefix) + (prefix.empty() ? "" : ":") + name);
+    AddText(child, text);
+    return xml::HandleOf({child, {}});
 }
 
-bool Contains(const xmlNode* outer, const xmlNode* node)
+bool Contains(pugi::xml_node outer, pugi::xml_node node)
 {
-    while (node != nullptr && node != outer)
-        node = node->parent;
-    return node != nullptr;
+    while (node && node != outer)
+        node = node.parent();
+    return !node.empty();
+}
+
+// What is unlinked stays in the memory of its document, below an element without a name at the end.
+pugi::xml_node PlaceOfUnlinked(pugi::xml_node node)
+{
+    pugi::xml_node document = node.root();
+    const pugi::xml_node last = document.last_child();
+    return last.type() == pugi::node_element && !IsElement(last)
+               ? last
+               : Require(document.append_child(pugi::node_element));
+}
+
+// Behind the children of `place`, with the declarations that it needs there. Gives the place of the node.
+pugi::xml_node Move(pugi::xml_node node, pugi::xml_node place)
+{
+    if (node.root() == place.root())
+    {
+        xml::Declare(node, xml::Missing(node, place));
+        return Require(place.append_move(node));
+    }
+    const std::string text = xml::Print(node, xml::Missing(node, place));
+    constexpr unsigned kAsPrinted =
+        pugi::parse_escapes | pugi::parse_ws_pcdata | pugi::parse_comments | pugi::parse_pi;
+    Require(place.append_buffer(text.data(), text.size(), kAsPrinted, pugi::encoding_utf8));
+    node.parent().remove_child(node);
+    return place.last_child();
 }
 } // namespace
 
@@ -68,37 +94,32 @@ int DocumentNode::GetValue(int defaultValue) { return xml::ToInt(GetValue(), def
 
 std::string DocumentNode::GetValue()
 {
-    return m_handle == nullptr ? std::string() : xml::Content(NodeOf(this));
+    const pugi::xml_attribute attribute = AttributeOf(*this);
+    return attribute ? attribute.value() : xml::Content(NodeOf(this));
 }
 
 void DocumentNode::SetValue(int value) { SetValue(std::to_string(value)); }
 
 void DocumentNode::SetValue(const std::string& value)
 {
-    xmlNode* node = NodeOf(this);
-    if (node == nullptr)
-        return;
-    const xml::Arena::Use use(Tree::Of(node).Memory());
     const std::string text = xml::ToXmlText(value);
-    if (IsAttribute(node) && node->parent != nullptr)
-        xmlSetNsProp(node->parent, node->ns, node->name, Chars(text));
+    if (pugi::xml_attribute attribute = AttributeOf(*this))
+        Require(attribute.set_value(text.c_str()));
+    pugi::xml_node node = NodeOf(this);
     if (!IsElement(node))
-        return xml::RequireMemory();
-    // Content that is set is read as markup, content that is added as text.
-    xmlNodeSetContent(node, nullptr);
-    if (!text.empty())
-        xmlNodeAddContent(node, Chars(text));
-    xml::RequireMemory();
+        return;
+    node.remove_children();
+    AddText(node, text);
 }
 
 int DocumentNode::GetProperty(const std::string& name, int defaultValue)
 {
-    return xml::ToInt(GetProperty(name), defaultValue);
+    return xml::ToInt(xml::PlainAttribute(NodeOf(this), name).value(), defaultValue);
 }
 
 std::string DocumentNode::GetProperty(const std::string& name)
 {
-    return xml::Attribute(NodeOf(this), name.c_str());
+    return xml::PlainAttribute(NodeOf(this), name).value();
 }
 
 void DocumentNode::SetProperty(const std::string& name, int value)
@@ -108,76 +129,49 @@ void DocumentNode::SetProperty(const std::string& name, int value)
 
 void DocumentNode::SetProperty(const std::string& name, const std::string& value)
 {
-    xmlNode* node = NodeOf(this);
-    if (!IsElement(node) || !IsName(name))
-        return;
-    const xml::Arena::Use use(Tree::Of(node).Memory());
-    SetAttribute(node, name, xml::ToXmlText(value));
-    xml::RequireMemory();
+    if (IsElement(NodeOf(this)) && IsName(name))
+        xml::SetAttribute(NodeOf(this), name.c_str(), xml::ToXmlText(value));
 }
 
 DocumentNode* DocumentNode::AddNewChild(const std::string& name, int value)
 {
-    return AddNewChild(name, std::to_string(value));
+    return AddElement(NodeOf(this), name, std::to_string(value));
 }
 
 DocumentNode* DocumentNode::AddNewChild(const std::string& name, const std::string& value)
 {
-    xmlNode* node = NodeOf(this);
-    if (!IsElement(node) || !IsName(name) || !Tree::Of(node).Grow())
-        return nullptr;
-    const xml::Arena::Use use(Tree::Of(node).Memory());
-    const std::string text = xml::ToXmlText(value);
-    auto child = std::make_unique<DocumentNode>();
-    child->Handle(xmlNewChild(node, node->ns, Chars(name), nullptr));
-    if (!text.empty() && child->Handle() != nullptr)
-        xml::AddText(NodeOf(child.get()), text);
-    xml::RequireMemory();
-    return child.release();
+    return AddElement(NodeOf(this), name, xml::ToXmlText(value));
 }
 
 void DocumentNode::AddChild(DocumentNode* child)
 {
-    xmlNode* node = NodeOf(this);
-    xmlNode* moved = NodeOf(child);
+    const pugi::xml_node node = NodeOf(this);
+    const pugi::xml_node moved = NodeOf(child);
     if (IsElement(node) && IsElement(moved) && !Contains(moved, node))
-        xml::Move(moved, node);
+        child->Handle(Move(moved, node).internal_object());
 }
 
 void DocumentNode::Unlink(bool destroy)
 {
-    xmlNode* node = NodeOf(this);
-    if (!IsElement(node) && !IsAttribute(node))
-        return;
-    Tree& tree = Tree::Of(node);
-    const xml::Arena::Use use(tree.Memory());
-    if (!destroy)
-        tree.Keep(node); // which may throw, and then nothing has changed
-    xmlUnlinkNode(node);
-    if (destroy)
-    {
-        tree.Release(node);
-        xmlFreeNode(node);
-        m_handle = nullptr;
-        return;
-    }
-    // The declarations above may end before this node does.
-    ReconciliateNs();
-}
-
-void DocumentNode::ReconciliateNs()
-{
-    xmlNode* node = NodeOf(this);
+    const pugi::xml_node node = NodeOf(this);
     if (!IsElement(node))
         return;
-    const xml::Arena::Use use(Tree::Of(node).Memory());
-    xmlReconciliateNs(node->doc, node);
-    xml::RequireMemory();
+    if (!destroy)
+    {
+        Move(node, PlaceOfUnlinked(node));
+        return;
+    }
+    node.parent().remove_child(node);
+    m_handle = nullptr;
 }
+
+// Nodes take their declarations along wherever they go.
+void DocumentNode::ReconciliateNs() {}
 
 std::string DocumentNode::DumpToString()
 {
-    return IsElement(NodeOf(this)) ? Dump(NodeOf(this)) : GetValue();
+    const pugi::xml_node node = NodeOf(this);
+    return IsElement(node) ? xml::Print(node, xml::Missing(node, {})) : GetValue();
 }
 
 } // namespace analytics

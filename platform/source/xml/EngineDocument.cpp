@@ -3,8 +3,8 @@
 #include <analytics/Settings.h>
 
 #include "xml/EngineForm.h"
-#include "xml/Memory.h"
-#include "xml/Tree.h"
+#include "xml/Nodes.h"
+#include "xml/Reader.h"
 
 #include <cassert>
 #include <memory>
@@ -48,15 +48,20 @@ std::string Skeleton()
            "/></" + root + ">";
 }
 
-// Moves `taken` below `container`, from the namespace that its own document binds to the prefix into
-// the one of this document.
-void Adopt(xmlNode* taken, xmlNode* container)
+// Moves it into the container, from the namespace that its own document binds to the prefix into ours.
+void Adopt(DocumentNode& handle, DocumentNode& container)
 {
-    const std::string space(xml::View(taken->ns->href));
-    for (xmlNode* node = taken; node != nullptr; node = xml::NextElement(node, taken))
-        if (node->ns != nullptr && xml::View(node->ns->href) == space)
-            node->ns = container->ns;
-    xml::Move(taken, container);
+    const std::string prefix(xml::QName(xml::NodeOf(&handle).name()).prefix);
+    const std::string space(xml::NamespaceAt(xml::NodeOf(&handle), prefix));
+    container.AddChild(&handle);
+    pugi::xml_node moved = xml::NodeOf(&handle);
+    for (pugi::xml_node node = space == kNamespace ? pugi::xml_node() : moved; node;
+         node = xml::Next(node, moved))
+        for (pugi::xml_attribute attribute : node.attributes())
+            if (xml::IsDeclaration(attribute) && attribute.value() == space)
+                xml::Require(attribute.set_value(kNamespace));
+    if (xml::NamespaceAt(moved.parent(), prefix) == xml::NamespaceAt(moved, prefix))
+        moved.remove_attribute(xml::Declaration(moved, prefix));
 }
 } // namespace
 
@@ -64,25 +69,21 @@ EngineDocument::EngineDocument()
 {
     const bool parsed = ParseString(Skeleton());
     assert(parsed);
-    const xmlNode* root = xmlDocGetRootElement(Content()->Doc());
-    m_engines = root->children;
-    m_rules = root->last;
+    m_engines.Handle(Root(*Content()).first_child().internal_object());
+    m_rules.Handle(Root(*Content()).last_child().internal_object());
 }
 
 void EngineDocument::TakeRules(ProfileDoc& from, const std::string& ruleId)
 {
     for (const auto& handle : Own(from.SelectRules(ruleId)))
-        Adopt(xml::NodeOf(handle.get()), static_cast<xmlNode*>(m_rules));
+        Adopt(*handle, m_rules);
 }
 
 void EngineDocument::MarkActive(const std::string& ruleId)
 {
-    auto* rules = static_cast<xmlNode*>(m_rules);
-    const xml::Arena::Use use(Content()->Memory());
-    xmlNs* space = xmlSearchNsByHref(rules->doc, rules, xml::Chars(kActiveNamespace));
-    xmlNode* mark = xmlNewChild(rules, space, xml::Chars(kActiveRule), nullptr);
-    xml::RequireMemory();
-    DocumentNode(mark).SetProperty(kType, ruleId);
+    const pugi::xml_node mark =
+        xml::AppendElement(xml::NodeOf(&m_rules), kActivePrefix + std::string(":") + kActiveRule);
+    xml::SetAttribute(mark, kType, ruleId);
 }
 
 void EngineDocument::TakeEngine(ProfileDoc& from, const std::string& engineId)
@@ -90,7 +91,7 @@ void EngineDocument::TakeEngine(ProfileDoc& from, const std::string& engineId)
     const std::unique_ptr<DocumentNode> present(SelectEngine(engineId));
     const std::unique_ptr<DocumentNode> module(from.SelectEngine(engineId));
     if (present == nullptr && module != nullptr)
-        Adopt(xml::NodeOf(module.get()), static_cast<xmlNode*>(m_engines));
+        Adopt(*module, m_engines);
 }
 
 void EngineDocument::TakeEngines(ProfileDoc& from)

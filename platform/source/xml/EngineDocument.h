@@ -21,8 +21,8 @@ class EngineDocument : public ProfileDoc
     void TakeEngines(ProfileDoc& from);
 
   private:
-    void* m_rules; // the containers
-    void* m_engines;
+    DocumentNode m_rules; // the containers
+    DocumentNode m_engines;
 };
 
 } // namespace analytics

@@ -1,8 +1,7 @@
 #pragma once
 
-#include <libxml/tree.h>
+#include "xml/Namespaces.h"
 
-#include <cstddef>
 #include <functional>
 #include <optional>
 #include <string>
@@ -12,20 +11,29 @@
 namespace analytics::xml
 {
 
-class Tree;
+// What a path leads to.
+struct Match
+{
+    pugi::xml_node element;
+    pugi::xml_attribute attribute; // of the element, where that is meant
+};
 
-// A location path of the plain forms that nearly every query has: child elements by their names, from the
-// context ("a/p:b", "./a"), from the root ("/a"), or from anywhere below either ("//a/b", ".//a"), each
-// with a condition at most, such as [@id="x" or name='y']. It finds what XPath finds, by walking the tree.
+// A location path: elements by name, from the context ("a/p:b", "./a"), from the root ("/a") or from anywhere
+// below either ("//a/b", ".//a"), each with a condition at most ([@id="x" or name='y']), and an attribute at
+// the end, if any ("a/@id"). A name may be "*". It means what it means in XPath 1.0; a prefix stands for the
+// namespace that the document first binds to it. Any thread.
 class Path
 {
   public:
     // Nothing for a query of another form.
     static std::optional<Path> Read(std::string_view query);
+    // The path of a query, kept for its next use; one that leads nowhere for another form. Valid until the
+    // thread asks for another.
+    static const Path& Of(const std::string& query);
 
     // Shows the matches in document order until `visit` returns false. It may not change the tree.
-    using Visit = std::function<bool(xmlNode*)>;
-    void ForEach(Tree& tree, xmlNode* context, const Visit& visit) const;
+    using Visit = std::function<bool(const Match&)>;
+    void ForEach(Tree& tree, pugi::xml_node context, const Visit& visit) const;
 
   private:
     friend class PathReader;
@@ -45,11 +53,10 @@ class Path
         std::vector<Comparison> anyOf; // empty: no condition
     };
 
-    static constexpr std::size_t kMaxSteps = 8;
-
     bool m_fromRoot = false;
     bool m_anywhere = false;
     std::vector<Step> m_steps;
+    std::string m_attribute; // empty: the path ends at elements
 };
 
 } // namespace analytics::xml

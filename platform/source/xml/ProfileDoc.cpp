@@ -3,9 +3,9 @@
 #include <analytics/Settings.h>
 
 #include "xml/EngineForm.h"
-#include "xml/Query.h"
+#include "xml/Nodes.h"
+#include "xml/Reader.h"
 #include "xml/Text.h"
-#include "xml/Tree.h"
 
 #include <algorithm>
 
@@ -15,49 +15,44 @@ using namespace engineform;
 
 namespace
 {
-// The first element behind `from` and below `top` of that name whose attribute `attribute` is `value`.
-xmlNode* FindBehind(xmlNode* from, const xmlNode* top, std::string_view space, std::string_view name,
-                    const char* attribute, const std::string& value)
+// Shows the elements of that name whose attribute is `value` in document order until `visit` returns false.
+// A value may hold quotes, which a query couldn't.
+void ForEachWith(const xml::Tree& tree, std::string_view space, std::string_view name, const char* attribute,
+                 const std::string& value, const xml::Path::Visit& visit)
 {
-    xmlNode* node = xml::NextElement(from, top);
-    while (node != nullptr &&
-           !(xml::IsElement(node, space, name) && xml::Attribute(node, attribute) == value))
-        node = xml::NextElement(node, top);
-    return node;
+    const pugi::xml_node root = Root(tree);
+    for (pugi::xml_node node = root; node; node = xml::Next(node, root))
+    {
+        const xml::QName own(node.name());
+        if (own.local == name && node.attribute(attribute).value() == value &&
+            xml::NamespaceAt(node, own.prefix) == space && !visit({node, {}}))
+            return;
+    }
 }
 
-// What FindBehind() finds of that type in a document.
-class FormSearch
+// The same in the namespace of the engine form.
+std::vector<xml::Match> FormElements(xml::Tree* tree, const char* name, const char* attribute,
+                                     const std::string& value, std::size_t most = -1)
 {
-  public:
-    FormSearch(xml::Tree* tree, const char* name, const std::string& type) : m_name(name), m_type(type)
-    {
-        if (tree == nullptr || type.empty())
-            return;
-        m_space = tree->NamespaceOf(Settings::OnvifPrefix());
-        m_top = m_space.empty() ? nullptr : tree->Top();
-    }
-
-    xmlNode* First() const { return m_top == nullptr ? nullptr : Behind(m_top); }
-
-    std::vector<xmlNode*> All() const
-    {
-        std::vector<xmlNode*> found;
-        for (xmlNode* node = First(); node != nullptr; node = Behind(node))
-            found.push_back(node);
+    std::vector<xml::Match> found;
+    if (tree == nullptr || value.empty())
         return found;
-    }
+    const std::string_view space = FirstBinding(*tree, Settings::OnvifPrefix());
+    if (space.empty())
+        return found;
+    ForEachWith(*tree, space, name, attribute, value,
+                [&](const xml::Match& match)
+                {
+                    found.push_back(match);
+                    return found.size() < most;
+                });
+    return found;
+}
 
-  private:
-    xmlNode* Behind(xmlNode* from) const { return FindBehind(from, m_top, m_space, m_name, kType, m_type); }
-
-    const char* m_name;
-    const std::string& m_type;
-    std::string m_space;
-    xmlNode* m_top = nullptr;
-};
-
-DocumentNode* HandleOf(xmlNode* node) { return node == nullptr ? nullptr : new DocumentNode(node); }
+xml::Match FirstOf(const std::vector<xml::Match>& matches)
+{
+    return matches.empty() ? xml::Match() : matches.front();
+}
 
 std::string Step(const char* name) { return Settings::OnvifPrefix() + ":" + name; }
 
@@ -67,25 +62,27 @@ std::string ItemQry(const char* item, bool inParameters)
 }
 
 // Compares the names here: a name may hold quotes, which a query couldn't.
-xmlNode* FindSimpleItem(xml::Tree* tree, const std::string& name, const DocumentNode* context,
-                        bool inParameters)
+pugi::xml_node FindSimpleItem(xml::Tree* tree, const std::string& name, const DocumentNode* context,
+                              bool inParameters)
 {
+    if (context == nullptr)
+        return FirstOf(FormElements(tree, kSimpleItem, kName, name, 1)).element;
     static const std::string kInParameters = ItemQry(kSimpleItem, true);
     static const std::string kBelow = ItemQry(kSimpleItem, false);
-    xmlNode* found = nullptr;
+    pugi::xml_node found;
     xml::ForEach(tree, inParameters ? kInParameters : kBelow, context,
-                 [&](xmlNode* item)
+                 [&](const xml::Match& item)
                  {
-                     if (xml::Attribute(item, kName) == name)
-                         found = item;
-                     return found == nullptr;
+                     if (item.element.attribute(kName).value() == name)
+                         found = item.element;
+                     return !found;
                  });
     return found;
 }
 
-int Number(const xmlNode* node, const char* attribute, int defaultValue)
+int Number(pugi::xml_node node, const char* attribute, int defaultValue)
 {
-    return xml::ToInt(xml::Attribute(node, attribute), defaultValue);
+    return xml::ToInt(node.attribute(attribute).value(), defaultValue);
 }
 } // namespace
 
@@ -94,30 +91,33 @@ ProfileDoc::~ProfileDoc() = default;
 
 std::vector<DocumentNode*> ProfileDoc::SelectRules(const std::string& ruleId)
 {
-    return xml::HandlesOf(FormSearch(Content(), kRule, ruleId).All());
+    return xml::HandlesOf(FormElements(Content(), kRule, kType, ruleId));
 }
 
 DocumentNode* ProfileDoc::SelectRule(const std::string& ruleId)
 {
-    return HandleOf(FormSearch(Content(), kRule, ruleId).First());
+    return xml::HandleOf(FirstOf(FormElements(Content(), kRule, kType, ruleId, 1)));
 }
 
 void ProfileDoc::DeleteRules(const std::string& ruleId)
 {
-    const std::vector<xmlNode*> rules = FormSearch(Content(), kRule, ruleId).All();
+    const std::vector<xml::Match> rules = FormElements(Content(), kRule, kType, ruleId);
     for (auto rule = rules.rbegin(); rule != rules.rend(); ++rule)
-        DocumentNode(*rule).Unlink(true);
+        rule->element.parent().remove_child(rule->element);
 }
 
 bool ProfileDoc::RuleIsActive(const std::string& ruleId)
 {
-    xmlNode* const top = Content() == nullptr ? nullptr : Content()->Top();
-    return top != nullptr && FindBehind(top, top, kActiveNamespace, kActiveRule, kType, ruleId) != nullptr;
+    bool marked = false;
+    if (Content() != nullptr && !ruleId.empty())
+        ForEachWith(*Content(), kActiveNamespace, kActiveRule, kType, ruleId,
+                    [&marked](const xml::Match&) { return !(marked = true); });
+    return marked;
 }
 
 DocumentNode* ProfileDoc::SelectEngine(const std::string& engineId)
 {
-    return HandleOf(FormSearch(Content(), kModule, engineId).First());
+    return xml::HandleOf(FirstOf(FormElements(Content(), kModule, kType, engineId, 1)));
 }
 
 std::string ProfileDoc::ElementItemQry(bool inParameters) { return ItemQry(kElementItem, inParameters); }
@@ -131,22 +131,21 @@ DocumentNode* ProfileDoc::SelectElementItemNode(DocumentNode* context, bool inPa
 int ProfileDoc::GetSimpleItemValue(const std::string& name, int defaultValue, DocumentNode* context,
                                    bool inParameters)
 {
-    const xmlNode* item = FindSimpleItem(Content(), name, context, inParameters);
-    return item == nullptr ? defaultValue : Number(item, kValue, defaultValue);
+    return Number(FindSimpleItem(Content(), name, context, inParameters), kValue, defaultValue);
 }
 
 void ProfileDoc::SetSimpleItemValue(const std::string& name, int value, DocumentNode* context)
 {
-    if (xmlNode* item = FindSimpleItem(Content(), name, context, true))
-        DocumentNode(item).SetProperty(kValue, value);
+    if (const pugi::xml_node item = FindSimpleItem(Content(), name, context, true))
+        xml::SetAttribute(item, kValue, std::to_string(value));
 }
 
 void ProfileDoc::GetPoints(std::vector<types::Point>& points, const std::string& query, DocumentNode* context)
 {
     xml::ForEach(Content(), query, context,
-                 [&points](const xmlNode* node)
+                 [&points](const xml::Match& point)
                  {
-                     points.emplace_back(Number(node, "x", 0), Number(node, "y", 0));
+                     points.emplace_back(Number(point.element, "x", 0), Number(point.element, "y", 0));
                      return true;
                  });
 }

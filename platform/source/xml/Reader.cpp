@@ -3,6 +3,7 @@
 #include <expat.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <memory>
 #include <new>
 #include <random>
@@ -15,7 +16,11 @@ constexpr int kMaxDepth = 256;
 constexpr int kMaxAttributes = 256;
 
 // No text holds this character: expat puts it between a namespace and a name.
-constexpr char kSeparator = '\x01';
+constexpr char kSeparator[] = "\x01";
+
+// Without memory expat has to get a null, and a program may be linked so that malloc() throws.
+constexpr XML_Memory_Handling_Suite kMemory = {[](std::size_t size) { return std::realloc(nullptr, size); },
+                                               std::realloc, std::free};
 
 // A parser that has met a larger text ends, since it keeps what it took.
 constexpr std::size_t kKeptParserBytes = std::size_t{64} << 10U;
@@ -82,9 +87,7 @@ class Judge
     // Called ahead of the element that declares it.
     static void Declare(void* self, const char* /*prefix*/, const char* /*space*/)
     {
-        Judge& judge = Self(self);
-        ++judge.m_declared;
-        judge.m_survey.innerNamespaces = judge.m_survey.innerNamespaces || judge.m_depth > 0;
+        ++Self(self).m_declared;
     }
 
     static void Type(void* self, const char* /*name*/, const char* system, const char* publicId, int inner)
@@ -123,7 +126,7 @@ Parser& OwnParser()
     // Drawn once, so that nobody can choose names that fall on one place of the parser's tables.
     static const unsigned long salt = (static_cast<unsigned long>(std::random_device()()) << 32U) | 1U;
     if (parser == nullptr)
-        parser.reset(XML_ParserCreateNS("UTF-8", kSeparator));
+        parser.reset(XML_ParserCreate_MM("UTF-8", &kMemory, kSeparator));
     else if (XML_ParserReset(parser.get(), "UTF-8") == XML_FALSE)
         parser.reset();
     if (parser == nullptr)
@@ -201,19 +204,23 @@ std::optional<Survey> Check(std::string_view text, SyntaxError& error, const Lim
     return survey;
 }
 
-std::optional<Survey> Read(std::string_view text, pugi::xml_document& tree, SyntaxError& error,
-                           const Limits& limits)
+bool Build(std::string_view text, const Survey& survey, pugi::xml_document& tree)
+{
+    if (!(text.find('\r') == std::string_view::npos ? Load(text, tree) : Load(WithPlainLineEnds(text), tree)))
+        return false;
+    if (survey.sections)
+        ReplaceSections(tree);
+    return true;
+}
+
+bool Read(std::string_view text, pugi::xml_document& tree, SyntaxError& error, const Limits& limits)
 {
     const auto survey = Check(text, error, limits);
-    if (!survey)
-        return std::nullopt;
-    const auto result =
-        text.find('\r') == std::string_view::npos ? Load(text, tree) : Load(WithPlainLineEnds(text), tree);
-    if (!result) // expat has let through what pugixml doesn't take
-        return Refused(error, 0, result.description());
-    if (survey->sections)
-        ReplaceSections(tree);
-    return survey;
+    if (survey && Build(text, *survey, tree))
+        return true;
+    if (survey)
+        Refused(error, 1, "the document can't be read");
+    return false;
 }
 
 std::string Content(pugi::xml_node node)

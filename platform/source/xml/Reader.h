@@ -38,18 +38,20 @@ struct Limits
 struct Survey
 {
     std::size_t elements = 0;
-    bool innerNamespaces = false; // an element other than the root declares one
-    bool sections = false;        // there are CDATA sections
+    bool sections = false; // there are CDATA sections
 };
 
 // Judges the text alone, at about a third of the cost of Read() and without memory that grows with it.
 // Nothing, and `error` filled, if it is refused.
 std::optional<Survey> Check(std::string_view text, SyntaxError& error, const Limits& limits = {});
 
-// The same, and reads what has passed into `tree`: elements, texts with all their white space (CDATA sections
-// too), comments, processing instructions and the document type, but no XML declaration.
-std::optional<Survey> Read(std::string_view text, pugi::xml_document& tree, SyntaxError& error,
-                           const Limits& limits = {});
+// Reads a text that has passed into `tree`: elements, texts with all their white space (CDATA sections too),
+// comments, processing instructions and the document type, but no XML declaration. False if pugixml refuses
+// what expat has let pass.
+bool Build(std::string_view text, const Survey& survey, pugi::xml_document& tree);
+
+// Both.
+bool Read(std::string_view text, pugi::xml_document& tree, SyntaxError& error, const Limits& limits = {});
 
 // All text below the node.
 std::string Content(pugi::xml_node node);

@@ -1,8 +1,5 @@
 #include "xml/Text.h"
 
-#include <libxml/parserInternals.h>
-#include <libxml/xmlstring.h>
-
 #include <algorithm>
 #include <charconv>
 #include <cstdint>
@@ -16,19 +13,42 @@ namespace
 constexpr std::string_view kWhiteSpace = " \t\r\n";
 constexpr const char* kReplacement = "\xEF\xBF\xBD";
 
+// The characters that take as many bytes, from the first to the last, and how the first byte begins.
+struct Form
+{
+    std::uint32_t first;
+    std::uint32_t last;
+    std::uint8_t mask;
+    std::uint8_t lead;
+};
+constexpr Form kForms[] = {{0x0, 0x7F, 0x80, 0x00},
+                           {0x80, 0x7FF, 0xE0, 0xC0},
+                           {0x800, 0xFFFF, 0xF0, 0xE0},
+                           {0x10000, 0x10FFFF, 0xF8, 0xF0}};
+
+bool IsAllowed(std::uint32_t c)
+{
+    const bool control = c < 0x20 && c != '\t' && c != '\n' && c != '\r';
+    return !control && (c < 0xD800 || c > 0xDFFF) && c != 0xFFFE && c != 0xFFFF;
+}
+
 // The length in bytes of the allowed character at the front of `text`; 0 if there is none.
 std::size_t CharacterLength(std::string_view text)
 {
-    int length = static_cast<int>(text.size() < 4 ? text.size() : 4);
-    const int character = xmlGetUTF8Char(reinterpret_cast<const unsigned char*>(text.data()), &length);
-    if (character < 0 || !IS_CHAR(character))
+    const auto byte = [text](std::size_t i) { return static_cast<std::uint8_t>(text[i]); };
+    const auto* const form = std::ranges::find_if(kForms, [lead = byte(0)](const Form& each)
+                                                  { return (lead & each.mask) == each.lead; });
+    if (form == std::end(kForms))
         return 0;
-    // The library reads over-long forms and stray bytes as characters: written again, those come out
-    // differently.
-    char bytes[8];
-    const int written = xmlCopyCharMultiByte(reinterpret_cast<xmlChar*>(bytes), character);
-    const std::string_view proper(bytes, static_cast<std::size_t>(written));
-    return text.starts_with(proper) ? proper.size() : 0;
+    const auto length = static_cast<std::size_t>(form - kForms) + 1;
+    std::uint32_t character = byte(0) & static_cast<std::uint8_t>(~form->mask);
+    for (std::size_t i = 1; i < length; ++i)
+    {
+        if (i == text.size() || (byte(i) & 0xC0) != 0x80)
+            return 0;
+        character = character << 6U | (byte(i) & 0x3FU);
+    }
+    return character >= form->first && character <= form->last && IsAllowed(character) ? length : 0;
 }
 
 bool IsPlain(char character) { return (character >= 0x20 && character < 0x7F) || character == '\n'; }

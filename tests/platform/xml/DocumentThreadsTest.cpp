@@ -33,7 +33,7 @@ bool Work(int seed)
         return false;
     const Node found(again.SelectRule("r" + number));
     return found != nullptr && again.GetSimpleItemValue("N", -1, found.get(), true) == seed &&
-           Texts(again, "//tt:SimpleItem[count(.)=1]/@Value") == number &&
+           Texts(again, ".//tt:Rule/tt:Parameters/tt:SimpleItem/@Value") == number &&
            Texts(again, "//tt:SimpleItem[@Value='" + number + "']/@Value") == number &&
            !Document().ParseString("<a>") && Texts(again, "//" + number + "[").empty();
 }

@@ -158,6 +158,11 @@ TEST_F(ProfileDocTest, SetsSimpleItems)
     EXPECT_EQ(doc.GetSimpleItemValue("Sensitivity", 0, engine.get(), true), 9);
     EXPECT_EQ(doc.GetSimpleItemValue("DwellTime", 0, rule.get(), true), 1);
     EXPECT_EQ(doc.GetSimpleItemValue("Bare", 0, rule.get(), true), 2);
+    doc.SetSimpleItemValue("Inner", 6, engine.get());
+    const Node container(doc.SelectElementItemNode(engine.get(), true));
+    EXPECT_EQ(doc.GetSimpleItemValue("Inner", 0, container.get(), false), 1) << "not in Parameters";
+    doc.SetSimpleItemValue("Inner", 6, nullptr);
+    EXPECT_EQ(doc.GetSimpleItemValue("Inner", 0, container.get(), false), 6) << "anywhere in the document";
     const std::string before = doc.DumpToString();
     doc.SetSimpleItemValue("Missing", 1, nullptr);
     EXPECT_EQ(doc.DumpToString(), before);

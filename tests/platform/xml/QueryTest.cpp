@@ -41,8 +41,12 @@ TEST_F(QueryTest, GivesPathsTheirMeaning)
         {"//c/@k", "x y"},
         {"//a[@id='0' or @id='1']/c", "5"},
         {"//c[@k='x' or @k='y']/c", "3"},
-        {"//b[2]/c", "4"},
-        {"a/b/c/text()", "1 2 4"},
+        {"//b[n='maxObj' or n='minObj']/n", "minObj maxObj"},
+        {"/*", "123minObj4maxObj5"},
+        {"a/*/c", "1 23 4"},
+        {"//@*", "1 x y"},
+        {"a/@id", "1"},
+        {"//c[@k='y']/@k", "y"},
     };
     for (const Case& c : cases)
     {
@@ -59,18 +63,20 @@ TEST_F(QueryTest, StartsFromTheContext)
                           {"./n", "minObj"}, {"b", ""},       {"//b/c", "1 23 4"}, {"c[@k='x']/@k", "x"}};
     for (const Case& c : cases)
         EXPECT_EQ(Texts(doc, c.query, b), c.texts) << c.query;
+    EXPECT_EQ(Texts(doc, ".//@k", b), "x y");
+    EXPECT_EQ(Texts(doc, "./@k", Select(doc, "//c[@k='y']")), "y");
     const Node attribute = Select(doc, "//@k");
     EXPECT_EQ(Texts(doc, "c", attribute), "");
-    EXPECT_EQ(Texts(doc, "..", attribute), "1");
 }
 
 TEST_F(QueryTest, IgnoresWhatIsNoPath)
 {
     for (const char* query :
-         {"",           "//",     "a//", "a/",           "[",     "a[",           "a[@b='1]", "@",
-          "::",         "p:",     ":p",  "p:a",          "//p:a", "//b[p:n='x']", "a b",      "1 + 1",
-          "count(//c)", "'text'", "$v",  "nofunction()", "p:f()", "$p:v",         "a/./",     "namespace::*",
-          "//b['",      "..",     "./",  "\xC3\xA9",     "//\x01"})
+         {"",       "//",     "a//",          "a/",        "[",    "a[",           "a[@b='1]",
+          "@",      "::",     "p:",           ":p",        "p:a",  "//p:a",        "//b[p:n='x']",
+          "a b",    "1 + 1",  "count(//c)",   "'text'",    "$v",   "nofunction()", "p:f()",
+          "$p:v",   "a/./",   "namespace::*", "//b['",     "..",   "./",           "\xC3\xA9",
+          "//\x01", "//b[2]", "a/text()",     "//a | //b", "a//c", "@k/a"})
     {
         EXPECT_EQ(Texts(doc, query), "") << query;
         delete doc.SelectNode(query, nullptr);
@@ -91,6 +97,7 @@ TEST(Query, ResolvesPrefixesAsTheDocumentBindsThem)
     EXPECT_EQ(Texts(doc, "q:a", root), "1 2");
     EXPECT_EQ(Texts(doc, "./a", root), "5");
     EXPECT_EQ(Texts(doc, "z:a", root), "");
+    EXPECT_EQ(Texts(doc, "//p:*"), "1 2");
     EXPECT_EQ(Texts(doc, "//z:a"), "");
 }
 
@@ -113,7 +120,7 @@ TEST(Query, OutlivesTheQueriesThatAreKept)
     ASSERT_TRUE(doc.ParseString(kTree));
     for (int i = 0; i < 3000; ++i)
     {
-        ASSERT_EQ(Texts(doc, "//c[" + std::to_string(i) + "=" + std::to_string(i) + "]/@k"), "x y");
+        ASSERT_EQ(Texts(doc, "//c[@k='y' or @k='" + std::to_string(i) + "']/@k"), "y");
         ASSERT_EQ(Texts(doc, "//c[@k='" + std::to_string(i) + "']"), "");
     }
     EXPECT_EQ(Texts(doc, "//c"), "1 23 3 4 5");
@@ -124,13 +131,12 @@ TEST(Query, SeesWhatWasAddedAndMoved)
     Document doc;
     ASSERT_TRUE(doc.ParseString("<a><x>1</x><y/><x>2</x></a>"));
     const Node root = Select(doc, "a");
-    const Node first = Select(doc, "//x[1]");
+    const Node first = Select(doc, "//x");
     root->AddChild(first.get());
     const Node y = Select(doc, "//y");
     delete y->AddNewChild("x", "0");
     delete root->AddNewChild("x", "3");
     EXPECT_EQ(Texts(doc, "//x"), "0 2 1 3");
-    EXPECT_EQ(Texts(doc, "//*[self::x]"), "0 2 1 3");
     EXPECT_EQ(Texts(doc, "a/x"), "2 1 3");
 }
 } // namespace
