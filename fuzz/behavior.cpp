@@ -2,10 +2,12 @@
 
 #include "Conversion.h"
 #include "Expect.h"
+#include "Oracle.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     const std::string document = fuzzing::Text(data, size);
+    fuzzing::CompareReading(document);
     for (const analytics::Manifest& behavior : fuzzing::Behaviors())
     {
         if (document.find(behavior.Id()) == std::string::npos &&

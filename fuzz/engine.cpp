@@ -3,6 +3,7 @@
 
 #include "Conversion.h"
 #include "Expect.h"
+#include "Oracle.h"
 
 #include "store/ProfileDocument.h"
 
@@ -36,6 +37,7 @@ bool Names(const std::string& document, const analytics::Manifest& behavior)
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     const std::string document = fuzzing::Text(data, size);
+    fuzzing::CompareReading(document);
     const fuzzing::Stored merged = {Merged(document, size % 2 == 0), {}};
     fuzzing::Expect(merged.profile.empty() || analytics::Document().ParseString(merged.profile),
                     "a profile can be read", merged.profile);

@@ -2,8 +2,7 @@
 // after the matches were read, changed and removed is written, and can be read again.
 
 #include "Expect.h"
-
-#include "xml/Path.h"
+#include "Oracle.h"
 
 #include <analytics/Document.h>
 
@@ -33,28 +32,6 @@ void Touch(analytics::Document& document, const std::string& query)
     }
 }
 
-std::string Matches(analytics::Document& document, const std::string& query)
-{
-    std::string text;
-    for (analytics::DocumentNode* const match : document.SelectNodes(query, nullptr))
-    {
-        const std::unique_ptr<analytics::DocumentNode> node(match);
-        text += node->DumpToString() + '\n';
-    }
-    return text;
-}
-
-// Plain paths are walked by our own code; in parentheses they are XPath's.
-void ExpectWhatXPathFinds(analytics::Document& document, const std::string& query)
-{
-    if (!analytics::xml::Path::Read(query))
-        return;
-    const std::string found = Matches(document, query);
-    const std::string expected = Matches(document, '(' + query + ')');
-    Expect(found == expected, "a path finds what XPath finds",
-           query + "\n" + found + "instead of\n" + expected);
-}
-
 void ExpectReadable(analytics::Document& document)
 {
     const std::string text = document.DumpToString();
@@ -74,11 +51,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         std::ranges::count(query, '[') > kMostPredicates)
         return -1; // not kept
 
+    fuzzing::CompareReading(text);
     analytics::Document document;
     if (!document.ParseString(text))
         return 0;
     ExpectReadable(document);
-    ExpectWhatXPathFinds(document, query);
+    fuzzing::CompareQuery(text, query);
     document.GetSingleValue(query, nullptr);
     document.GetSingleValue(query, 7, nullptr);
     Touch(document, query);

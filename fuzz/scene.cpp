@@ -2,10 +2,12 @@
 
 #include "Conversion.h"
 #include "Expect.h"
+#include "Oracle.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     static const std::string kScene = "com.varlo.engine.sceneanalyzer";
+    fuzzing::CompareReading(fuzzing::Text(data, size));
     fuzzing::Behaviors(); // the plug-ins are there from then on
     const fuzzing::Stored stored = fuzzing::Store(kScene, fuzzing::Text(data, size));
     if (stored.profile.empty())
