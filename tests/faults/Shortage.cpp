@@ -30,8 +30,7 @@ namespace shortage
 void Begin(int nth, bool lasting)
 {
     // Documents ask where they can be refused.
-    pugi::set_memory_management_functions([](std::size_t size) { return std::realloc(nullptr, size); },
-                                          std::free);
+    pugi::set_memory_management_functions([](std::size_t size) { return std::calloc(1, size); }, std::free);
     gLeft = nth;
     gLasting = lasting;
     gFailed = false;

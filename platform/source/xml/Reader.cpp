@@ -19,10 +19,10 @@ constexpr int kMaxAttributes = 256;
 constexpr char kSeparator[] = "\x01";
 
 // Without memory expat has to get a null, and a program may be linked so that malloc() throws.
-constexpr XML_Memory_Handling_Suite kMemory = {[](std::size_t size) { return std::realloc(nullptr, size); },
+constexpr XML_Memory_Handling_Suite kMemory = {[](std::size_t size) { return std::calloc(1, size); },
                                                std::realloc, std::free};
 
-// A parser that has met a larger text ends, since it keeps what it took.
+// A parser that has met a larger text isn't kept, since it would hold on to what it took.
 constexpr std::size_t kKeptParserBytes = std::size_t{64} << 10U;
 
 struct ParserDeleter
@@ -119,16 +119,17 @@ class Judge
     int m_declared = 0; // by the element that comes next
 };
 
-// Each thread keeps its parser, with the memory that it has taken.
-Parser& OwnParser()
+// Each thread keeps a parser for its next text, with the memory that it has taken.
+thread_local Parser gKept;
+
+// One that is out of memory can't be used again, so that whoever has used one keeps it.
+Parser TakeParser()
 {
-    thread_local Parser parser;
     // Drawn once, so that nobody can choose names that fall on one place of the parser's tables.
     static const unsigned long salt = (static_cast<unsigned long>(std::random_device()()) << 32U) | 1U;
-    if (parser == nullptr)
+    Parser parser = std::move(gKept);
+    if (parser == nullptr || XML_ParserReset(parser.get(), "UTF-8") == XML_FALSE)
         parser.reset(XML_ParserCreate_MM("UTF-8", &kMemory, kSeparator));
-    else if (XML_ParserReset(parser.get(), "UTF-8") == XML_FALSE)
-        parser.reset();
     if (parser == nullptr)
         throw std::bad_alloc();
     XML_SetHashSalt(parser.get(), salt);
@@ -197,10 +198,10 @@ std::optional<Survey> Check(std::string_view text, SyntaxError& error, const Lim
     if (const std::size_t nul = text.find('\0'); nul != std::string_view::npos)
         return Refused(error, static_cast<int>(std::count(text.begin(), text.begin() + nul, '\n')) + 1,
                        "the document holds a NUL character");
-    Parser& parser = OwnParser();
+    Parser parser = TakeParser();
     const auto survey = Judge(parser.get(), limits).Run(text, error);
-    if (text.size() > kKeptParserBytes)
-        parser.reset();
+    if (text.size() <= kKeptParserBytes)
+        gKept = std::move(parser);
     return survey;
 }
 
