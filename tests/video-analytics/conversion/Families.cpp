@@ -118,18 +118,19 @@ std::unique_ptr<profile_conversion::ProfileDocConverter> Converter(const std::st
 
 std::string TextAt(const std::string& xml, const std::string& query)
 {
-    analytics::Document doc;
-    return doc.ParseString(xml) ? doc.GetSingleValue(query, nullptr) : "not XML: " + xml;
+    pugi::xml_document doc;
+    if (!doc.load_buffer(xml.data(), xml.size(), pugi::parse_default | pugi::parse_ws_pcdata))
+        return "not XML: " + xml;
+    const pugi::xpath_node first = doc.select_node(query.c_str());
+    return first.attribute() ? first.attribute().value()
+                             : pugi::xpath_query("string()").evaluate_string(first.node());
 }
 
 std::size_t CountAt(const std::string& xml, const std::string& query)
 {
-    analytics::Document doc;
-    doc.ParseString(xml);
-    const std::vector<analytics::DocumentNode*> nodes = doc.SelectNodes(query, nullptr);
-    for (const analytics::DocumentNode* node : nodes)
-        delete node;
-    return nodes.size();
+    pugi::xml_document doc;
+    doc.load_buffer(xml.data(), xml.size());
+    return doc.select_nodes(query.c_str()).size();
 }
 
 std::string Canonical(const std::string& xml)

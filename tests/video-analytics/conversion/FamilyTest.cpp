@@ -31,9 +31,8 @@ class FamilyTest : public testing::TestWithParam<Family>
     // The text of the first match in a behavior document.
     std::string Text(const std::string& xml, const std::string& query)
     {
-        analytics::Document doc;
-        EXPECT_TRUE(doc.ParseString(xml)) << xml;
-        return doc.GetSingleValue(query, nullptr);
+        EXPECT_TRUE(analytics::Document().ParseString(xml)) << xml;
+        return TextAt(xml, query);
     }
 
     Plugins platform;

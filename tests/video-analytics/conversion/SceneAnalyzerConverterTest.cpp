@@ -145,9 +145,8 @@ TEST_F(SceneAnalyzerConverterTest, NameAndPresetGoOut)
     m_params.CameraPreset("Gate & <yard>");
     const std::string xml = SceneAnalyzerConverter().FromOnvifToVarlo(Engine(), m_params);
     EXPECT_THAT(xml, StartsWith("<?xml version=\"1.0\" encoding=\"UTF-8\"?>"));
-    EXPECT_THAT(xml,
-                HasSubstr("<analyticProfile version=\"2.0\" name=\"&lt;Night&gt; &amp; &quot;fog&quot;\">"
-                          "<cameraPreset>Gate &amp; &lt;yard&gt;</cameraPreset>"));
+    EXPECT_THAT(xml, HasSubstr("<analyticProfile version=\"2.0\" name=\"&lt;Night> &amp; &quot;fog&quot;\">"
+                               "<cameraPreset>Gate &amp; &lt;yard&gt;</cameraPreset>"));
 }
 
 TEST_F(SceneAnalyzerConverterTest, OnlyTheExactIdentifierIsAccepted)
