@@ -6,15 +6,15 @@
 # "cross" is what the preset arm64 needs besides "build".
 set -euo pipefail
 
-build="cmake ninja-build g++ pkg-config gsoap libgsoap-dev libxml2-dev libexpat1-dev libpugixml-dev libsqlite3-dev libsqlitecpp-dev
+build="cmake ninja-build g++ pkg-config gsoap libgsoap-dev libexpat1-dev libpugixml-dev libsqlite3-dev libsqlitecpp-dev
     libboost-dev libcli11-dev libssl-dev zlib1g-dev libsystemd-dev libcrypt-dev nlohmann-json3-dev"
-test="clang libclang-rt-dev lld libgtest-dev libgmock-dev libbenchmark-dev python3 python3-lxml python3-jsonschema python3-zeep
+test="libxml2-dev clang libclang-rt-dev lld libgtest-dev libgmock-dev libbenchmark-dev python3 python3-lxml python3-jsonschema python3-zeep
     curl openssl binutils procps man-db php-cli php-soap libsoap-lite-perl nodejs
     ansible-core ansible-lint mmdebstrap lintian systemd-container dpkg-dev file prometheus"
 # Node of another maker brings npm along, and refuses that of Debian beside it.
 command -v npm >/dev/null || test="$test npm"
 coverage="llvm"
-cross="g++-aarch64-linux-gnu libgsoap-dev:arm64 libxml2-dev:arm64 libexpat1-dev:arm64 libpugixml-dev:arm64 libsqlite3-dev:arm64 libsqlitecpp-dev:arm64
+cross="g++-aarch64-linux-gnu libgsoap-dev:arm64 libexpat1-dev:arm64 libpugixml-dev:arm64 libsqlite3-dev:arm64 libsqlitecpp-dev:arm64
     libsystemd-dev:arm64 libssl-dev:arm64 zlib1g-dev:arm64 libcrypt-dev:arm64"
 
 missing=()

@@ -49,7 +49,7 @@ say "lintian finds no errors in $(cd "$work/1" && echo *.deb)"
 base=$build/packages-base.tar
 if [ ! -s "$base" ]
 then
-    timeout 600 mmdebstrap --quiet --variant=essential --include=systemd,libexpat1,libpugixml1v5,libxml2,libsqlite3-0,libssl3,zlib1g,init-system-helpers \
+    timeout 600 mmdebstrap --quiet --variant=essential --include=systemd,libexpat1,libpugixml1v5,libsqlite3-0,libssl3,zlib1g,init-system-helpers \
         --dpkgopt='path-exclude=/usr/share/doc/*' --dpkgopt='path-exclude=/usr/share/man/*' \
         --dpkgopt='path-exclude=/usr/share/locale/*' bookworm "$work/base.tar" || impossible "no base system could be fetched"
     mv "$work/base.tar" "$base"
