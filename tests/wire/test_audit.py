@@ -3,6 +3,8 @@
 import base64
 import json
 import random
+import signal
+import time
 import unittest
 
 import service
@@ -156,6 +158,12 @@ class Changes(AuditTest):
         self.assertEqual(len(old.read_text().splitlines()), 1)
         self.assertEqual(len(self.file.read_text().splitlines()), 1)
         self.assertEqual(self.file.stat().st_mode & 0o777, 0o600)
+        self.file.rename(old)
+        self.host.process.send_signal(signal.SIGHUP)
+        end = time.monotonic() + 60
+        while not self.file.exists():
+            self.assertLess(time.monotonic(), end, "SIGHUP opens the file anew")
+            time.sleep(0.01)
 
     def test_one_that_cannot_be_written_holds_up_nothing(self):
         self.host.stop()
@@ -166,6 +174,19 @@ class Changes(AuditTest):
         self.host.stop()
         self.assertEqual(len([line for line in self.host.errors if "/dev/full can't be written" in line]), 1,
                          self.host.errors)
+
+
+class Access(AuditTest):
+    def test_refusals_are_gathered(self):
+        for attempt in range(5):
+            self.assertEqual(self.post("installer", "GetProfileList", password=f"wrong {attempt}")[0], 401)
+        line, = self.told({"change": "access", "result": "refused", "peer": "127.0.0.1", "user": "installer",
+                           "role": None, "count": None})
+        self.assertTrue(line["reason"])
+        self.host.stop()
+        last, = self.told({"change": "access", "result": "refused", "peer": "127.0.0.1"})
+        self.assertEqual(last["count"], 4)
+        self.assertNotIn("wrong", self.file.read_text().replace("wrong password", ""))
 
 
 if __name__ == "__main__":

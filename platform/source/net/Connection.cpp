@@ -344,7 +344,7 @@ try
     std::string answer = Answer(identity);
     if (answer.empty())
         return Wish::Nothing;
-    if (m_server.access.roles)
+    if (m_server.access.roles && answer.starts_with("HTTP/"))
         answer.insert(std::min(answer.find("\r\n"), answer.size()), identity);
     m_outcome = Outcome::Served;
     return Send(std::move(answer));
