@@ -56,7 +56,7 @@ class Picture
 
     void Add(const DocumentModel& model, const Json& document)
     {
-        const std::string color = kColors[m_documents++ % std::size(kColors)];
+        const std::string color = kColors[static_cast<std::size_t>(m_documents++) % std::size(kColors)];
         if (document.contains("rois"))
             for (const Json& zone : document["rois"])
                 AddZone(zone, color);
