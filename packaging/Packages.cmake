@@ -32,13 +32,13 @@ macro(debian_package component section depends synopsis)
     string(JOIN "\n" CPACK_DEBIAN_${upper}_DESCRIPTION "${synopsis}" ${ARGN})
 endmacro()
 
-debian_package(api libs "${package_platform}" "SOAP web service of a camera's video analytics (library)"
+debian_package(api libs "${package_platform}@SAME@" "SOAP web service of a camera's video analytics (library)"
     "Clients create, edit, run and stop analytic profiles over SOAP 1.1 and 1.2."
     "This library answers them, on whatever platform layer stands behind it.")
 debian_package(platform libs "" "platform layer of a camera's video analytics"
     "Durable profile store, plug-in folder, settings document and server, on"
     "which the SOAP web service of the video analytics stands.")
-debian_package(host net "${package_api}, ${package_platform}, systemd | systemd-standalone-sysusers | systemd-sysusers"
+debian_package(host net "${package_api}@SAME@, ${package_platform}@SAME@, systemd | systemd-standalone-sysusers | systemd-sysusers"
     "SOAP web service of a camera's video analytics (service)"
     "The process that hosts the service, its plug-ins and settings, and the"
     "WSDL for the clients. It runs without privileges under systemd.")
@@ -51,11 +51,10 @@ debian_package(dev libdevel "${package_api}@SAME@, ${package_platform}@SAME@"
     "Headers, CMake package and pkg-config files for another platform layer or"
     "another host of the SOAP web service.")
 foreach(library API PLATFORM)
-    set(CPACK_DEBIAN_${library}_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_SOURCE_DIR}/debian/triggers)
+    set(CPACK_DEBIAN_${library}_PACKAGE_CONTROL_EXTRA
+        ${CMAKE_CURRENT_SOURCE_DIR}/debian/library/triggers ${CMAKE_CURRENT_SOURCE_DIR}/debian/library/postinst)
 endforeach()
 set(CPACK_DEBIAN_HOST_PACKAGE_SUGGESTS logrotate)
-set(CPACK_DEBIAN_HOST_PACKAGE_CONTROL_EXTRA
-    ${CMAKE_CURRENT_SOURCE_DIR}/debian/conffiles ${CMAKE_CURRENT_SOURCE_DIR}/debian/postinst
-    ${CMAKE_CURRENT_SOURCE_DIR}/debian/prerm ${CMAKE_CURRENT_SOURCE_DIR}/debian/postrm)
+file(GLOB CPACK_DEBIAN_HOST_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_SOURCE_DIR}/debian/host/*)
 set(CPACK_PROJECT_CONFIG_FILE ${CMAKE_CURRENT_SOURCE_DIR}/at-packing.cmake)
 include(CPack)

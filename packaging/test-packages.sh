@@ -13,7 +13,7 @@ machine=
 say() { echo "packages: $*"; }
 fail() { echo "packages: FAILED: $*" >&2; exit 1; }
 # What the machine can't do says nothing about the packages, which aren't in play by then.
-impossible() { say "NOT SHOWN: $*; the packages are built and checked, but were not installed"; exit 0; }
+impossible() { say "SKIPPED: $*; the packages are built and checked, but were not installed"; say "1 passed, 0 failed, 1 skipped"; exit 0; }
 inside() { timeout 120 nsenter -t "$machine" -m -u -i -n -p "$@"; }
 
 cleanup()
@@ -29,6 +29,7 @@ cleanup()
 if [ "$(id -u)" -ne 0 ]
 then
     say "SKIPPED: to install packages in a system of their own takes root; run it with sudo"
+    say "0 passed, 0 failed, 2 skipped"
     exit 0
 fi
 trap cleanup EXIT
@@ -45,11 +46,13 @@ say "lintian finds no errors in $(cd "$work/1" && echo *.deb)"
 # ---- what is built on them ----
 "$root/packaging/test-development.sh" "$work/1" "$work/development"
 
-# ---- a Debian system that boots, kept in the build folder for the next time ----
-base=$build/packages-base.tar
+# ---- a Debian system that boots, with what the packages need of others; kept in the build folder for the next time ----
+needed=$(for file in "$work"/1/*.deb; do dpkg-deb -f "$file" Depends; done | tr ',' '\n' |
+    sed -E 's/^ *([a-z0-9.+-]+).*/\1/' | grep -vE '^(lib)?varlo-analytics|-dev$|^$' | sort -u | paste -sd,)
+base=$build/packages-base-$(echo "$needed" | cksum | cut -d' ' -f1).tar
 if [ ! -s "$base" ]
 then
-    timeout 600 mmdebstrap --quiet --variant=essential --include=systemd,libexpat1,libpugixml1v5,libsqlite3-0,libssl3,zlib1g,init-system-helpers \
+    timeout 600 mmdebstrap --quiet --variant=essential --include="$needed,systemd,init-system-helpers" \
         --dpkgopt='path-exclude=/usr/share/doc/*' --dpkgopt='path-exclude=/usr/share/man/*' \
         --dpkgopt='path-exclude=/usr/share/locale/*' bookworm "$work/base.tar" || impossible "no base system could be fetched"
     mv "$work/base.tar" "$base"
@@ -136,6 +139,14 @@ inside grep -q '<maxResource>99<' /etc/varlo-analytics/settings.xml || fail "the
 [ "$(inside dpkg-query -W -f '${Version}' varlo-analytics-host)" = "$(dpkg-deb -f "$work"/2/varlo-analytics-host_*.deb Version)" ] || fail "no upgrade"
 say "the upgrade keeps profiles and settings"
 
+# ---- a library alone: the service doesn't go on with the deleted one ----
+before=$(main_pid)
+inside sh -c 'dpkg -i /root/libvarlo-analytics-platform*-2_*.deb' >"$work/dpkg.log" 2>&1 || { cat "$work/dpkg.log"; fail "dpkg -i of a library"; }
+active "after the upgrade of a library"
+[ "$(main_pid)" != "$before" ] || fail "the upgrade of a library did not restart the service"
+! inside grep -q 'varlo.*(deleted)' "/proc/$(main_pid)/maps" || fail "the service uses a deleted library"
+say "the upgrade of a library restarts the service"
+
 # ---- remove, then purge ----
 packages=$(for file in "$work"/1/*.deb; do dpkg-deb -f "$file" Package; done)
 inside dpkg -r $packages >"$work/dpkg.log" 2>&1 || { cat "$work/dpkg.log"; fail "dpkg -r"; }
@@ -146,4 +157,4 @@ inside test ! -e /run/varlo-analytics || fail "the engine's folder is still ther
 inside dpkg -P $packages >"$work/dpkg.log" 2>&1 || { cat "$work/dpkg.log"; fail "dpkg -P"; }
 inside test ! -e /etc/varlo-analytics -a ! -e /var/lib/varlo-analytics -a ! -e /var/log/varlo-analytics || fail "the purge left files"
 say "removed and purged"
-say "OK"
+say "2 passed, 0 failed"
