@@ -42,6 +42,7 @@ class Judge
         XML_SetStartNamespaceDeclHandler(parser, Declare);
         XML_SetStartCdataSectionHandler(parser, [](void* self) { Self(self).m_survey.sections = true; });
         XML_SetStartDoctypeDeclHandler(parser, Type);
+        XML_SetXmlDeclHandler(parser, Version);
         XML_SetSkippedEntityHandler(parser, Entity);
     }
 
@@ -96,6 +97,13 @@ class Judge
         const bool named = system != nullptr || publicId != nullptr;
         if (inner != 0 || (named && !judge.m_limits.namedType))
             judge.Refuse("a document type declaration is not accepted");
+    }
+
+    static void Version(void* self, const char* version, const char* /*encoding*/, int /*standalone*/)
+    {
+        const std::string_view number = version == nullptr ? "1.0" : version;
+        if (!number.starts_with("1.") || number.find_first_not_of("0123456789", 2) != number.npos)
+            Self(self).Refuse("the version of XML is not 1.0");
     }
 
     // Only a document with a named type gets here: elsewhere a reference to an unknown entity is an error.

@@ -31,6 +31,8 @@ TEST(Reader, SaysWhereAndWhyItRefuses)
         {"<a>\n&e;</a>", 2, 1, "undefined entity"},
         {"<a\n b='1'\n b='2'/>", 3, 2, "duplicate attribute"},
         {"<a xmlns:p='u' xmlns:q='u' p:k='1' q:k='2'/>", 1, 1, "duplicate attribute"},
+        {"<?xml version='2.0'?><a/>", 1, 1, "the version of XML is not 1.0"},
+        {"<?xml version='1.x'?><a/>", 1, 1, "the version of XML is not 1.0"},
         {"\n<!DOCTYPE a [<!ENTITY e 'x'>]><a/>", 2, 13, "a document type declaration is not accepted"},
     };
     for (const Refusal& refusal : refusals)
