@@ -45,8 +45,10 @@ if(TARGET varlo-analytics)
             ${CMAKE_SOURCE_DIR}/docs/clients.md
             DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${name} COMPONENT ${component})
     endforeach()
-    install(FILES ${CMAKE_SOURCE_DIR}/docs/fleet.md DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${package_client}
-        COMPONENT client)
+    install(FILES ${CMAKE_SOURCE_DIR}/docs/fleet.md ${CMAKE_SOURCE_DIR}/docs/console.md
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${package_client} COMPONENT client)
+    install(FILES ${CMAKE_SOURCE_DIR}/docs/pictures/car-park.png ${CMAKE_SOURCE_DIR}/docs/pictures/console.png
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${package_client}/pictures COMPONENT client)
 endif()
 
 foreach(component ${components})

@@ -154,7 +154,8 @@ int RunCommandLine(int argc, char** argv)
     AddOptions(app, session);
     for (const auto add : {AddProfileCommands, AddAvailabilityCommand, AddBehaviorCommands, AddSceneCommands,
                            AddControlCommands, AddFolderCommands, AddPlanCommands, AddZoneCommands,
-                           AddShowCommand, AddValidateCommand, AddStatusCommand, AddCameraCommands})
+                           AddShowCommand, AddValidateCommand, AddStatusCommand, AddCameraCommands,
+                           AddConsoleCommand})
         add(app, session);
     try
     {

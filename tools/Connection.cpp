@@ -28,6 +28,7 @@ namespace
 
 // A document of the service has some megabytes at most; an answer of any size would fill the memory.
 constexpr ULONG64 kLongestAnswer = 64 << 20;
+constexpr std::size_t kLongestHead = 64 << 10;
 // A wait may end a little before its time.
 constexpr std::chrono::milliseconds kTolerance(20);
 
@@ -145,9 +146,13 @@ int Connection::Left() const
 
 std::size_t Connection::Receive(soap* context, char* buffer, std::size_t size)
 {
-    const auto* const self = static_cast<const Connection*>(context->user);
+    auto* const self = static_cast<Connection*>(context->user);
     context->recv_timeout = self->Left();
-    return context->recv_timeout == 0 ? 0 : self->m_receive(context, buffer, size);
+    if (context->recv_timeout == 0 || self->m_receivable == 0)
+        return 0;
+    const std::size_t received = self->m_receive(context, buffer, std::min(size, self->m_receivable));
+    self->m_receivable -= std::min(received, self->m_receivable);
+    return received;
 }
 
 int Connection::Send(soap* context, const char* data, std::size_t size)
@@ -165,6 +170,7 @@ int Connection::Send(soap* context, const char* data, std::size_t size)
 void Connection::Begin()
 {
     Clear();
+    m_receivable = std::numeric_limits<std::size_t>::max();
     m_end = Clock::now() + m_access.timeout;
     if (m_deadline)
         m_end = std::min(m_end, *m_deadline);
@@ -178,6 +184,31 @@ void Connection::Begin()
         m_soap.userid = m_access.user.c_str();
         m_soap.passwd = m_access.password.c_str();
     }
+}
+
+Connection::Fetched Connection::Get(std::size_t most)
+{
+    Begin();
+    m_receivable = most + kLongestHead;
+    Fetched fetched;
+    if (soap_GET(&m_soap, m_access.url.c_str(), nullptr) != SOAP_OK || soap_begin_recv(&m_soap) != SOAP_OK)
+    {
+        if (m_soap.error < 301 || m_soap.error > 308)
+            Fail();
+        fetched.location = m_soap.endpoint;
+        soap_closesock(&m_soap);
+        return fetched;
+    }
+    std::size_t size = 0;
+    if (const char* const body = soap_http_get_body(&m_soap, &size))
+        fetched.body.assign(body, size);
+    else
+        Fail();
+    if (size > most)
+        throw Failure(Exit::Unreachable, "it is larger than " + std::to_string(most >> 20) + " MiB");
+    soap_end_recv(&m_soap);
+    soap_closesock(&m_soap);
+    return fetched;
 }
 
 void Connection::Fail()

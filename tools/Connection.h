@@ -34,6 +34,14 @@ class Connection
         return response;
     }
 
+    // What the address gives to GET: at most `most` bytes, or where it redirects to.
+    struct Fetched
+    {
+        std::string body;
+        std::string location; // empty: no redirect
+    };
+    Fetched Get(std::size_t most);
+
   private:
     // Hooks of the context: its own timeouts begin anew with each piece, ours don't.
     static std::size_t Receive(soap* context, char* buffer, std::size_t size);
@@ -51,6 +59,7 @@ class Connection
     Access m_access;
     std::optional<Clock::time_point> m_deadline;
     Clock::time_point m_end; // of the call
+    std::size_t m_receivable = 0; // bytes that the answer may still have
     soap m_soap;
     std::size_t (*m_receive)(soap*, char*, std::size_t);
     int (*m_send)(soap*, const char*, std::size_t);

@@ -72,6 +72,7 @@ void AddShowCommand(CLI::App& app, Session& session);
 void AddValidateCommand(CLI::App& app, Session& session);
 void AddStatusCommand(CLI::App& app, Session& session);
 void AddCameraCommands(CLI::App& app, Session& session);
+void AddConsoleCommand(CLI::App& app, Session& session);
 
 // A command below `parent` that does `run`, with examples under its help, a line each.
 CLI::App* AddCommand(CLI::App& parent, Session& session, const std::string& name,

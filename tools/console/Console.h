@@ -1,0 +1,70 @@
+#pragma once
+
+#include "Access.h"
+#include "console/Picture.h"
+#include "console/WebServer.h"
+#include "documents/DocumentJson.h"
+#include "documents/Frame.h"
+
+#include <deque>
+#include <mutex>
+#include <optional>
+#include <vector>
+
+namespace client
+{
+
+struct ConsoleCamera
+{
+    Access access;
+    Frame frame;
+};
+
+// What the page asks: its own files, the picture, and below /api/ the cameras in JSON. Every request that
+// needs a camera talks to it over a connection of its own.
+class Console
+{
+  public:
+    Console(const std::vector<ConsoleCamera>& cameras, std::optional<Picture> picture);
+
+    // Any thread. Never throws.
+    WebAnswer Answer(const std::string& method, const std::string& target, const std::string& body);
+
+  private:
+    // No operation tells these: known once they have been switched here.
+    struct Camera
+    {
+        ConsoleCamera known;
+        std::optional<bool> analytics;
+        std::optional<bool> motion;
+    };
+    using Route = Json (Console::*)(const Json& request);
+    struct Entry
+    {
+        const char* method;
+        const char* path;
+        Route route;
+    };
+    static const Entry kRoutes[];
+
+    WebAnswer Routed(const std::string& method, const std::string& target, const std::string& body);
+
+    Json Overview(const Json& request);
+    Json Profiles(const Json& request);
+    Json Behaviors(const Json& request);
+    Json Document(const Json& request);
+    Json ChangeProfile(const Json& request);
+    Json Switch(const Json& request);
+    Json Check(const Json& request);
+    Json Review(const Json& request);
+    Json Save(const Json& request);
+    Json Scale(const Json& request);
+
+    Camera& CameraOf(const Json& request, const char* key = "camera");
+
+    std::mutex m_mutex; // guards what is switched
+    std::deque<Camera> m_cameras;
+    std::optional<Picture> m_picture;
+};
+
+} // namespace client
