@@ -265,9 +265,10 @@ void AddApply(CLI::App& app, Session& session)
     command
         ->add_option("--max-fail", arguments->maxFail, "Begin no other host once more than these have failed")
         ->type_name("NUMBER|PERCENT%");
-    command->add_flag("--force", session.force,
-                      "Don't ask before much is changed or something is deleted, and send a document although "
-                      "there is an error in it");
+    command->add_flag(
+        "--force", session.force,
+        "Don't ask before much is changed or something is deleted, and send a document although "
+        "there is an error in it");
 }
 
 } // namespace

@@ -206,7 +206,7 @@ class Thousand(ManyTest):
             self.assertLess(peak, 64 * 1024)
 
     def test_an_interrupted_run_tells_what_was_done(self):
-        process = self.start("apply", self.folder, "--timeout", 60, "--host-timeout", 120, "--jobs", 4)
+        process = self.start("apply", self.folder, "--force", "--timeout", 60, "--host-timeout", 120, "--jobs", 4)
         told = [json.loads(process.stdout.readline()) for _ in range(20)]
         process.send_signal(signal.SIGINT)
         started = time.monotonic()
