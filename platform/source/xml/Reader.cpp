@@ -130,7 +130,7 @@ class Judge
 // Each thread keeps a parser for its next text, with the memory that it has taken.
 thread_local Parser gKept;
 
-// One that is out of memory can't be used again, so that whoever has used one keeps it.
+// Whoever takes it gives it back after a reading that ended well: one that ran out of memory ends.
 Parser TakeParser()
 {
     // Drawn once, so that nobody can choose names that fall on one place of the parser's tables.
