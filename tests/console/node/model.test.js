@@ -38,7 +38,7 @@ const STEPS = {
     removePoint: fc.tuple(pick, pick), removeShape: pick, field: fc.tuple(pick, number), name: fc.tuple(pick, fc.string({ unit: 'grapheme' })),
     paste: fc.tuple(pick, point), undo: fc.constant(null), redo: fc.constant(null),
 };
-const steps = fc.array(fc.oneof(...Object.entries(STEPS).map(([name, value]) => fc.tuple(fc.constant(name), value))), { maxLength: 14 });
+const steps = fc.array(fc.oneof(...Object.entries(STEPS).map(([name, value]) => fc.tuple(fc.constant(name), value))), { minLength: 2, maxLength: 14, size: 'max' });
 
 const one = (list, index) => list[index % list.length];
 

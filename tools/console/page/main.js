@@ -52,19 +52,12 @@ async function newPicture() {
         probe.src = url;
         await probe.decode();
         picture.show(url);
-        ratio(probe.naturalWidth, probe.naturalHeight);
+        state.picture = [probe.naturalWidth, probe.naturalHeight];
         alarm('picture', '');
     } catch (error) {
         alarm('picture', error instanceof api.Refused ? error.message : 'The picture can’t be shown: it is damaged.');
     }
     render();
-}
-
-function ratio(width, height) {
-    const [w, h] = state.frame;
-    const other = Math.abs(width / height - w / h) > 0.02 * (w / h);
-    $('picture-note').hidden = !other;
-    $('picture-note').textContent = `The picture has ${width} × ${height} pixels, another ratio than the frame ${w} × ${h}: it is shown stretched to the frame. Coordinates count in the frame.`;
 }
 
 function step(to) {

@@ -20,6 +20,7 @@ export function render() {
     renderFields(history);
     renderDrawing();
     renderFindings();
+    renderRatio();
 }
 
 export function renderButtons(history, shapes) {
@@ -82,4 +83,12 @@ export function renderDrawing() {
 export function renderFindings() {
     $('findings').hidden = !state.findings.length || !draft();
     $('findings').replaceChildren(...state.findings.map(({ level, text }) => element('li', { class: level, dir: 'auto' }, text)));
+}
+
+function renderRatio() {
+    const [width, height] = state.picture ?? state.frame;
+    const [w, h] = state.frame;
+    const other = Math.abs(width * h - w * height) > 0.02 * w * height;
+    $('picture-note').hidden = !other;
+    $('picture-note').textContent = other ? `The picture has ${width} × ${height} pixels, another ratio than the frame ${w} × ${h}: it is shown stretched to the frame. Coordinates count in the frame.` : '';
 }

@@ -12,6 +12,7 @@ export const $ = id => document.getElementById(id);
 export const state = {
     cameras: [], camera: 0, frame: [320, 240], profiles: [], profile: null, behaviors: [], behavior: null,
     kind: null, // of the open document: { model, zone, points }
+    picture: null, // its width and height
     drafts: {}, selected: null, vertex: null, drawing: null, findings: [], alerts: {},
 };
 
