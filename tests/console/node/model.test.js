@@ -137,6 +137,12 @@ test('what is moved stays in the frame, what is beyond gets no farther away', ()
     }), { numRuns: RUNS });
 });
 
+test('a coordinate that is no number yet is drawn at 0, and kept as it is typed', () => {
+    const doc = { excludeZones: [[['', 5], [10, '-'], [20, 30]]] };
+    assert.deepEqual(model.shapes(doc)[0].points, [[0, 5], [10, 0], [20, 30]]);
+    assert.deepEqual(model.get(doc, 'excludeZones/0'), [['', 5], [10, '-'], [20, 30]]);
+});
+
 test('a value that is changed back is no change, and a drag that comes back is no step', () => {
     const doc = { rois: [{ name: 'Gate', vertices: [[1, 2], [3, 4], [5, 6]] }] };
     const [shape] = model.shapes(doc);

@@ -294,7 +294,7 @@ describe('edited', () => {
 
     test('a zone is copied to the same behavior, another one and another profile', async () => {
         const other = await service.create('Other');
-        const copy = async fields => {
+        const copy = async (fields, pattern) => {
             await desk.press('Copy zone');
             for (const [label, value] of Object.entries(fields)) {
                 const select = await desk.find('combobox', label);
@@ -304,17 +304,18 @@ describe('edited', () => {
             }
             // The behaviors of another profile come from the camera.
             await until(() => desk.page.$eval('#choice-behavior', one => one.options.length === 9), 'the behaviors');
+            await desk.page.$eval('#status', one => { one.textContent = ''; });
             await desk.press('OK');
-            await desk.says(/copied/);
+            await desk.says(pattern);
         };
         await until(async () => desk.maybe('option', 'Other'), 'the new profile', 20);
-        await copy({});
+        await copy({}, /copied\. Save to store it/);
         await until(async () => (await desk.page.$$('[data-key^="rois/"]')).length === 2, 'the copy');
         await desk.press('Undo');
-        await copy({ Behavior: 'Directional Motion' });
+        await copy({ Behavior: 'Directional Motion' }, /copied and stored there/);
         const here = await taken(desk.page, await service.behavior(profile, BEHAVIORS[3].id));
         assert.deepEqual([here.zones[0].name, here.zones[0].points], ['Gate', await desk.points()]);
-        await copy({ Profile: 'Other', Behavior: 'Loitering Detection' });
+        await copy({ Profile: 'Other', Behavior: 'Loitering Detection' }, /copied and stored there/);
         const there = await taken(desk.page, await service.behavior(other, BEHAVIORS[4].id));
         assert.deepEqual([there.zones[0].name, there.zones[0].points], ['Gate', await desk.points()]);
         desk.sound();

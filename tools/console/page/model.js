@@ -31,6 +31,9 @@ export function equal(a, b) {
     return keys.length === Object.keys(b).length && keys.every(key => Object.hasOwn(b, key) && equal(a[key], b[key]));
 }
 
+// A coordinate that is being typed, and is no number yet, is drawn at 0.
+const drawn = points => points.map(point => point.map(value => (Number.isInteger(value) ? value : 0)));
+
 // ---- shapes -----------------------------------------------------------------------------------
 
 // All that is drawn of the document: { key, kind: zone | exclude | box | line, title, name, points, at }.
@@ -38,13 +41,13 @@ export function equal(a, b) {
 export function shapes(doc) {
     const excludes = (doc?.excludeZones ?? []).map((points, i) => {
         const title = `Exclude zone ${i + 1}`;
-        return { key: `excludeZones/${i}`, at: `excludeZones/${i}`, kind: 'exclude', title, name: title, points };
+        return { key: `excludeZones/${i}`, at: `excludeZones/${i}`, kind: 'exclude', title, name: title, points: drawn(points) };
     });
     const zones = (doc?.rois ?? []).map((zone, i) => ({
-        key: `rois/${i}`, at: `rois/${i}/vertices`, kind: 'zone', title: `Zone ${zone.name}`, name: zone.name, points: zone.vertices,
+        key: `rois/${i}`, at: `rois/${i}/vertices`, kind: 'zone', title: `Zone ${zone.name}`, name: zone.name, points: drawn(zone.vertices),
     }));
     const pairs = PAIRS.filter(([key]) => get(doc, key)).map(([key, title, kind]) => ({
-        key, at: key, kind, title, name: title, points: get(doc, key),
+        key, at: key, kind, title, name: title, points: drawn(get(doc, key)),
     }));
     return [...excludes, ...zones, ...pairs];
 }

@@ -66,7 +66,7 @@ export function renderFields(history) {
     if (zone) zoneFields.show(history.doc, findings);
     const { drawing } = state;
     if (drawing) points.show(drawing.points, { vertex: null, more: drawing.points.length < drawing.max ? drawing.next : null });
-    else points.show(chosen?.points ?? [], { vertex: state.vertex, findings, at: chosen?.at });
+    else points.show(chosen ? model.get(history.doc, chosen.at) : [], { vertex: state.vertex, findings, at: chosen?.at });
 }
 
 export function renderDrawing() {
