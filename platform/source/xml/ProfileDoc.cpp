@@ -8,6 +8,7 @@
 #include "xml/Text.h"
 
 #include <algorithm>
+#include <limits>
 
 namespace analytics
 {
@@ -32,7 +33,8 @@ void ForEachWith(const xml::Tree& tree, std::string_view space, std::string_view
 
 // The same in the namespace of the engine form.
 std::vector<xml::Match> FormElements(xml::Tree* tree, const char* name, const char* attribute,
-                                     const std::string& value, std::size_t most = -1)
+                                     const std::string& value,
+                                     std::size_t most = std::numeric_limits<std::size_t>::max())
 {
     std::vector<xml::Match> found;
     if (tree == nullptr || value.empty())

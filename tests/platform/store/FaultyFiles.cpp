@@ -26,8 +26,7 @@ std::map<std::string, const sqlite3_file*> gWriters;
 int gCheckpoints = 0;
 
 // In the shared memory of a log, as SQLite's file format fixes them.
-constexpr int kWriteLock = 0;
-constexpr int kCheckpointLock = 1;
+constexpr int kCheckpointLock = 1; // that of writing is 0
 
 struct File : sqlite3_file
 {
