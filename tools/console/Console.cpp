@@ -115,8 +115,8 @@ const Console::Entry Console::kRoutes[] = {
     {"POST", "/api/scale", &Console::Scale},
 };
 
-Console::Console(const std::vector<ConsoleCamera>& cameras, std::optional<Picture> picture)
-    : m_picture(std::move(picture))
+Console::Console(const std::vector<ConsoleCamera>& cameras, bool choice, std::optional<Picture> picture)
+    : m_choice(choice), m_picture(std::move(picture))
 {
     for (const ConsoleCamera& camera : cameras)
         m_cameras.push_back({camera, std::nullopt, std::nullopt});
@@ -201,7 +201,7 @@ Json Console::Overview(const Json&)
         cameras.push_back({{"title", Title(camera.known.access.url)},
                            {"url", camera.known.access.url},
                            {"frame", {camera.known.frame.width, camera.known.frame.height}}});
-    return {{"cameras", cameras}, {"picture", m_picture.has_value()}};
+    return {{"cameras", cameras}, {"choice", m_choice}, {"picture", m_picture.has_value()}};
 }
 
 Json Console::Profiles(const Json& request)

@@ -25,7 +25,8 @@ struct ConsoleCamera
 class Console
 {
   public:
-    Console(const std::vector<ConsoleCamera>& cameras, std::optional<Picture> picture);
+    // With `choice` the page lets the person choose a camera, even of one.
+    Console(const std::vector<ConsoleCamera>& cameras, bool choice, std::optional<Picture> picture);
 
     // Any thread. Never throws.
     WebAnswer Answer(const std::string& method, const std::string& target, const std::string& body);
@@ -64,6 +65,7 @@ class Console
 
     std::mutex m_mutex; // guards what is switched
     std::deque<Camera> m_cameras;
+    bool m_choice;
     std::optional<Picture> m_picture;
 };
 

@@ -61,7 +61,7 @@ void Serve(Session& session, const Arguments& arguments)
         picture.emplace(arguments.picture, cameras.front().access);
         picture->Read();
     }
-    Console console(cameras, picture);
+    Console console(cameras, !arguments.hosts.empty(), picture);
     WebServer server(arguments.port, [&console](const auto& method, const auto& target, const auto& body)
                      { return console.Answer(method, target, body); });
     std::printf("console on %s\n", server.Url().c_str());

@@ -109,9 +109,9 @@ async function start() {
         state.drafts = {};
     }
     render();
-    const { cameras, picture: hasPicture } = await api.read('console');
+    const { cameras, choice, picture: hasPicture } = await api.read('console');
     state.cameras = cameras;
-    $('camera-choice').hidden = cameras.length < 2;
+    $('camera-choice').hidden = !choice;
     $('camera').replaceChildren(...cameras.map(({ title }, i) => element('option', { value: i }, title)));
     $('new-picture').hidden = !hasPicture;
     if (hasPicture) newPicture();
