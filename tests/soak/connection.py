@@ -70,9 +70,9 @@ def make_certificates(folder):
                        stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
 
     key = ("-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:prime256v1", "-nodes")
-    openssl("req", "-x509", *key, "-days", "2", "-subj", "/CN=Soak", "-keyout", "authority.key", "-out", "authority.pem")
+    openssl("req", "-x509", *key, "-days", "60", "-subj", "/CN=Soak", "-keyout", "authority.key", "-out", "authority.pem")
     (folder / "names").write_text("subjectAltName=DNS:localhost,IP:127.0.0.1\n")
     for name in ("service", "client"):
         openssl("req", *key, "-subj", f"/CN={name}", "-keyout", f"{name}.key", "-out", f"{name}.request")
         openssl("x509", "-req", "-in", f"{name}.request", "-CA", "authority.pem", "-CAkey", "authority.key",
-                "-set_serial", str(len(name)), "-days", "2", "-extfile", "names", "-out", f"{name}.pem")
+                "-set_serial", str(len(name)), "-days", "60", "-extfile", "names", "-out", f"{name}.pem")

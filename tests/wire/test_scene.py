@@ -55,9 +55,7 @@ class SceneTest(ServiceTest):
     def give_preset(self, profile, preset):
         """No operation sets a preset: the camera's own software does."""
         self.host.stop()
-        [store] = [path for path in self.host.state.iterdir()
-                   if path.is_file() and path.read_bytes().startswith(b"SQLite format 3\0")]
-        with sqlite3.connect(store) as connection:
+        with sqlite3.connect(self.host.state / "profiles.db") as connection:
             connection.execute("UPDATE profile SET preset = ? WHERE id = ?", (preset, profile))
         connection.close()
         self.host.start()
