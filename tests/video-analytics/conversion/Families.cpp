@@ -29,6 +29,8 @@ bool HasIdleDocument(const std::string& name)
 {
     for (const auto& golden : std::filesystem::recursive_directory_iterator(TEST_DATA "/" + name))
     {
+        if (golden.is_directory())
+            continue;
         pugi::xml_document document;
         const pugi::xml_node behavior = Load(document, golden.path());
         if (behavior.attribute("version") && !behavior.attribute("active").as_bool() &&
