@@ -67,7 +67,8 @@ TEST_F(AuditTrailTest, WhatAChangeThrowsIsItsResult)
 
 TEST_F(AuditTrailTest, TheCallerOfTheRequestIsNamed)
 {
-    const RequestScope request(Caller{"guard", Role::Operator, "192.0.2.7", "5f3a9c01"});
+    const Caller caller{"guard", Role::Operator, "192.0.2.7", "5f3a9c01"};
+    const RequestScope request(caller);
     AuditStop(3);
     const Json line = Lines().at(0);
     EXPECT_EQ(line["user"], "guard");

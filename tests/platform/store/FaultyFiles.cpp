@@ -26,7 +26,8 @@ std::map<std::string, const sqlite3_file*> gWriters;
 int gCheckpoints = 0;
 
 // In the shared memory of a log, as SQLite's file format fixes them.
-constexpr int kCheckpointLock = 1; // that of writing is 0
+constexpr int kCheckpointLock = 1;
+constexpr int kNoLock = -1;
 
 struct File : sqlite3_file
 {
@@ -60,8 +61,20 @@ void Look()
         gLook();
 }
 
+void RequireOneWriter(sqlite3_file* file, int offset)
+{
+    const std::lock_guard hold(gMutex);
+    gCheckpoints += offset == kCheckpointLock ? 1 : 0;
+    if (gWriters.emplace(static_cast<File*>(file)->name, file).first->second == file)
+        return;
+    std::fputs("a second connection writes or takes the checkpoint lock\n", stderr);
+    std::abort();
+}
+
 int Write(sqlite3_file* file, const void* data, int size, sqlite3_int64 at)
 {
+    if (!static_cast<File*>(file)->name.empty()) // as that of a temporary file is
+        RequireOneWriter(file, kNoLock);
     Look();
     if (gLook)
     {
@@ -75,16 +88,6 @@ int Truncate(sqlite3_file* file, sqlite3_int64 size)
 {
     Look();
     return Try(Call::kTruncate, [&] { return Do(file).xTruncate(Real(file), size); });
-}
-
-void RequireOneWriter(sqlite3_file* file, int offset)
-{
-    const std::lock_guard hold(gMutex);
-    gCheckpoints += offset == kCheckpointLock ? 1 : 0;
-    if (gWriters.emplace(static_cast<File*>(file)->name, file).first->second == file)
-        return;
-    std::fputs("a second connection writes or takes the checkpoint lock\n", stderr);
-    std::abort();
 }
 
 int Close(sqlite3_file* file)
@@ -101,7 +104,8 @@ int Close(sqlite3_file* file)
 int ShmLock(sqlite3_file* file, int offset, int count, int flags)
 {
     const bool writes = (flags & SQLITE_SHM_LOCK) != 0 && (flags & SQLITE_SHM_EXCLUSIVE) != 0;
-    if (writes && offset <= kCheckpointLock)
+    // A reader that meets half of a change in the log's index takes the lock of writing (0) for a moment.
+    if (writes && offset == kCheckpointLock)
         RequireOneWriter(file, offset);
     const auto action = [&] { return Do(file).xShmLock(Real(file), offset, count, flags); };
     return (flags & SQLITE_SHM_LOCK) != 0 ? Try(Call::kLock, action) : action();
