@@ -28,7 +28,7 @@ def openssl(*arguments, **options):
 
 
 def make_authority(folder, name):
-    openssl("req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:P-256", "-nodes", "-days", "2",
+    openssl("req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:P-256", "-nodes", "-days", "60",
             "-subj", f"/CN={name}", "-keyout", folder / f"{name}.key", "-out", folder / f"{name}.pem")
 
 
@@ -37,7 +37,7 @@ def make_certificate(folder, name, authority, subject=None):
             "-keyout", folder / f"{name}.key", "-out", folder / f"{name}.csr")
     (folder / "extensions").write_text("subjectAltName=IP:127.0.0.1\n")
     openssl("x509", "-req", "-in", folder / f"{name}.csr", "-CA", folder / f"{authority}.pem", "-CAkey",
-            folder / f"{authority}.key", "-CAcreateserial", "-days", "2", "-extfile", folder / "extensions",
+            folder / f"{authority}.key", "-CAcreateserial", "-days", "60", "-extfile", folder / "extensions",
             "-out", folder / f"{name}.pem")
 
 
@@ -323,8 +323,9 @@ class Start(AccessTest):
             command = self.host.command()
             command[command.index("--listen") + 1] = "0.0.0.0:0"
             with subprocess.Popen(command, stderr=subprocess.PIPE, text=True) as process:
-                self.assertRegex(process.stderr.readline(), rf"^listening on {scheme}://0\.0\.0\.0:\d+/\n$")
+                said = process.stderr.readline()
                 process.terminate()
+                self.assertRegex(said, rf"^listening on {scheme}://0\.0\.0\.0:\d+/\n$")
                 self.assertEqual(process.wait(timeout=60), 0)
 
     def test_files_that_cannot_be_used(self):

@@ -206,7 +206,7 @@ class Tls(ClientTest):
         cls.addClassCleanup(service.shutil.rmtree, cls.folder)
         for name, extension in (("server", "IP:127.0.0.1"), ("other", "DNS:elsewhere.example"), ("client", "DNS:client")):
             subprocess.run(["openssl", "req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:prime256v1", "-nodes",
-                            "-days", "2", "-subj", f"/CN={name}", "-addext", f"subjectAltName={extension}",
+                            "-days", "60", "-subj", f"/CN={name}", "-addext", f"subjectAltName={extension}",
                             "-keyout", f"{name}.key", "-out", f"{name}.pem"], cwd=cls.folder, check=True,
                            capture_output=True, timeout=120)
 

@@ -41,14 +41,14 @@ class Certificates(unittest.TestCase):
         (cls.folder / "serial").write_text("01\n")
         (cls.folder / "ca.conf").write_text(CONFIGURATION.format(cls.folder))
         for name in ("authority", "stranger"):
-            cls.openssl("req", "-x509", *KEY, "-days", "2", "-subj", f"/CN={name}", "-addext", "subjectAltName=IP:127.0.0.1",
+            cls.openssl("req", "-x509", *KEY, "-days", "60", "-subj", f"/CN={name}", "-addext", "subjectAltName=IP:127.0.0.1",
                         "-keyout", f"{name}.key", "-out", f"{name}.pem")
         for name, extension, dates in (("server", "IP:127.0.0.1", ()), ("expired", "IP:127.0.0.1", LONG_AGO),
                                        ("early", "IP:127.0.0.1", FAR_AHEAD), ("elsewhere", "DNS:elsewhere.example", ()),
                                        ("client", "DNS:client", ()), ("revoked", "DNS:revoked", ())):
             cls.openssl("req", "-new", *KEY, "-subj", f"/CN={name}", "-addext", f"subjectAltName={extension}",
                         "-keyout", f"{name}.key", "-out", f"{name}.csr")
-            cls.authority("-in", f"{name}.csr", "-out", f"{name}.pem", *(dates or ("-days", "2")))
+            cls.authority("-in", f"{name}.csr", "-out", f"{name}.pem", *(dates or ("-days", "60")))
         cls.authority("-revoke", "revoked.pem")
         cls.authority("-gencrl", "-out", "revoked.crl")
 
