@@ -38,7 +38,7 @@ debian_package(api libs "${package_platform}@SAME@" "SOAP web service of a camer
 debian_package(platform libs "" "platform layer of a camera's video analytics"
     "Durable profile store, plug-in folder, settings document and server, on"
     "which the SOAP web service of the video analytics stands.")
-debian_package(host net "${package_api}@SAME@, ${package_platform}@SAME@, systemd | systemd-standalone-sysusers | systemd-sysusers"
+debian_package(host net "${package_api}@SAME@, ${package_platform}@SAME@, procps, systemd | systemd-standalone-sysusers | systemd-sysusers"
     "SOAP web service of a camera's video analytics (service)"
     "The process that hosts the service, its plug-ins and settings, and the"
     "WSDL for the clients. It runs without privileges under systemd.")
