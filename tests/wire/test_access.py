@@ -32,12 +32,12 @@ def make_authority(folder, name):
             "-subj", f"/CN={name}", "-keyout", folder / f"{name}.key", "-out", folder / f"{name}.pem")
 
 
-def make_certificate(folder, name, authority, subject=None):
+def make_certificate(folder, name, authority, subject=None, days="60"):
     openssl("req", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:P-256", "-nodes", "-subj", f"/CN={subject or name}",
             "-keyout", folder / f"{name}.key", "-out", folder / f"{name}.csr")
     (folder / "extensions").write_text("subjectAltName=IP:127.0.0.1\n")
     openssl("x509", "-req", "-in", folder / f"{name}.csr", "-CA", folder / f"{authority}.pem", "-CAkey",
-            folder / f"{authority}.key", "-CAcreateserial", "-days", "60", "-extfile", folder / "extensions",
+            folder / f"{authority}.key", "-CAcreateserial", "-days", days, "-extfile", folder / "extensions",
             "-out", folder / f"{name}.pem")
 
 

@@ -12,7 +12,7 @@ import unittest
 
 import service
 from service import CONTENT_TYPES, HOST, envelope
-from test_access import MUTUAL, TLS, USERS, AccessTest, openssl, user
+from test_access import MUTUAL, TLS, USERS, AccessTest, make_certificate, openssl, user
 
 REQUEST = envelope("GetProfileList").encode()
 HEAD = f"POST / HTTP/1.1\r\nHost: camera\r\nContent-Type: {CONTENT_TYPES['1.1']}\r\nContent-Length: {len(REQUEST)}\r\n\r\n"
@@ -280,7 +280,8 @@ class Operators(AccessTest):
         self.refused_to_start("0.0.0.0 can be reached from outside", 'insecure="1"')
 
     def test_a_certificate_that_ends_soon_is_said(self):
-        self.start(TLS)  # it is good for two days
+        make_certificate(self.tls, "camera", "authority", days="2")
+        self.start(TLS)
         self.host.stop()
         said = [line for line in self.host.errors if "camera.pem: the certificate ends on 20" in line]
         self.assertEqual(len(said), 1, self.host.errors)
