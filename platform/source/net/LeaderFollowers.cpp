@@ -283,7 +283,7 @@ void LeaderFollowers::SetTimer()
     const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(since);
     itimerspec time = {};
     time.it_value.tv_sec = seconds.count();
-    time.it_value.tv_nsec = std::chrono::nanoseconds(since - seconds).count();
+    time.it_value.tv_nsec = static_cast<long>(std::chrono::nanoseconds(since - seconds).count());
     timerfd_settime(m_timer.Get(), TFD_TIMER_ABSTIME, &time, nullptr);
 }
 

@@ -134,7 +134,11 @@ thread_local Parser gKept;
 Parser TakeParser()
 {
     // Drawn once, so that nobody can choose names that fall on one place of the parser's tables.
-    static const unsigned long salt = (static_cast<unsigned long>(std::random_device()()) << 32U) | 1U;
+    static const unsigned long salt = []
+    {
+        std::random_device device;
+        return std::uniform_int_distribution<unsigned long>(1)(device);
+    }();
     Parser parser = std::move(gKept);
     if (parser == nullptr || XML_ParserReset(parser.get(), "UTF-8") == XML_FALSE)
         parser.reset(XML_ParserCreate_MM("UTF-8", &kMemory, kSeparator));
