@@ -1,8 +1,8 @@
 #include "Options.h"
 
-#include <CLI/CLI.hpp>
+#include <xml/Text.h>
 
-#include <charconv>
+#include <CLI/CLI.hpp>
 
 namespace
 {
@@ -21,9 +21,7 @@ std::optional<analytics::platform::Endpoint> ParseEndpoint(const std::string& te
     else if (address.find(':') != std::string::npos)
         return std::nullopt;
     std::uint16_t port = 0;
-    const char* const end = text.data() + text.size();
-    const auto [stop, error] = std::from_chars(text.data() + colon + 1, end, port);
-    if (error != std::errc() || stop != end)
+    if (analytics::xml::ReadInteger(std::string_view(text).substr(colon + 1), port) != std::errc())
         return std::nullopt;
     return analytics::platform::Endpoint{address, port};
 }

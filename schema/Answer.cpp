@@ -2,6 +2,8 @@
 
 #include <soapH.h>
 
+#include <xml/Text.h>
+
 #include <algorithm>
 #include <array>
 #include <string>
@@ -13,51 +15,8 @@ namespace
 constexpr std::array<std::string_view, 2> kQuotedNamespaces = {"http://www.w3.org/2003/05/soap-envelope",
                                                                "http://www.w3.org/2003/05/soap-encoding"};
 
-constexpr char32_t kSmallest[] = {0, 0, 0x80, 0x800, 0x10000}; // by the number of bytes
+constexpr char kReplacement[] = "?";
 
-std::size_t Announced(unsigned char first)
-{
-    if (first < 0x80)
-        return 1;
-    return first < 0xC0 ? 0 : first < 0xE0 ? 2 : first < 0xF0 ? 3 : first < 0xF8 ? 4 : 0;
-}
-
-bool IsXmlCharacter(char32_t code)
-{
-    if (code < 0x20)
-        return code == '\t' || code == '\n' || code == '\r';
-    return code <= 0x10FFFF && (code < 0xD800 || code > 0xDFFF) && code != 0xFFFE && code != 0xFFFF;
-}
-
-// The bytes of the character that `text` begins with; 0 if it is none that XML can hold.
-std::size_t FirstCharacter(std::string_view text)
-{
-    const auto first = static_cast<unsigned char>(text.front());
-    const std::size_t size = Announced(first);
-    if (size == 0 || size > text.size())
-        return 0;
-    char32_t code = size == 1 ? first : first & (0x7FU >> size);
-    for (const char c : text.substr(1, size - 1))
-    {
-        const auto byte = static_cast<unsigned char>(c);
-        if ((byte & 0xC0U) != 0x80)
-            return 0;
-        code = code << 6U | (byte & 0x3FU);
-    }
-    return code >= kSmallest[size] && IsXmlCharacter(code) ? size : 0;
-}
-
-std::string Mended(std::string_view text)
-{
-    std::string result;
-    while (!text.empty())
-    {
-        const std::size_t size = FirstCharacter(text);
-        result += size == 0 ? "?" : text.substr(0, size);
-        text.remove_prefix(size == 0 ? 1 : size);
-    }
-    return result;
-}
 template <class Character>
 void Replace(soap* soap, Character*& text, const std::string& mended)
 {
@@ -81,10 +40,10 @@ void MendFault(soap* soap)
     if (fault == nullptr)
         return;
     if (const char** const text = soap_faultstring(soap); text != nullptr && *text != nullptr)
-        Replace(soap, *text, Mended(*text));
+        Replace(soap, *text, analytics::xml::ToXmlText(*text, kReplacement));
     for (SOAP_ENV__Detail* const detail : {fault->detail, fault->SOAP_ENV__Detail})
         if (detail != nullptr && detail->__any != nullptr)
-            Replace(soap, detail->__any, Escaped(Mended(detail->__any)));
+            Replace(soap, detail->__any, Escaped(analytics::xml::ToXmlText(detail->__any, kReplacement)));
 }
 
 // A namespace of the message that matches a pattern of ours would take the place of our own.

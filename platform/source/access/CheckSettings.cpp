@@ -5,10 +5,10 @@
 #include "access/TlsSource.h"
 #include "access/Users.h"
 #include "xml/Reader.h"
+#include "xml/Text.h"
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cstdint>
 #include <limits>
 #include <string_view>
@@ -73,13 +73,6 @@ const Known* Find(const std::string& path)
     return known == kKnown.end() ? nullptr : known;
 }
 
-std::string Trimmed(const std::string& text)
-{
-    constexpr const char* kSpace = " \t\r\n";
-    const std::size_t begin = text.find_first_not_of(kSpace);
-    return begin == std::string::npos ? "" : text.substr(begin, text.find_last_not_of(kSpace) - begin + 1);
-}
-
 // One walk over a document.
 class Walk
 {
@@ -113,13 +106,12 @@ class Walk
     void Value(pugi::xml_node element, const Known& known, const std::string& name,
                const std::string& content)
     {
-        const std::string text = Trimmed(content);
+        const std::string text(analytics::xml::Trimmed(content));
         if (!known.number || text.empty())
             return;
         std::int64_t number = 0;
-        const char* const end = text.data() + text.size();
-        const auto [stop, error] = std::from_chars(text.data() + (text[0] == '+' ? 1 : 0), end, number);
-        if (error != std::errc() || stop != end || number < known.least || number > known.most)
+        if (analytics::xml::ReadInteger(text, number) != std::errc() || number < known.least ||
+            number > known.most)
             Add(element, name + " is \"" + text.substr(0, 40) + "\"; it takes a whole number from " +
                              std::to_string(known.least) + " to " + std::to_string(known.most));
     }

@@ -1,8 +1,9 @@
 #include "plugins/ManifestFile.h"
 
+#include "xml/Text.h"
+
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <limits>
 
 namespace analytics::platform
@@ -48,9 +49,7 @@ bool ReadNumber(const XmlFile& xml, const std::string& name, std::uint32_t max, 
     if (found.empty())
         return true;
     const std::string& text = found.front().text;
-    const char* const end = text.data() + text.size();
-    const auto [stop, failure] = std::from_chars(text.data(), end, number);
-    if (failure == std::errc() && stop == end && number <= max)
+    if (xml::ReadInteger(text, number) == std::errc() && number <= max)
         return true;
     error = {found.front().line, name + " is \"" + text.substr(0, 40) +
                                      "\" and has to be a whole number from 0 to " + std::to_string(max)};

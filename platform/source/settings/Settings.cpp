@@ -2,9 +2,7 @@
 
 #include "files/StandardError.h"
 #include "settings/SettingsSource.h"
-
-#include <charconv>
-#include <optional>
+#include "xml/Text.h"
 
 namespace analytics
 {
@@ -15,17 +13,6 @@ using platform::CurrentSettingsFile;
 
 constexpr std::uint32_t kMaxResource = 100;
 
-// The whole text as a decimal number that fits T. A plus sign is nothing that from_chars knows.
-template <class T>
-std::optional<T> ToNumber(const std::string& text)
-{
-    T number = 0;
-    const char* const end = text.data() + text.size();
-    const char* const begin = text.data() + (text.size() > 1 && text[0] == '+' && text[1] != '-' ? 1 : 0);
-    const auto [stop, error] = std::from_chars(begin, end, number);
-    return error == std::errc() && stop == end ? std::optional(number) : std::nullopt;
-}
-
 // A value that is there and can't be taken is a slip of whoever wrote it; who is told once.
 template <class T>
 T GetNumber(const std::string& key, T defaultValue)
@@ -34,12 +21,12 @@ T GetNumber(const std::string& key, T defaultValue)
     const auto& texts = document->Texts(key);
     if (texts.empty() || texts.front().empty())
         return defaultValue;
-    const std::optional<T> number = ToNumber<T>(texts.front());
-    if (!number && document->FirstComplaint(key))
+    T number = defaultValue;
+    if (xml::ReadInteger(texts.front(), number) != std::errc() && document->FirstComplaint(key))
         platform::Say(CurrentSettingsFile()->Path() + ": the value of " + key + ", \"" +
                       texts.front().substr(0, 40) + "\", is no whole number in range; " +
                       std::to_string(defaultValue) + " is used.");
-    return number.value_or(defaultValue);
+    return number;
 }
 } // namespace
 

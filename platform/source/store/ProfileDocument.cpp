@@ -1,34 +1,126 @@
 #include "store/ProfileDocument.h"
 
-#include "xml/EngineDocument.h"
+#include <analytics/ProfileDoc.h>
+#include <analytics/Settings.h>
+
+#include "xml/EngineForm.h"
+#include "xml/Nodes.h"
+#include "xml/Reader.h"
+
+#include <set>
 
 namespace analytics
 {
+using namespace engineform;
+
+namespace
+{
+constexpr char kRoot[] = "VideoAnalyticsConfiguration";
+constexpr char kActivePrefix[] = "va";
+
+// A configuration, whose parts go into the document of a profile as text.
+class StoredDocument : public ProfileDoc
+{
+  public:
+    // Binds the prefix to the namespace of the engine form, if the text binds it to another.
+    bool Parse(const std::string& text)
+    {
+        if (!ParseString(text))
+            return false;
+        const std::string space(FirstBinding(*Content(), m_prefix));
+        Content()->spaces.clear();
+        if (space != kNamespace && !space.empty())
+            for (pugi::xml_node node = Root(*Content()); node; node = xml::Next(node, Root(*Content())))
+                for (pugi::xml_attribute attribute : node.attributes())
+                    if (xml::IsDeclaration(attribute) && attribute.value() == space)
+                        xml::Require(attribute.set_value(kNamespace));
+        return true;
+    }
+
+    // The text of the elements of that name whose type is accepted. One inside another goes with that.
+    template <class Accept>
+    std::string Text(const char* name, const Accept& accept)
+    {
+        std::vector<pugi::xml_node> found;
+        xml::ForEach(Content(), "//" + m_prefix + ":" + name, nullptr,
+                     [&](const xml::Match& match)
+                     {
+                         if (accept(match.element.attribute(kType).value()) &&
+                             (found.empty() || !xml::Contains(found.back(), match.element)))
+                             found.push_back(match.element);
+                         return true;
+                     });
+        std::string text;
+        for (const pugi::xml_node element : found)
+        {
+            xml::Declarations missing = xml::Missing(element, {});
+            if (const auto own = missing.find(m_prefix); own != missing.end() && own->second == kNamespace)
+                missing.erase(own);
+            xml::Declare(element, missing);
+            text += xml::Print(element);
+        }
+        return text;
+    }
+
+  private:
+    const std::string m_prefix = Settings::OnvifPrefix();
+};
+
+std::string ActiveMark(const std::string& ruleId)
+{
+    pugi::xml_document scratch;
+    const pugi::xml_node mark = xml::AppendElement(scratch, kActivePrefix + std::string(":") + kActiveRule);
+    xml::SetAttribute(mark, kType, ruleId);
+    return xml::Print(mark);
+}
+
+std::string Element(const std::string& name, const std::string& attributes, const std::string& content)
+{
+    return "<" + name + attributes + (content.empty() ? "/>" : ">" + content + "</" + name + ">");
+}
+
+std::string ProfileText(const std::string& modules, const std::string& rules)
+{
+    const std::string prefix = Settings::OnvifPrefix();
+    const std::string spaces = " xmlns:" + prefix + "=\"" + kNamespace + "\" xmlns:" + kActivePrefix + "=\"" +
+                               kActiveNamespace + "\"";
+    return xml::kXmlDeclaration +
+           Element(prefix + ":" + kRoot, spaces,
+                   Element(prefix + ":" + kEngines, "", modules) +
+                       Element(prefix + ":" + Settings::RulesTag(), "", rules)) +
+           '\n';
+}
+} // namespace
 
 std::string MergeProfile(const std::vector<StoredRule>& rules, const std::vector<StoredEngine>& engines)
 {
-    EngineDocument merged;
+    std::string modulesText;
+    std::string rulesText;
+    std::set<std::string> types; // of the modules
+    const auto isNew = [&types](const std::string& type)
+    { return !type.empty() && types.insert(type).second; };
     bool empty = true;
     for (const StoredEngine& engine : engines)
     {
-        ProfileDoc stored;
-        if (!stored.ParseString(engine.config))
+        StoredDocument stored;
+        if (!stored.Parse(engine.config))
             continue;
-        merged.TakeEngine(stored, engine.id);
+        modulesText +=
+            stored.Text(kModule, [&](const std::string& type) { return type == engine.id && isNew(type); });
         empty = false;
     }
     for (const StoredRule& rule : rules)
     {
-        ProfileDoc stored;
-        if (!stored.ParseString(rule.config))
+        StoredDocument stored;
+        if (!stored.Parse(rule.config))
             continue;
-        merged.TakeRules(stored, rule.id);
-        merged.TakeEngines(stored);
+        rulesText += stored.Text(kRule, [&](const std::string& type) { return type == rule.id; });
+        modulesText += stored.Text(kModule, isNew);
         if (rule.active)
-            merged.MarkActive(rule.id);
+            rulesText += ActiveMark(rule.id);
         empty = false;
     }
-    return empty ? std::string() : merged.DumpToString();
+    return empty ? std::string() : ProfileText(modulesText, rulesText);
 }
 
 } // namespace analytics

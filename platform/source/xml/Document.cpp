@@ -10,8 +10,6 @@ namespace analytics
 {
 namespace
 {
-constexpr char kXmlDeclaration[] = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
-
 std::vector<xml::Match> All(xml::Tree* tree, const std::string& query, const DocumentNode* context)
 {
     std::vector<xml::Match> matches;
@@ -35,11 +33,6 @@ xml::Match First(xml::Tree* tree, const std::string& query, const DocumentNode* 
                  });
     return first;
 }
-
-std::string Value(const xml::Match& match)
-{
-    return match.attribute ? match.attribute.value() : xml::Content(match.element);
-}
 } // namespace
 
 Document::Document() = default;
@@ -60,7 +53,7 @@ std::string Document::DumpToString()
 {
     if (m_tree == nullptr)
         return {};
-    std::string text = kXmlDeclaration;
+    std::string text = xml::kXmlDeclaration;
     for (const pugi::xml_node node : m_tree->document.children())
         if (node.type() != pugi::node_element || xml::IsElement(node))
             (text += xml::Print(node)) += '\n';
@@ -79,7 +72,7 @@ std::vector<DocumentNode*> Document::SelectNodes(const std::string& query, Docum
 
 std::string Document::GetSingleValue(const std::string& query, DocumentNode* context)
 {
-    return Value(First(Content(), query, context));
+    return First(Content(), query, context).Text();
 }
 
 int Document::GetSingleValue(const std::string& query, int defaultValue, DocumentNode* context)

@@ -48,13 +48,6 @@ DocumentNode* AddElement(pugi::xml_node parent, const std::string& name, const s
     return xml::HandleOf({child, {}});
 }
 
-bool Contains(pugi::xml_node outer, pugi::xml_node node)
-{
-    while (node && node != outer)
-        node = node.parent();
-    return !node.empty();
-}
-
 // What is unlinked stays in the memory of its document, below an element without a name at the end.
 pugi::xml_node PlaceOfUnlinked(pugi::xml_node node)
 {
@@ -68,12 +61,10 @@ pugi::xml_node PlaceOfUnlinked(pugi::xml_node node)
 // Behind the children of `place`, with the declarations that it needs there. Gives the place of the node.
 pugi::xml_node Move(pugi::xml_node node, pugi::xml_node place)
 {
+    xml::Declare(node, xml::Missing(node, place));
     if (node.root() == place.root())
-    {
-        xml::Declare(node, xml::Missing(node, place));
         return Require(place.append_move(node));
-    }
-    const std::string text = xml::Print(node, xml::Missing(node, place));
+    const std::string text = xml::Print(node);
     constexpr unsigned kAsPrinted =
         pugi::parse_escapes | pugi::parse_ws_pcdata | pugi::parse_comments | pugi::parse_pi;
     Require(place.append_buffer(text.data(), text.size(), kAsPrinted, pugi::encoding_utf8));
@@ -92,11 +83,7 @@ void DocumentNode::DeleteHandle() { m_handle = nullptr; }
 
 int DocumentNode::GetValue(int defaultValue) { return xml::ToInt(GetValue(), defaultValue); }
 
-std::string DocumentNode::GetValue()
-{
-    const pugi::xml_attribute attribute = AttributeOf(*this);
-    return attribute ? attribute.value() : xml::Content(NodeOf(this));
-}
+std::string DocumentNode::GetValue() { return xml::Match{NodeOf(this), AttributeOf(*this)}.Text(); }
 
 void DocumentNode::SetValue(int value) { SetValue(std::to_string(value)); }
 
@@ -147,7 +134,7 @@ void DocumentNode::AddChild(DocumentNode* child)
 {
     const pugi::xml_node node = NodeOf(this);
     const pugi::xml_node moved = NodeOf(child);
-    if (IsElement(node) && IsElement(moved) && !Contains(moved, node))
+    if (IsElement(node) && IsElement(moved) && !xml::Contains(moved, node))
         child->Handle(Move(moved, node).internal_object());
 }
 
@@ -170,8 +157,15 @@ void DocumentNode::ReconciliateNs() {}
 
 std::string DocumentNode::DumpToString()
 {
-    const pugi::xml_node node = NodeOf(this);
-    return IsElement(node) ? xml::Print(node, xml::Missing(node, {})) : GetValue();
+    pugi::xml_node node = NodeOf(this);
+    if (!IsElement(node))
+        return GetValue();
+    const xml::Declarations missing = xml::Missing(node, {});
+    xml::Declare(node, missing);
+    std::string text = xml::Print(node);
+    for (std::size_t i = 0; i < missing.size(); ++i)
+        node.remove_attribute(node.first_attribute());
+    return text;
 }
 
 } // namespace analytics

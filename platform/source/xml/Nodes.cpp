@@ -92,18 +92,18 @@ void SetAttribute(pugi::xml_node element, const char* name, const std::string& v
     Require(attribute.set_value(value.c_str()));
 }
 
-std::string Print(pugi::xml_node node, const Declarations& declarations)
+bool Contains(pugi::xml_node outer, pugi::xml_node node)
+{
+    while (node && node != outer)
+        node = node.parent();
+    return !node.empty();
+}
+
+std::string Print(pugi::xml_node node)
 {
     Text out;
     node.print(out, "", pugi::format_raw, pugi::encoding_utf8);
-    if (declarations.empty())
-        return std::move(out.text);
-    pugi::xml_document scratch;
-    pugi::xml_node element = AppendElement(scratch, node.name());
-    Declare(element, declarations);
-    const std::string begin = Print(element); // <name xmlns="..."/>
-    const std::size_t name = std::string_view(node.name()).size() + 1;
-    return out.text.insert(name, begin, name, begin.size() - name - 2);
+    return std::move(out.text);
 }
 
 } // namespace analytics::xml

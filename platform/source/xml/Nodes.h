@@ -21,6 +21,8 @@ pugi::xml_attribute AttributeOf(const DocumentNode& handle); // null for that of
 // Path::ForEach() of a query from `context`, or from the document where that is null; nothing without a tree.
 void ForEach(Tree* tree, const std::string& query, const DocumentNode* context, const Path::Visit& visit);
 
+inline constexpr char kXmlDeclaration[] = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
+
 // What pugixml has made. Without memory it gives null or false, which each change of a tree has to look at.
 template <class T>
 T Require(T made)
@@ -35,7 +37,9 @@ pugi::xml_node AppendElement(pugi::xml_node parent, const std::string& name);
 // Replaces the value of the attribute, or appends it.
 void SetAttribute(pugi::xml_node element, const char* name, const std::string& value);
 
-// The node with all below it as text. `declarations` come along, as if the element had them.
-std::string Print(pugi::xml_node node, const Declarations& declarations = {});
+bool Contains(pugi::xml_node outer, pugi::xml_node node); // or is it
+
+// The node with all below it as text.
+std::string Print(pugi::xml_node node);
 
 } // namespace analytics::xml

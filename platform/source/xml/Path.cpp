@@ -239,6 +239,8 @@ class Path::Walk
     std::string_view m_space; // of the prefix at the parent
 };
 
+std::string Match::Text() const { return attribute ? attribute.value() : Content(element); }
+
 std::optional<Path> Path::Read(std::string_view query)
 {
     std::optional<Path> path(std::in_place);

@@ -16,6 +16,7 @@ struct Match
 {
     pugi::xml_node element;
     pugi::xml_attribute attribute; // of the element, where that is meant
+    std::string Text() const;
 };
 
 // A location path: elements by name, from the context ("a/p:b", "./a"), from the root ("/a") or from anywhere

@@ -1,22 +1,11 @@
 #include "xml/XmlFile.h"
 
+#include "xml/Path.h"
+#include "xml/Text.h"
+
 namespace analytics::platform
 {
-namespace
-{
-std::string Trimmed(const std::string& text)
-{
-    constexpr const char* kSpace = " \t\r\n";
-    const auto begin = text.find_first_not_of(kSpace);
-    return begin == std::string::npos ? std::string()
-                                      : text.substr(begin, text.find_last_not_of(kSpace) - begin + 1);
-}
-
-std::string Content(const pugi::xpath_node& found)
-{
-    return found.attribute() ? found.attribute().value() : xml::Content(found.node());
-}
-} // namespace
+using xml::Trimmed;
 
 std::unique_ptr<XmlFile> XmlFile::Parse(const std::string& text, xml::SyntaxError& error)
 {
@@ -33,13 +22,15 @@ try
 {
     const pugi::xpath_query compiled(query.c_str());
     if (compiled.return_type() != pugi::xpath_type_node_set)
-        return {{Trimmed(compiled.evaluate_string(m_tree)), 0}};
+        return {{std::string(Trimmed(compiled.evaluate_string(m_tree))), 0}};
     std::vector<XmlText> texts;
     pugi::xpath_node_set nodes = compiled.evaluate_node_set(m_tree);
     nodes.sort();
     for (const pugi::xpath_node& found : nodes)
-        texts.push_back(
-            {Trimmed(Content(found)), m_lines.Of(found.attribute() ? found.parent() : found.node())});
+    {
+        const xml::Match match = {found.attribute() ? found.parent() : found.node(), found.attribute()};
+        texts.push_back({std::string(Trimmed(match.Text())), m_lines.Of(match.element)});
+    }
     return texts;
 }
 catch (const pugi::xpath_exception&)
