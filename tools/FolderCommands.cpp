@@ -48,7 +48,7 @@ void Import(Session& session, const Arguments& arguments)
         documents.name = arguments.name;
     CheckAll(documents, session.Checks());
     const ProfileDocuments scaled = InFrame(documents, session.Frame());
-    const Stored stored = Store(session.Service(), scaled, arguments.store);
+    const Stored stored = Store(session.Service(), scaled, arguments.store, session.Checks());
     if (!documents.preset.empty())
         std::cerr << "The camera preset isn't taken over: the service has no operation for it.\n";
     std::string sentence = "Profile " + std::to_string(stored.id) + " '" + documents.name +

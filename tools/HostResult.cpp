@@ -67,8 +67,8 @@ std::string ChangesJson(const std::vector<Step>& steps) { return JsonLine(Change
 std::string JsonLine(const HostResult& result)
 {
     Json line = {{"host", result.host},
-                      {"state", WordOf(kStates, result.state)},
-                      {"changes", ChangesOf(result.steps)}};
+                 {"state", WordOf(kStates, result.state)},
+                 {"changes", ChangesOf(result.steps)}};
     if (!result.error.empty())
         line["error"] = result.error;
     return JsonLine(line) + '\n';

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Failure.h"
 #include "Plan.h"
 
 #include <cstddef>
@@ -26,8 +27,10 @@ struct HostResult
 {
     std::string host; // its URL
     HostState state = HostState::Skipped;
-    std::vector<Step> steps;
-    std::string error;
+    std::vector<Step> steps{};
+    std::string error{};
+    Findings warnings{};
+    Exit code = Exit::Refused; // what the error is to the program's exit
 
     bool Bad() const { return !error.empty(); }
 };

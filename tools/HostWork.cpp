@@ -1,7 +1,6 @@
 #include "HostWork.h"
 
 #include "Behaviors.h"
-#include "Documents.h"
 #include "Failure.h"
 #include "Transfer.h"
 
@@ -17,16 +16,16 @@ std::string Sentence(std::string text)
     return text;
 }
 
-void Warn(const std::string& host, const std::string& text, bool json)
+void Warn(HostResult& result, const std::string& field, const std::string& text)
 {
-    Tell({host, ""}, {{Finding::Level::Warning, 0, "", text}}, json);
+    result.warnings.push_back({Finding::Level::Warning, 0, field, text});
 }
 
 void Fail(HostResult& result, const std::exception& why)
 {
     const auto* const failure = dynamic_cast<const Failure*>(&why);
-    const bool silent = failure != nullptr && failure->Code() == Exit::Unreachable;
-    result.state = silent ? HostState::Unreachable : HostState::Failed;
+    result.code = failure != nullptr ? failure->Code() : Exit::Refused;
+    result.state = result.code == Exit::Unreachable ? HostState::Unreachable : HostState::Failed;
     result.error = Sentence(why.what());
 }
 
@@ -44,7 +43,13 @@ class Host
     void Plan(HostResult& result)
     {
         m_found = FindProfile(m_service, m_wanted.name);
-        result.steps = MakePlan(m_wanted, m_found, m_goal.options);
+        const std::vector<Step> steps = MakePlan(m_wanted, m_found, m_goal.options);
+        for (const Misfit& misfit : Misfits(m_service, m_found, steps))
+            Warn(result, "/active", misfit.text);
+        if (m_goal.strict && !result.warnings.empty())
+            throw Failure(Exit::Document, "There is a warning, and --strict takes none. Nothing has been "
+                                          "written; change the folder, or leave --strict out");
+        result.steps = steps;
         result.state = result.steps.empty() ? HostState::Same : HostState::Differs;
     }
 
@@ -60,22 +65,22 @@ class Host
             TakeBack(result, trace, failure);
             return;
         }
-        Verify(result.host);
+        Verify(result);
     }
 
   private:
-    // Says on standard error what the service keeps otherwise than it was sent.
-    void Verify(const std::string& host)
+    // Warns of what the service keeps otherwise than it was sent.
+    void Verify(HostResult& result)
     {
         try
         {
             const Found found = FindProfile(m_service, m_wanted.name);
             for (const Step& step : MakePlan(m_wanted, found, m_goal.options))
-                Warn(host, BehaviorCalled(step.id) + " came back different from what was sent", m_goal.json);
+                Warn(result, "", BehaviorCalled(step.id) + " came back different from what was sent");
         }
         catch (const Failure& failure)
         {
-            Warn(host, std::string("It couldn't be read once more: ") + failure.what(), m_goal.json);
+            Warn(result, "", std::string("It couldn't be read once more: ") + failure.what());
         }
     }
 
@@ -105,7 +110,7 @@ class Host
 
 HostResult PlanHost(const Target& target, const Goal& goal)
 {
-    HostResult result{target.access.url, HostState::Skipped, {}, ""};
+    HostResult result{.host = target.access.url};
     try
     {
         Host(target, goal).Plan(result);
@@ -119,7 +124,7 @@ HostResult PlanHost(const Target& target, const Goal& goal)
 
 HostResult ApplyHost(const Target& target, const Goal& goal, const Permission& permission, Trace& trace)
 {
-    HostResult result{target.access.url, HostState::Skipped, {}, ""};
+    HostResult result{.host = target.access.url};
     try
     {
         Host host(target, goal);
@@ -141,7 +146,7 @@ HostResult ApplyHost(const Target& target, const Goal& goal, const Permission& p
 
 HostResult Abandoned(const Target& target, const Trace& trace)
 {
-    HostResult result{target.access.url, HostState::Skipped, {}, ""};
+    HostResult result{.host = target.access.url};
     if (trace.writes == 0)
         return result;
     result.state = HostState::Failed;

@@ -18,6 +18,12 @@ std::vector<Change> Differences(const std::string& id, const std::string& before
     return {{0, "", "(a document)", "(another document)"}};
 }
 
+bool IsActive(const std::string& id, const std::string& document)
+{
+    const DocumentModel* const model = FindModel(id);
+    return model != nullptr && !Trimmed(document).empty() && IsActive(*model, document);
+}
+
 bool IsIdle(const std::string& id, const std::string& document)
 {
     const DocumentModel* const model = FindModel(id);

@@ -14,5 +14,7 @@ std::vector<Change> Differences(const std::string& id, const std::string& before
 
 // Whether the document of a behavior says no more than a missing one: neither active nor with a zone.
 bool IsIdle(const std::string& id, const std::string& document);
+// Whether the document of a behavior that is known here says that it works.
+bool IsActive(const std::string& id, const std::string& document);
 
 } // namespace client

@@ -50,6 +50,15 @@ void PlanBehaviors(const ProfileDocuments& wanted, const ProfileDocuments& found
     std::move(sets.begin(), sets.end(), std::back_inserter(steps));
 }
 
+std::vector<std::string> ActiveIn(const ProfileDocuments& documents)
+{
+    std::vector<std::string> active;
+    for (const auto& [id, document] : ById(documents))
+        if (IsActive(id, document))
+            active.push_back(id);
+    return active;
+}
+
 std::string NameOf(const Found& found, int id)
 {
     for (const Profile& profile : found.profiles)
@@ -141,6 +150,19 @@ std::vector<Step> MakePlan(const ProfileDocuments& wanted, const Found& found, c
         steps.push_back({Part::Scene, old ? Action::Set : Action::Create, name, old ? old->text : "",
                          RenamedScene(wanted.scene->text, name)});
     return steps;
+}
+
+std::vector<Misfit> Misfits(Service& service, const Found& found, const std::vector<Step>& steps)
+{
+    std::vector<std::string> kept = ActiveIn(found.documents);
+    std::vector<std::string> added;
+    for (const Step& step : steps)
+    {
+        std::erase(kept, step.id);
+        if (step.element == Part::Behavior && IsActive(step.id, step.after))
+            added.push_back(step.id);
+    }
+    return Misfits(service, kept, added);
 }
 
 int Perform(Service& service, const Found& found, const std::vector<Step>& steps,

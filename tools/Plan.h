@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ProfileFolder.h"
+#include "Reasons.h"
 #include "Service.h"
 
 #include <atomic>
@@ -59,6 +60,10 @@ struct PlanOptions
 // The writes that make of `found` what is wanted, in the order in which they are to be done; none, if it
 // means the same already. The scene comes last, since no operation takes one away.
 std::vector<Step> MakePlan(const ProfileDocuments& wanted, const Found& found, const PlanOptions& options);
+
+// Those of the behaviors that the steps make active that the service wouldn't let be so beside the others of
+// the profile, by what it says. Throws Failure.
+std::vector<Misfit> Misfits(Service& service, const Found& found, const std::vector<Step>& steps);
 
 // Does the steps on the profile that was found, or on the one that they create, and returns its identifier.
 // `begun` counts the writes; one that failed is among them. Throws Failure and leaves things as they are

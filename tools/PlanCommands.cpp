@@ -70,15 +70,12 @@ SharedJob Load(Session& session, const Arguments& arguments, bool plans)
     else
         LoadFolder(session, arguments, *job);
     job->goal.time = std::chrono::seconds(arguments.seconds);
-    job->goal.json = session.json;
+    job->goal.strict = session.strict;
     job->traces = std::vector<Trace>(job->targets.size());
     return job;
 }
 
-HostResult Skipped(const Job& job, std::size_t host)
-{
-    return {job.targets[host].access.url, HostState::Skipped, {}, ""};
-}
+HostResult Skipped(const Job& job, std::size_t host) { return {.host = job.targets[host].access.url}; }
 
 // Tells each host as it comes, and the sum at the end.
 class Telling
@@ -93,8 +90,10 @@ class Telling
     void Host(const HostResult& result)
     {
         m_tally.Count(result);
-        m_error = result.error;
+        if (result.Bad())
+            m_last = result;
         m_progress.Clear();
+        Tell({result.host, ""}, result.warnings, m_json);
         const bool told = !m_json && m_single && result.Bad();
         const std::string text = told ? "" : m_json ? JsonLine(result) : Lines(result);
         std::fwrite(text.data(), 1, text.size(), stdout);
@@ -109,8 +108,7 @@ class Telling
     {
         m_progress.Clear();
         if (m_single && m_tally.Bad() > 0)
-            throw Failure(m_tally.Of(HostState::Unreachable) > 0 ? Exit::Unreachable : Exit::Refused,
-                          m_error);
+            throw Failure(m_last.code, m_last.error);
         if (m_tally.Bad() > 0 || !ended.empty())
             throw Failure(Exit::Refused, "Not all could be done. " + (ended.empty() ? "" : ended + " ") +
                                              m_tally.Sentence());
@@ -123,7 +121,7 @@ class Telling
     bool m_single;
     Progress m_progress;
     Tally m_tally;
-    std::string m_error; // of the last host
+    HostResult m_last; // of those with an error
 };
 
 void Plan(Session& session, Arguments arguments)
@@ -257,7 +255,7 @@ void AddApply(CLI::App& app, Session& session)
     command
         ->add_option("--canary", arguments->rollout.canary, "Do so many hosts first, and stop if one fails")
         ->type_name("NUMBER")
-        ->check(CLI::NonNegativeNumber);
+        ->check(CLI::Range(0, 1000000));
     command
         ->add_option("--batch", arguments->batch,
                      "So many hosts, one batch after the other; one that fails is the last")

@@ -83,6 +83,18 @@ std::optional<Unavailability> WhyUnavailable(Service& service, const std::vector
         beside + "together they cost more than the camera has; switch one of them off with active=\"0\""};
 }
 
+std::vector<Misfit> Misfits(Service& service, std::vector<std::string> active,
+                            const std::vector<std::string>& added)
+{
+    std::vector<Misfit> misfits;
+    for (const std::string& id : added)
+        if (const auto why = WhyUnavailable(service, active, id))
+            misfits.push_back({id, BehaviorCalled(id) + " " + why->text});
+        else
+            active.push_back(id);
+    return misfits;
+}
+
 std::vector<std::string> ActiveBehaviors(Service& service, int profile)
 {
     std::vector<std::string> active;

@@ -26,6 +26,16 @@ struct Unavailability
 // can be active. Changes nothing. Throws Failure.
 std::optional<Unavailability> WhyUnavailable(Service& service, const std::vector<std::string>& active,
                                              const std::string& id);
+// A behavior that isn't to be active beside the others, and why not.
+struct Misfit
+{
+    std::string id;
+    std::string text; // a sentence without its full stop, as in "loitering can't be active beside ..."
+};
+// Adds one behavior after the other to the active ones, and leaves out those that can't be added. Asks the
+// service once for each that can. Throws Failure.
+std::vector<Misfit> Misfits(Service& service, std::vector<std::string> active,
+                            const std::vector<std::string>& added);
 // The behaviors of the profile that are active.
 std::vector<std::string> ActiveBehaviors(Service& service, int profile);
 

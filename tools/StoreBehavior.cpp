@@ -15,12 +15,12 @@ void CheckAvailability(Session& session, const Source& source, int profile, cons
 {
     std::vector<std::string> active = ActiveBehaviors(session.Service(), profile);
     std::erase(active, model.alias);
-    const auto why = WhyUnavailable(session.Service(), active, model.alias);
-    if (!why)
-        return;
-    const Findings findings = {{Finding::Level::Warning, 0, "/active", model.name + " " + why->text}};
-    Tell(source, findings, session.json);
-    Judge(source, findings, session.Checks());
+    for (const Misfit& misfit : Misfits(session.Service(), active, {model.alias}))
+    {
+        const Findings findings = {{Finding::Level::Warning, 0, "/active", misfit.text}};
+        Tell(source, findings, session.json);
+        Judge(source, findings, session.Checks());
+    }
 }
 
 } // namespace

@@ -41,6 +41,18 @@ void NoteChanges(const ProfileDocuments& sent, const ProfileDocuments& found, St
                      BehaviorCalled(behavior.id));
 }
 
+void WarnOf(const std::vector<Misfit>& misfits, const ProfileDocuments& profile, const Checking& checking)
+{
+    for (const Misfit& misfit : misfits)
+        for (const ProfileDocuments::Behavior& behavior : profile.behaviors)
+            if (BehaviorCalled(behavior.id) == BehaviorCalled(misfit.id))
+            {
+                const Findings findings = {{Finding::Level::Warning, 0, "/active", misfit.text}};
+                Tell(behavior.document, findings, checking.json);
+                Judge(behavior.document, findings, checking);
+            }
+}
+
 [[noreturn]] void TakeBack(Service& service, const ProfileDocuments& profile, const Found& before,
                            const Failure& failure)
 {
@@ -88,7 +100,8 @@ ProfileDocuments InFrame(const ProfileDocuments& profile, const Frame& frame)
     return scaled;
 }
 
-Stored Store(Service& service, const ProfileDocuments& profile, const StoreOptions& options)
+Stored Store(Service& service, const ProfileDocuments& profile, const StoreOptions& options,
+             const Checking& checking)
 {
     const Found before{service.Profiles(), std::nullopt, {}};
     std::vector<Profile> old;
@@ -98,10 +111,12 @@ Stored Store(Service& service, const ProfileDocuments& profile, const StoreOptio
     Stored stored;
     stored.runs =
         options.run || std::any_of(old.begin(), old.end(), [](const Profile& one) { return one.active; });
+    const std::vector<Step> steps = MakePlan(profile, before, {.run = stored.runs});
+    WarnOf(Misfits(service, before, steps), profile, checking);
     try
     {
         std::atomic<std::size_t> unused{0};
-        stored.id = Perform(service, before, MakePlan(profile, before, {.run = stored.runs}), unused);
+        stored.id = Perform(service, before, steps, unused);
         NoteChanges(profile, Fetch(service, {stored.id, profile.name, "", stored.runs}), stored);
     }
     catch (const Failure& failure)

@@ -33,8 +33,9 @@ struct Stored
     std::vector<Change> changes; // what came back different, with the document in front of the node
 };
 
-// Makes a profile of the documents. Throws Failure; the service then has the profiles that it had before,
-// unless the sentence says otherwise.
-Stored Store(Service& service, const ProfileDocuments& profile, const StoreOptions& options);
+// Makes a profile of the documents, once it has warned of behaviors that can't be active together. Throws
+// Failure; the service then has the profiles that it had before, unless the sentence says otherwise.
+Stored Store(Service& service, const ProfileDocuments& profile, const StoreOptions& options,
+             const Checking& checking);
 
 } // namespace client

@@ -42,6 +42,9 @@ class Camera:
                        f"</supportAdvanceMode><fixedPosition>false</fixedPosition></behavior>" for id in self.behaviors)
         return f"<behaviors>{rows}</behaviors>"
 
+    def GetBehaviorAvailability2(self, field):
+        return "<behaviors/>"  # none that couldn't be active
+
     def GetProfileBehavior(self, field):
         return f"<config>{escape(self.behaviors.get(field('behaviorId'), ''))}</config>"
 

@@ -1,5 +1,6 @@
 """The command-line client: what differs between a folder and a camera, told and written."""
 
+import json
 import os
 import pty
 import re
@@ -14,6 +15,8 @@ EVERYTHING = [("behavior", name, "create") for name in NAMES]
 
 
 class Equal(FleetTest):
+    ACTIVE = ("abandoned-object", "camera-sabotage")
+
     def test_a_host_has_what_was_exported_from_it(self):
         proxy = self.proxy()
         self.assertEqual(self.plan("--exit-code", url=proxy.url),
@@ -27,6 +30,10 @@ class Equal(FleetTest):
                          [("profile", "Car park", "create"), *EVERYTHING, ("scene", "Car park", "create")])
         self.assertEqual(proxy.writes, [])
         self.assertEqual(self.apply(url=proxy.url)[0]["state"], "changed")
+        # Those that can't be active beside the first of them.
+        told = [json.loads(line) for line in self.ran.err.splitlines()]
+        self.assertEqual({(one["file"], one["field"], one["level"]) for one in told}, {(proxy.url, "/active", "warning")})
+        self.assertEqual([one["text"].partition(" ")[0] for one in told], [name for name in NAMES if name not in self.ACTIVE])
         self.assertEqual(proxy.writes, ["CreateProfile"] + ["SetProfileBehavior"] * 8 + ["SetProfileScene"])
         self.assertEqual(self.documents(proxy.host), self.documents(self.host))
         again = self.apply(url=proxy.url)

@@ -1,5 +1,7 @@
 """The command-line client: a whole profile as files, and a profile made of them."""
 
+import json
+
 from lxml import etree
 
 from command import ClientTest, main
@@ -37,7 +39,11 @@ class ExportAndImport(TransferTest):
         scene = self.client("scene", "get", "1").out
         self.client("profile", "delete", "1")
         imported = self.client("import", self.folder, "--json")
-        self.assertEqual(imported.err, "")
+        told = [json.loads(line) for line in imported.err.splitlines()]
+        self.assertEqual([(one["file"], one["field"], one["level"]) for one in told],
+                         [(str(self.folder / f"{name}.xml"), "/active", "warning") for name in ("directional-motion", "loitering")])
+        self.assertIn("directional-motion can't be active beside abandoned-object, camera-sabotage: together they cost more", told[0]["text"])
+        self.assertIn("no more than 2 can be selected", told[1]["text"])
         self.assertEqual(imported.json["id"], 2)
         self.assertEqual([self.client("behavior", "get", "2", name).out for name in BEHAVIORS], before)
         self.assertEqual(self.client("scene", "get", "2").out, scene)
