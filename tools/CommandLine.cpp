@@ -51,8 +51,10 @@ void AddOptions(CLI::App& app, Session& session)
         ->type_name("NAME");
     app.add_option("--password-file", session.passwordFile, "File with the password in its first line")
         ->type_name("FILE");
-    app.add_option("--cacert", access.authorities,
-                   "Authorities to trust with https, in PEM form; else those of the system")
+    app.add_option(
+           "--cacert", access.authorities,
+           "Authorities to trust with https, in PEM form, and lists of what they revoked; else those of the "
+           "system")
         ->type_name("FILE");
     app.add_flag("--insecure", access.insecure, "Send a password over plain http to another machine");
     CLI::Option* const certificate =
@@ -74,27 +76,33 @@ void AddOptions(CLI::App& app, Session& session)
     app.set_help_all_flag("--help-all", "Print the help of all commands and exit");
 }
 
-// What is wrong with the command line, and what to do.
-std::string UsageMessage(const CLI::App* app, const CLI::Error& error)
+// What is wrong with the command line, and where to read more.
+std::pair<std::string, std::string> UsageOf(const CLI::App* app, const CLI::Error& error)
 {
     const CLI::App* command = app;
     while (!command->get_subcommands().empty())
         command = command->get_subcommands().front();
     const std::vector<std::string> unknown = app->remaining(true);
-    std::string message = "varlo-analytics: ";
+    std::string message;
     if (error.get_name() == "RequiredError" && !command->get_subcommands({}).empty())
     {
-        message += unknown.empty() ? "A command is missing. Name one of"
-                                   : "'" + unknown.front() + "' is no command. Name one of";
+        message = unknown.empty() ? "A command is missing. Name one of"
+                                  : "'" + unknown.front() + "' is no command. Name one of";
         for (const CLI::App* one : command->get_subcommands({}))
             message += " " + one->get_name();
     }
     else
-        message += error.what();
+        message = error.what();
     std::string path;
     for (; command != nullptr; command = command->get_parent())
         path.insert(0, command->get_name() + " ");
-    return Printable(message, true) + "\nMore: " + path + "--help\n";
+    return {message, "More: " + path + "--help"};
+}
+
+std::string UsageMessage(const CLI::App* app, const CLI::Error& error)
+{
+    const auto [message, more] = UsageOf(app, error);
+    return "varlo-analytics: " + Printable(message, true) + '\n' + more + '\n';
 }
 
 std::string SentenceOf(const Failure& failure)
@@ -136,7 +144,8 @@ int Perform(Session& session)
         return Report(failure, session.json);
     }
     if (std::fflush(stdout) != 0)
-        return Report(Failure(Exit::Document, "The result can't be written to standard output"),
+        return Report(Failure(Exit::Document, "The result can't be written to standard output. "
+                                              "Look whether there is room where it goes"),
                       session.json);
     return static_cast<int>(session.exit);
 }
@@ -152,10 +161,10 @@ int RunCommandLine(int argc, char** argv)
     app.footer(kFooter);
     app.failure_message(UsageMessage);
     AddOptions(app, session);
-    for (const auto add : {AddProfileCommands, AddAvailabilityCommand, AddBehaviorCommands, AddSceneCommands,
-                           AddControlCommands, AddFolderCommands, AddPlanCommands, AddZoneCommands,
-                           AddShowCommand, AddValidateCommand, AddStatusCommand, AddCameraCommands,
-                           AddConsoleCommand})
+    for (const auto add :
+         {AddProfileCommands, AddAvailabilityCommand, AddBehaviorCommands, AddSceneCommands,
+          AddControlCommands, AddFolderCommands, AddPlanCommands, AddZoneCommands, AddShowCommand,
+          AddValidateCommand, AddStatusCommand, AddCameraCommands, AddConsoleCommand})
         add(app, session);
     try
     {
@@ -163,7 +172,12 @@ int RunCommandLine(int argc, char** argv)
     }
     catch (const CLI::ParseError& error)
     {
-        return app.exit(error) == 0 ? 0 : static_cast<int>(Exit::Usage);
+        // The line may have been left before its --json was read.
+        const bool json = std::find(argv, argv + argc, std::string_view("--json")) != argv + argc;
+        if (error.get_exit_code() == 0 || !json)
+            return app.exit(error) == 0 ? 0 : static_cast<int>(Exit::Usage);
+        const auto [message, more] = UsageOf(&app, error);
+        return Report(Failure(Exit::Usage, message + ". " + more), true);
     }
     const int code = Perform(session);
     if (session.leaves)

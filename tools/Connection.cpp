@@ -63,6 +63,15 @@ void TrustSystem(SSL_CTX* context)
         SSL_CTX_set_default_verify_file(context);
 }
 
+// Lists of revoked certificates, if there are any among the authorities, count.
+void MindRevocations(SSL_CTX* context)
+{
+    const STACK_OF(X509_OBJECT)* const known = X509_STORE_get0_objects(SSL_CTX_get_cert_store(context));
+    for (int i = 0; i < sk_X509_OBJECT_num(known); ++i)
+        if (X509_OBJECT_get_type(sk_X509_OBJECT_value(known, i)) == X509_LU_CRL)
+            X509_VERIFY_PARAM_set_flags(SSL_CTX_get0_param(context), X509_V_FLAG_CRL_CHECK);
+}
+
 } // namespace
 
 Connection::Connection(const Access& access, std::optional<Clock::time_point> deadline)
@@ -114,6 +123,7 @@ void Connection::UseTls()
         RefuseFile("certificates of authorities", m_access.authorities);
     if (authorities == nullptr)
         TrustSystem(m_soap.ctx);
+    MindRevocations(m_soap.ctx);
     RememberTrouble(m_soap.ctx);
     SSL_CTX_clear_options(m_soap.ctx, SSL_OP_NO_TICKET);
     SSL_CTX_set_session_cache_mode(m_soap.ctx, SSL_SESS_CACHE_CLIENT | SSL_SESS_CACHE_NO_INTERNAL);

@@ -142,6 +142,12 @@ constexpr Alert kAlerts[] = {
 
 int RememberCertificate(int verdict, X509_STORE_CTX* store)
 {
+    // Of an authority without a list of revoked certificates all of them are good.
+    if (verdict == 0 && X509_STORE_CTX_get_error(store) == X509_V_ERR_UNABLE_TO_GET_CRL)
+    {
+        X509_STORE_CTX_set_error(store, X509_V_OK);
+        return 1;
+    }
     if (verdict != 0)
         return verdict;
     X509* const certificate = X509_STORE_CTX_get_current_cert(store);
@@ -153,7 +159,7 @@ int RememberCertificate(int verdict, X509_STORE_CTX* store)
         gTrouble.begins = Time(X509_get0_notBefore(certificate));
         gTrouble.ends = Time(X509_get0_notAfter(certificate));
     }
-    return verdict;
+    return 0;
 }
 
 void RememberTrouble(SSL_CTX* context)
