@@ -31,7 +31,8 @@ std::string FirstLineOf(const std::string& file)
     std::ifstream stream(file);
     std::string line;
     if (!stream || (!std::getline(stream, line) && stream.bad()))
-        throw Failure(Exit::Usage, "The password can't be read from " + file + ": " + std::strerror(errno));
+        throw Failure(Exit::Usage, "The password can't be read from " + file + ": " + std::strerror(errno) +
+                                       ". Name a file that can be read with --password-file");
     if (!line.empty() && line.back() == '\r')
         line.pop_back();
     return line;
@@ -94,6 +95,8 @@ std::string WholeUrl(const std::string& text)
         RefuseUrl(text, "there is no host in it");
     if (authority.find('@') != std::string::npos)
         RefuseUrl(text, "a user is named with --user, and a password never on the command line");
+    if (authority.front() == '[' && authority.find(']') == std::string::npos)
+        RefuseUrl(text, "its IPv6 address doesn't end with ]");
     for (const char c : url)
         if (static_cast<unsigned char>(c) <= ' ' || c == '\x7F')
             RefuseUrl(text, "it holds white space or a control character");
@@ -121,6 +124,10 @@ void GuardPassword(const Access& access)
 
 std::string ReadPassword(const std::string& user, const std::string& file)
 {
+    if (user.empty() && !file.empty())
+        throw Failure(Exit::Usage, "The password in " + file + " is nobody's. Name the user with --user");
+    if (user.empty())
+        return "";
     if (!file.empty())
         return FirstLineOf(file);
     if (const char* const password = std::getenv(kVariable))

@@ -27,7 +27,7 @@ std::string FolderOf(const std::string& file) { return std::filesystem::path(fil
 const std::string& NotEmpty(const std::string& value, const std::string& key, const std::string& place)
 {
     if (value.empty())
-        throw Failure(Exit::Usage, place + key + " has no value");
+        throw Failure(Exit::Usage, place + key + " has no value. Write " + key + "=VALUE");
     return value;
 }
 

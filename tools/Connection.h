@@ -58,7 +58,7 @@ class Connection
 
     Access m_access;
     std::optional<Clock::time_point> m_deadline;
-    Clock::time_point m_end; // of the call
+    Clock::time_point m_end;      // of the call
     std::size_t m_receivable = 0; // bytes that the answer may still have
     soap m_soap;
     std::size_t (*m_receive)(soap*, char*, std::size_t);

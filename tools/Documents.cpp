@@ -53,7 +53,8 @@ pugi::xml_document Built(const Source& source, const DocumentModel& model, Findi
 {
     const Json json = Unwrapped(ReadJson(source));
     if (json.is_null())
-        Refuse(source, "there is no document in it, as of a behavior that is idle. Nothing has been sent");
+        Refuse(source, "there is no document in it, as of a behavior that is idle. Nothing has been sent; "
+                       "'varlo-analytics behavior example' shows a full one");
     return FromJson(model, json, findings);
 }
 
@@ -63,7 +64,10 @@ const XmlDocument Parsed(const Source& source, const DocumentModel& model, Findi
         return XmlDocument(Built(source, model, findings));
     XmlDocument document(source.text, source.name);
     if (RootOf(model, document.Root()).empty())
-        Refuse(source, "the document has no <" + model.root.name + "> element. Nothing has been sent");
+        Refuse(source, "the document has no <" + model.root.name +
+                           "> element. Nothing has been sent; "
+                           "'varlo-analytics " +
+                           (model.IsScene() ? "scene" : "behavior") + " example' shows a full one");
     return document;
 }
 
@@ -88,7 +92,8 @@ const DocumentModel& ModelFor(const Source& source)
     {
         const Json json = Unwrapped(ReadJson(source));
         if (!json.is_object())
-            Refuse(source, "this is no document: it has to be an object");
+            Refuse(source, "this is no document: it has to be an object, as 'varlo-analytics behavior get "
+                           "--json' writes it");
         if (!json.contains("id") && !json.contains("active") && !json.contains("rois"))
             return SceneModel();
         id = json.contains("id") && json["id"].is_string() ? json["id"].get<std::string>() : "";
@@ -100,14 +105,21 @@ const DocumentModel& ModelFor(const Source& source)
             return SceneModel();
         const pugi::xml_node behavior = document.First("behavior");
         if (behavior.empty())
-            Refuse(source, "there is neither a <behavior> nor an <" + SceneModel().root.name + "> in it", 1);
+            Refuse(source,
+                   "there is neither a <behavior> nor an <" + SceneModel().root.name +
+                       "> in it; "
+                       "'varlo-analytics behavior example' and 'scene example' show such documents",
+                   1);
         id = behavior.attribute("id").value();
     }
     const DocumentModel* const model = FindModel(id);
     if (model == nullptr)
-        Refuse(source, id.empty() ? "the document doesn't say of which behavior it is: its id is missing"
-                                  : "the behavior '" + id +
-                                        "' isn't known; 'varlo-analytics behavior --help' shows the names");
+        Refuse(source,
+               id.empty()
+                   ? "the document doesn't say of which behavior it is: its id is missing; write it as "
+                     "'varlo-analytics behavior example' does"
+                   : "the behavior '" + id +
+                         "' isn't known; 'varlo-analytics behavior --help' shows the names");
     return *model;
 }
 
@@ -139,8 +151,9 @@ void Tell(const Source& source, const Findings& findings, bool json)
             std::cerr << JsonLine(object) << '\n';
             continue;
         }
-        const std::string place =
-            finding.line > 0 ? std::to_string(finding.line) + ":" : " " + finding.field + ":";
+        const std::string place = finding.line > 0        ? std::to_string(finding.line) + ":"
+                                  : finding.field.empty() ? ""
+                                                          : " " + finding.field + ":";
         std::cerr << Printable(source.name) << ':' << Printable(place) << ' ' << level << ": "
                   << Printable(finding.text) << '\n';
     }
@@ -155,7 +168,9 @@ void Judge(const Source& source, const Findings& findings, const Checking& check
                            "with --force");
     const std::size_t warnings = checking.strict ? Count(findings, Finding::Level::Warning) : 0;
     if (warnings > 0)
-        Refuse(source, Counted(warnings, "warning") + ", and --strict takes none. Nothing has been sent");
+        Refuse(source, Counted(warnings, "warning") +
+                           ", and --strict takes none. Nothing has been sent; correct "
+                           "the document, or leave --strict out");
 }
 
 std::string Checked(const Source& source, const DocumentModel* model, const Checking& checking)

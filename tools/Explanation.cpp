@@ -24,6 +24,7 @@ constexpr Hint kHints[] = {
     {"The behavior document could not be read",
      "Compare it with what 'varlo-analytics behavior example' or 'behavior default' gives"},
     {"The scene document could not be read", "Compare it with what 'varlo-analytics scene default' gives"},
+    {"The profile name is longer", "Give it a shorter one"},
     {" has no behavior ", "'varlo-analytics availability PROFILE' shows those that it has"},
     {" may not change profiles",
      "An administrator may; 'varlo-analytics status' shows who you are to the service"},

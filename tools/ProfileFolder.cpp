@@ -41,8 +41,9 @@ std::string FileFor(const std::string& id, std::set<std::string>& taken)
 Source ReadInside(const std::string& folder, const std::string& file)
 {
     if (file.empty() || file.find('/') != std::string::npos || file == "." || file == "..")
-        throw Failure(Exit::Document,
-                      folder + "/" + kList + " names '" + file + "', which is no file of its folder");
+        throw Failure(Exit::Document, folder + "/" + kList + " names '" + file +
+                                          "', which is no file of its folder. Put it there, "
+                                          "and name it without a path");
     return ReadSource(folder + "/" + file);
 }
 
@@ -64,7 +65,8 @@ void MakeFolder(const std::string& folder, bool force)
     std::error_code error;
     std::filesystem::create_directories(folder, error);
     if (error)
-        throw Failure(Exit::Document, folder + " can't be made: " + error.message());
+        throw Failure(Exit::Document, folder + " can't be made: " + error.message() +
+                                          ". Name another place, or look at who may write there");
     if (!force && std::filesystem::exists(folder + "/" + kList, error))
         throw Failure(Exit::Document,
                       folder + " holds a profile already. Name another folder, or replace it with --force");
@@ -110,7 +112,9 @@ ProfileDocuments ReadFolder(const std::string& folder)
     const XmlDocument list(source.text, source.name);
     const pugi::xml_node root = list.First("profile");
     if (root.empty())
-        throw Failure(Exit::Document, source.name + ": there is no <profile> in it");
+        throw Failure(Exit::Document,
+                      source.name +
+                          ": there is no <profile> in it. 'varlo-analytics export' writes such a file");
     ProfileDocuments profile;
     profile.name = root.attribute("name").value();
     profile.preset = root.attribute("preset").value();

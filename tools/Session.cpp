@@ -76,8 +76,7 @@ const Access& Session::Ready()
     TakeCamera();
     access.url = WholeUrl(access.url);
     GuardPassword(access);
-    if (!access.user.empty())
-        access.password = ReadPassword(access.user, passwordFile);
+    access.password = ReadPassword(access.user, passwordFile);
     m_ready = true;
     return access;
 }

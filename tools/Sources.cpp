@@ -27,8 +27,10 @@ Source ReadSource(const std::string& file)
     }
     std::ifstream stream(file, std::ios::binary);
     if (!stream || std::filesystem::is_directory(file))
-        throw DocumentFailure(
-            file, 0, std::string("it can't be read: ") + (stream ? "it is a folder" : std::strerror(errno)));
+        throw DocumentFailure(file, 0,
+                              std::string("it can't be read: ") +
+                                  (stream ? "it is a folder" : std::strerror(errno)) +
+                                  ". Look at its name, and at who may read it");
     text << stream.rdbuf();
     return {file, text.str()};
 }
@@ -43,7 +45,8 @@ void WriteFile(const std::string& file, const std::string& text)
     {
         const std::string why = std::strerror(errno);
         std::remove(unfinished.c_str());
-        throw Failure(Exit::Document, file + " can't be written: " + why);
+        throw Failure(Exit::Document, file + " can't be written: " + why +
+                                          ". Name another place, or look at who may write there");
     }
 }
 

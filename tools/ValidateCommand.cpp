@@ -78,7 +78,7 @@ void ValidateAll(Session& session, const std::vector<std::string>& files)
             Exit::Document,
             errors > 0
                 ? "There are errors; 'varlo-analytics behavior explain NAME' tells what the fields mean"
-                : "There are warnings, and --strict takes none");
+                : "There are warnings, and --strict takes none; correct what they name, or leave it out");
 }
 
 } // namespace

@@ -54,7 +54,8 @@ const DocumentModel& ModelOf(const std::string& behavior)
 {
     const DocumentModel* const model = FindModel(BehaviorId(behavior));
     if (model == nullptr)
-        throw Failure(Exit::Usage, "This program knows nothing of the zones of " + behavior);
+        throw Failure(Exit::Usage, "This program knows nothing of the zones of " + behavior +
+                                       ". 'varlo-analytics behavior --help' shows the names that it knows");
     return *model;
 }
 
@@ -95,12 +96,17 @@ void ShowZones(Session& session, const Arguments& arguments)
         list.rows.push_back({zone.name, zone.excluded, Written(zone.points), Raw{points}});
     }
     session.Out().Table(list,
-                        model.name + " has no zones in this profile. 'varlo-analytics zone add' makes one.");
+                        model.name + (model.HasZones() ? " has no zones in this profile. 'varlo-analytics "
+                                                         "zone add' makes one."
+                                                       : " is a behavior without zones."));
 }
 
 void Add(Session& session, const Arguments& arguments)
 {
     const DocumentModel& model = ModelOf(arguments.behavior);
+    if (arguments.zone.empty())
+        throw Failure(Exit::Usage, "The zone's name is empty, and it couldn't be moved or removed by it. "
+                                   "Give it a name");
     const NamedZone zone{arguments.zone, arguments.excluded, PointsIn(arguments.points)};
     Store(session, arguments, model, WithZone(model, Stored(session, arguments, model).second, zone));
 }

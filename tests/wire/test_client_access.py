@@ -30,22 +30,6 @@ class Troubles(unittest.TestCase):
         for text in texts:
             self.assertIn(text, ran.err)
 
-    def test_answers_that_are_none(self):
-        self.trouble(lambda connection: connection.recv(65536), 3, "closed the connection without an answer")
-        self.trouble(answer("404 Not Found", "", "text/html"), 3, "HTTP status 404", "no such service")
-        for status, text in (("403 Forbidden", "denies access"), ("408 Request Timeout", "wait too long"),
-                             ("413 Too Large", "maxRequestBytes"), ("418 Teapot", "HTTP status 418"),
-                             ("429 Too Many", "too much to do"), ("503 Busy", "too much to do")):
-            self.trouble(answer(status, "", "text/html"), 3, text)
-        self.trouble(answer("200 OK", "<html><body>hello</body></html>", "text/html"), 3, "isn't understood")
-        self.trouble(answer("200 OK", "<a><b"), 3, "--url")
-        self.trouble(lambda connection: connection.sendall(b"220 mail\r\n"), 3, "--url")
-
-    def test_faults_become_sentences_without_control_characters(self):
-        self.trouble(answer("500 Internal", FAULT.format("The disk &#x1b;[31mis full&#27;")), 1,
-                     "The service says: The disk <U+001B>[31mis full")
-        self.trouble(answer("401 Unauthorized", FAULT.format("no")), 3, "wants a user and a password", "--user")
-
     def test_a_silent_service_and_one_that_never_ends_take_bounded_time(self):
         def drip(connection):
             head = FAULT.partition("<e:Fault>")[0]
@@ -58,29 +42,8 @@ class Troubles(unittest.TestCase):
             self.trouble(serve, 3, "took too long", "--timeout", words=("profile", "list", "--timeout", "2"))
             self.assertLess(time.monotonic() - started, 60)
 
-    def test_no_host(self):
-        free = service.socket.socket()
-        free.bind(("127.0.0.1", 0))
-        self.assertIn("Connection refused", run("profile", "list", url=f"127.0.0.1:{free.getsockname()[1]}").err)
-        free.close()
-        for url, text in (("ftp://a/", "http"), ("http://", "no host"), ("http://u:p@a/", "--user"), ("a:99999", "port")):
-            ran = run("profile", "list", url=url)
-            self.assertEqual((ran.code, ran.out), (2, ""))
-            self.assertIn(text, ran.err)
-
 
 class Usage(unittest.TestCase):
-    def test_wrong_command_lines_say_what_is_wrong(self):
-        for words, text in (((), "A command is missing"), (("profile",), "A command is missing"),
-                            (("control", "fly"), "'fly' is no command"), (("profile", "create"), "NAME"),
-                            (("profile", "list", "--jso"), "--jso"), (("--timeout", "0", "profile", "list"), "--timeout"),
-                            (("behavior", "example", "flying"), "'flying' is no behavior"),
-                            (("profile", "list", "--key", "k"), "--cert"), (("profile", "list", "more"), "more")):
-            ran = run(*words, url="127.0.0.1:1")
-            self.assertEqual((ran.code, ran.out), (2, ""), words)
-            self.assertIn(text, ran.err)
-            self.assertTrue(ran.err.startswith("varlo-analytics: "), ran.err)
-
     def test_every_command_has_help_with_an_example(self):
         pending, seen = [()], []
         while pending:

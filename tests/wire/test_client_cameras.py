@@ -29,14 +29,6 @@ class Cameras(ClientTest):
         self.assertIn("no camera 'gate'", self.camera("--camera", "gate", "profile", "list", code=2).err)
         self.assertIn("no camera 'gate'", self.camera("camera", "remove", "gate", code=2).err)
 
-    def test_what_is_wrong_in_the_file_is_told(self):
-        file = self.host.folder / "varlo-analytics/cameras.ini"
-        file.parent.mkdir()
-        for text, said in (("[a]\nurl = http://x/\nfrmae = 1x1\n", "'frmae' isn't known"), ("[a]\nuser = x\n", "url has no value"),
-                           ("[a]\nurl = http://x/\nframe = big\n", "is no frame"), ("[a\n", "cameras.ini:1: ")):
-            file.write_text(text, encoding="utf-8")
-            self.assertIn(said, self.camera("--camera", "a", "profile", "list", code=2).err)
-
     def test_the_frame_is_that_of_the_command_line_the_camera_or_the_environment(self):
         self.camera("camera", "add", "gate", "--url", self.host.url, "--frame", "640x480")
         corner = lambda *words: self.camera("behavior", "example", "loitering", "--json", *words).json["document"]["rois"][0]["vertices"][0]
