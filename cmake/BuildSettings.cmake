@@ -21,6 +21,11 @@ foreach(config RELEASE RELWITHDEBINFO MINSIZEREL)
     string(REPLACE "-DNDEBUG" "" CMAKE_CXX_FLAGS_${config} "${CMAKE_CXX_FLAGS_${config}}")
 endforeach()
 
+# Files beyond 2 GB and times beyond 2038 on 32 bits. No header of the libraries that we use changes its types by them.
+if(CMAKE_SIZEOF_VOID_P EQUAL 4)
+    add_compile_definitions(_FILE_OFFSET_BITS=64 _TIME_BITS=64)
+endif()
+
 option(WARNINGS_AS_ERRORS "Stop at the first warning in our own code" OFF)
 set(SANITIZE "" CACHE STRING "Sanitizers for every target, as in address,undefined or thread")
 
@@ -44,7 +49,7 @@ if(FUZZING)
     target_compile_options(fuzzed INTERFACE -fsanitize=fuzzer-no-link)
 endif()
 
-# A cache and a fast linker where the machine has them; nothing depends on either.
+# A cache and a fast linker where the machine has them; nothing depends on either, and no package on what a machine has.
 find_program(CCACHE ccache)
 if(CCACHE)
     # It can't see into precompiled headers; their own dependencies stand in the build files.
@@ -54,8 +59,9 @@ if(CCACHE)
         list(APPEND CMAKE_CXX_COMPILE_OPTIONS_CREATE_PCH -Xclang -fno-pch-timestamp)
     endif()
 endif()
+option(FAST_LINKER "Link with lld if it is there" ON)
 find_program(LLD ld.lld)
-if(LLD AND NOT CMAKE_CROSSCOMPILING) # The cross compiler looks for it among the tools of its target.
+if(FAST_LINKER AND LLD AND NOT CMAKE_CROSSCOMPILING) # The cross compiler looks for it among the tools of its target.
     add_link_options(-fuse-ld=lld)
 endif()
 

@@ -1,8 +1,6 @@
-# Builds for 64-bit Arm on a Debian of another architecture. The libraries are those of the architecture
-# arm64 beside the machine's own (cmake/install-packages.sh build cross); what generates code is the machine's.
-set(CMAKE_SYSTEM_NAME Linux)
+# Builds for 64-bit Arm on a Debian of another architecture.
 set(CMAKE_SYSTEM_PROCESSOR aarch64)
-set(CMAKE_C_COMPILER aarch64-linux-gnu-gcc)
-set(CMAKE_CXX_COMPILER aarch64-linux-gnu-g++)
 set(CMAKE_LIBRARY_ARCHITECTURE aarch64-linux-gnu)
-set(ENV{PKG_CONFIG_LIBDIR} /usr/lib/aarch64-linux-gnu/pkgconfig:/usr/share/pkgconfig)
+set(DEBIAN_ARCHITECTURE arm64)
+set(emulator qemu-aarch64-static)
+include(${CMAKE_CURRENT_LIST_DIR}/debian-cross.cmake)

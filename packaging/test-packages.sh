@@ -43,6 +43,11 @@ done
 lintian --allow-root --fail-on error,warning "$work"/1/*.deb || fail "lintian found what packaging/lintian doesn't explain"
 say "lintian finds no errors and no unexplained warnings in $(cd "$work/1" && echo *.deb)"
 
+"$root/packaging/check-compliance.sh"
+
+# ---- a release of them, and how others verify it ----
+"$root/packaging/test-release.sh" "$work/1" "$build" "$work/release"
+
 # ---- what is built on them ----
 "$root/packaging/test-development.sh" "$work/1" "$work/development"
 
@@ -106,6 +111,17 @@ do
     echo "$status" | tr -s '\t ' ' ' | grep -qx "$line" || { echo "$status"; fail "the process has not '$line'"; }
 done
 say "the service runs as user $user with no capability and a filter of system calls"
+
+# ---- what is loaded there is what the SBOM of a release names ----
+inside sh -c 'ldd /usr/sbin/varlo-analytics-host /usr/bin/varlo-analytics /usr/lib/*/libvarlo-analytics-*.so.*' |
+    sed -nE 's,.*(=> |^\t)(/[^ ]+) \(.*,\2,p' | grep -v varlo | sort -u >"$work/loaded"
+[ -s "$work/loaded" ] || fail "ldd finds nothing"
+while read -r file
+do
+    package=$(inside sh -c "dpkg -S $file || dpkg -S /usr$file || dpkg -S ${file#/usr}" 2>/dev/null </dev/null | cut -d: -f1)
+    grep -qF "\"name\": \"$package\"" "$work"/release/*.spdx.json || fail "the SBOM doesn't name $file of $package"
+done <"$work/loaded"
+say "the SBOM names the packages of the $(wc -l <"$work/loaded") libraries that ldd finds"
 
 # ---- use: the whole tour under the unit ----
 timeout 120 nsenter -t "$machine" -n /usr/bin/python3 -B "$root/tests/interop/against.py" http://127.0.0.1:8080/ \

@@ -1,0 +1,16 @@
+# What arm64.cmake and armhf.cmake share. Headers and libraries are those of the folder that cmake/make-sysroot.sh
+# has filled, never the machine's; what generates code is the machine's; programs that were built run in an emulator.
+set(CMAKE_SYSTEM_NAME Linux)
+get_filename_component(CMAKE_SYSROOT ${CMAKE_CURRENT_LIST_DIR}/../build/sysroot/${CMAKE_LIBRARY_ARCHITECTURE} ABSOLUTE)
+if(NOT EXISTS ${CMAKE_SYSROOT}/var/lib/dpkg/status)
+    message(FATAL_ERROR "There is no ${CMAKE_SYSROOT}: run cmake/make-sysroot.sh arm64 or armhf first")
+endif()
+set(CMAKE_C_COMPILER ${CMAKE_LIBRARY_ARCHITECTURE}-gcc)
+set(CMAKE_CXX_COMPILER ${CMAKE_LIBRARY_ARCHITECTURE}-g++)
+set(CMAKE_CROSSCOMPILING_EMULATOR ${emulator} -L ${CMAKE_SYSROOT})
+set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
+foreach(kind LIBRARY INCLUDE PACKAGE)
+    set(CMAKE_FIND_ROOT_PATH_MODE_${kind} ONLY)
+endforeach()
+set(ENV{PKG_CONFIG_SYSROOT_DIR} ${CMAKE_SYSROOT})
+set(ENV{PKG_CONFIG_LIBDIR} ${CMAKE_SYSROOT}/usr/lib/${CMAKE_LIBRARY_ARCHITECTURE}/pkgconfig:${CMAKE_SYSROOT}/usr/share/pkgconfig)
