@@ -10,6 +10,7 @@
 #include <openssl/err.h>
 #include <openssl/ssl.h>
 #include <openssl/x509v3.h>
+#include <strings.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -19,6 +20,7 @@
 #include <cstring>
 #include <limits>
 #include <mutex>
+#include <string_view>
 #include <utility>
 
 namespace client
@@ -84,6 +86,7 @@ Connection::Connection(const Access& access, std::optional<Clock::time_point> de
     m_soap.user = this;
     m_receive = std::exchange(m_soap.frecv, Receive);
     m_send = std::exchange(m_soap.fsend, Send);
+    m_parseField = std::exchange(m_soap.fparsehdr, TakeField);
     try
     {
         if (m_access.url.compare(0, 8, "https://") == 0)
@@ -177,9 +180,30 @@ int Connection::Send(soap* context, const char* data, std::size_t size)
     return result;
 }
 
+bool Connection::IgnoringCase::operator()(const std::string& one, const std::string& other) const
+{
+    return strcasecmp(one.c_str(), other.c_str()) < 0;
+}
+
+int Connection::TakeField(soap* context, const char* name, const char* value)
+{
+    constexpr std::string_view kOurs = "Varlo-Analytics-";
+    auto* const self = static_cast<Connection*>(context->user);
+    if (strncasecmp(name, kOurs.data(), kOurs.size()) == 0)
+        self->m_fields.insert_or_assign(name, value);
+    return self->m_parseField(context, name, value);
+}
+
+std::string Connection::Field(const std::string& name) const
+{
+    const auto field = m_fields.find(name);
+    return field == m_fields.end() ? "" : field->second;
+}
+
 void Connection::Begin()
 {
     Clear();
+    m_fields.clear();
     m_receivable = std::numeric_limits<std::size_t>::max();
     m_end = Clock::now() + m_access.timeout;
     if (m_deadline)

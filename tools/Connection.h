@@ -4,6 +4,7 @@
 
 #include <soapH.h>
 
+#include <map>
 #include <optional>
 #include <string>
 
@@ -42,7 +43,15 @@ class Connection
     };
     Fetched Get(std::size_t most);
 
+    // A field of the last answer's head, which begins with "Varlo-Analytics-"; empty if it isn't there.
+    std::string Field(const std::string& name) const;
+
   private:
+    struct IgnoringCase
+    {
+        bool operator()(const std::string& one, const std::string& other) const;
+    };
+    static int TakeField(soap* context, const char* name, const char* value);
     // Hooks of the context: its own timeouts begin anew with each piece, ours don't.
     static std::size_t Receive(soap* context, char* buffer, std::size_t size);
     static int Send(soap* context, const char* data, std::size_t size);
@@ -63,6 +72,8 @@ class Connection
     soap m_soap;
     std::size_t (*m_receive)(soap*, char*, std::size_t);
     int (*m_send)(soap*, const char*, std::size_t);
+    int (*m_parseField)(soap*, const char*, const char*);
+    std::map<std::string, std::string, IgnoringCase> m_fields;
 };
 
 } // namespace client

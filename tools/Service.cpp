@@ -2,6 +2,10 @@
 
 #include "Connection.h"
 
+#include <algorithm>
+#include <charconv>
+#include <string_view>
+
 namespace client
 {
 namespace
@@ -29,6 +33,22 @@ std::vector<Behavior> Taken(const _VideoAnalytics__GetBehaviorAvailabilityRespon
     for (const VideoAnalytics__Behavior* behavior : response.behaviors->hiddenBehavior)
         behaviors.push_back(Taken(*behavior, true));
     return behaviors;
+}
+
+// A name stands in a field with each byte that doesn't fit there as "%" and two hexadecimal digits.
+std::string Unescaped(const std::string& text)
+{
+    std::string plain;
+    for (std::size_t at = 0; at < text.size(); ++at)
+    {
+        unsigned char byte = 0;
+        const char* const end = text.data() + std::min(at + 3, text.size());
+        const bool escaped = text[at] == '%' &&
+                             std::from_chars(text.data() + at + 1, end, byte, 16).ptr == text.data() + at + 3;
+        plain += escaped ? static_cast<char>(byte) : text[at];
+        at += escaped ? 2 : 0;
+    }
+    return plain;
 }
 
 } // namespace
@@ -164,6 +184,17 @@ void Service::Control(Command command)
     _VideoAnalytics__AlgorithmControl request;
     request.command = static_cast<int>(command);
     m_connection->Call(soap_call___VideoAnalytics__AlgorithmControl, request);
+}
+
+Identity Service::Told() const
+{
+    constexpr std::string_view kRole = "; role=";
+    const std::string caller = m_connection->Field("Varlo-Analytics-Caller");
+    const std::size_t role = caller.find(kRole);
+    Identity told{m_connection->Field("Varlo-Analytics-Version"), Unescaped(caller.substr(0, role)), ""};
+    if (role != caller.npos)
+        told.role = caller.substr(role + kRole.size());
+    return told;
 }
 
 } // namespace client

@@ -43,6 +43,14 @@ enum class Command
     MotionDetectionOn = 3
 };
 
+// What a service tells of itself and of who calls it. What it doesn't tell is empty.
+struct Identity
+{
+    std::string version;
+    std::string name; // a user, or "CN=..." of a certificate
+    std::string role;
+};
+
 class Connection;
 
 // The operations of one service, each one exchange. All throw Failure with a sentence for a person, and
@@ -81,6 +89,9 @@ class Service
     std::string DefaultScene();
 
     void Control(Command command);
+
+    // As the last answer has it.
+    Identity Told() const;
 
   private:
     std::unique_ptr<Connection> m_connection;

@@ -1,6 +1,13 @@
 """The command-line client: cameras by name, frames, and who somebody is to the service."""
 
-from command import ClientTest, main, run
+import re
+import socket
+import subprocess
+
+import test_access
+from command import ClientTest, Listener, main, run
+from proxy import read_request
+from service import HOST, read_all
 
 
 class Cameras(ClientTest):
@@ -52,6 +59,37 @@ class Status(ClientTest):
         # Nothing has been changed by asking.
         self.assertEqual(len(self.client("profile", "list", "--json").json), 1)
         self.assertEqual(run("status", url="http://127.0.0.1:1/").code, 3)
+
+    def test_a_service_that_tells_nothing_of_itself(self):
+        def hide(connection):
+            with socket.create_connection(("127.0.0.1", self.host.port), timeout=60) as inside:
+                inside.sendall(read_request(connection)[0])
+                connection.sendall(re.sub(rb"Varlo-Analytics-[^\n]*\n", b"", read_all(inside)))
+
+        listener = Listener(hide)
+        self.addCleanup(listener.close)
+        status = run("status", "--json", url=f"http://127.0.0.1:{listener.port}/").json
+        self.assertEqual([status[key] for key in ("health", "version", "user", "role", "may")],
+                         ["ok", None, None, None, None])
+
+
+class Roles(test_access.AccessTest):
+    ROLES = """<users>users</users><audit>trail</audit><roles><administrator>ann</administrator>
+        <operator>Zoë; 50 %41</operator></roles>"""
+
+    def test_the_service_says_who_one_is_and_writes_no_line_of_it(self):
+        version = subprocess.run([HOST, "--version"], capture_output=True, text=True).stdout.split()[1]
+        self.users.write_text("".join(test_access.user(name, "secret") for name in ("ann", "Zoë; 50 %41", "guest")))
+        self.start(test_access.TLS, self.ROLES)
+        for name, role, may in (("ann", "administrator", "read, run, stop and change profiles"),
+                                ("Zoë; 50 %41", "operator", "read, run and stop profiles, and not change them"),
+                                ("guest", "viewer", "read, and nothing else")):
+            ran = run("--cacert", self.tls / "authority.pem", "--user", name, "status", "--json", url=self.host.url,
+                      environment={"VARLO_ANALYTICS_PASSWORD": "secret"})
+            self.assertEqual(ran.code, 0, ran.err)
+            self.assertEqual([ran.json[key] for key in ("user", "role", "may")], [name, role, may])
+            self.assertEqual(ran.json["version"], version)
+        self.assertEqual((self.host.folder / "trail").read_text(), "")
 
 
 if __name__ == "__main__":
