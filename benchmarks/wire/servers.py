@@ -76,13 +76,14 @@ def resident_kib(server):
     return int(re.search(r"^VmRSS:\s+(\d+) kB", status, re.M).group(1))
 
 
-def load(server, body, clients, requests, first=1):
-    """One round; the figures that the load generator prints, and the memory afterwards."""
+def load(server, body, clients, requests, first=1, *tls):
+    """One round; the figures that the load generator prints, and the memory afterwards. `tls`: the version, or
+    "resumed-" and the version, and a header."""
     with tempfile.NamedTemporaryFile("w", suffix=".xml") as file:
         file.write(body)
         file.flush()
         line = subprocess.run([PROGRAMS / "wire-load", str(server.port), str(server.process.pid), file.name,
-                               str(clients), str(requests), str(first)],
+                               str(clients), str(requests), str(first), *tls],
                               stdout=subprocess.PIPE, text=True, check=True).stdout
     return {**json.loads(line), "memory": resident_kib(server)}
 
