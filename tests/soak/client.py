@@ -5,6 +5,11 @@ from connection import http, split
 from documents import BEHAVIORS
 
 
+# What the audit trail calls the operations that change the store.
+CHANGES = {name: name for name in ("CreateProfile", "DeleteProfile", "ExecuteProfile", "StopProfile", "AlgorithmControl")}
+CHANGES |= {"SetProfileBehavior": "SetRuleConfig", "DeleteProfileBehavior": "DeleteRule", "SetProfileScene": "SetEngineConfig"}
+
+
 class Wrong(Exception):
     """The service answered otherwise than it has to."""
 
@@ -68,6 +73,8 @@ class Client:
             self.check(fault.code.endswith(("Client", "Sender")), f"{operation}: {fault}")
             raise
         self.check(status == 200, f"{operation}: {status}")
+        if operation in CHANGES:
+            self.count(f"done {CHANGES[operation]}")
         return element
 
     def refused(self, text, operation, **fields):

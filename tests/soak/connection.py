@@ -15,11 +15,20 @@ class Wire:
     def __init__(self, port, context=None):
         self.port = port
         self.context = context
+        self.session = None  # of TLS, to go on with
 
     def connect(self):
         connection = socket.create_connection(("127.0.0.1", self.port), timeout=60)
         connection.setsockopt(socket.IPPROTO_TCP, socket.TCP_NODELAY, 1)
-        return self.context.wrap_socket(connection, server_hostname="localhost") if self.context else connection
+        if self.context is None:
+            return connection
+        return self.context.wrap_socket(connection, server_hostname="localhost", session=self.session)
+
+    def answer(self, connection):
+        data = read_all(connection)
+        if self.context:
+            self.session = connection.session
+        return data
 
     def send(self, data):
         """All that comes back; nothing if the connection was closed without a word."""
@@ -28,7 +37,7 @@ class Wire:
                 connection.sendall(data)
             except (BrokenPipeError, ConnectionResetError, ssl.SSLError):
                 pass  # refused before it was all sent: the answer says why
-            return read_all(connection)
+            return self.answer(connection)
 
     def dribble(self, data, dice):
         """As send(), in pieces and with pauses."""
@@ -37,7 +46,7 @@ class Wire:
             for begin, end in zip([0, *cuts], [*cuts, len(data)]):
                 connection.sendall(data[begin:end])
                 time.sleep(dice.random() * 0.01)
-            return read_all(connection)
+            return self.answer(connection)
 
     def vanish(self, data, dice):
         """Sends a part of it, or all, and is gone without reading a byte."""

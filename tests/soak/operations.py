@@ -75,6 +75,8 @@ class Operations(Client):
                  behaviorId=self.dice.choice((behavior.id, behavior.alias)))
         self.profiles[profile].behaviors[behavior.alias] = (back, active)
         self.profiles[profile].engines |= behavior.has_engine
+        if behavior.has_engine:
+            self.count("done SetEngineConfig")  # its second line
 
     def get_behavior(self, profile=None, behavior=None):
         profile = profile or self.own()

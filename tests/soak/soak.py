@@ -7,8 +7,9 @@ the clients know of the store.
 The programs and files come from the environment that CTest sets for the wire tests, of which short runs
 are one (wire.soak). Without it, they are those of the build in BUILD, build/dev if that isn't set.
 
+Roles (with --tls), the audit trail and the metrics are on, and are held against what the clients have done.
 Beside the clients there are peers that send a byte a second or nothing. Ends with 0 if every answer was
-right and no connection was dropped that needn't be. If it runs for ten minutes or longer, the memory of
+right, no connection was dropped that needn't be, and each change has one line in the audit trail. If it runs for ten minutes or longer, the memory of
 the host at the end has to be within 5 % of that after the first minute.
 """
 
@@ -35,9 +36,12 @@ import connection
 import operations
 from peers import SlowPeers
 from service import Host
+from watch import Watch
 
 SETTINGS = """<settings><server><endpoint name="kestrile-server" address="127.0.0.1" port="0"{tls}/>
-<maxRequestBytes>262144</maxRequestBytes><requestSeconds>10</requestSeconds></server></settings>"""
+<maxRequestBytes>262144</maxRequestBytes><requestSeconds>10</requestSeconds>{roles}<audit>trail</audit>
+<metrics address="127.0.0.1" port="0"/></server></settings>"""
+ROLES = "<roles><administrator>CN=client</administrator></roles>"
 SLOW_PEERS = 50
 MOST_COMPLAINTS = 5  # of a client, which then ends
 LONG_SECONDS = 600
@@ -90,12 +94,13 @@ def drive(host, wire, options):
     for client in clients:
         client.start()
     slow = SlowPeers(wire, SLOW_PEERS)
+    watch = Watch(host, host.folder / "trail")
     time.sleep(min(60, options.seconds / 3))
     early = host.memory_kib()
     counts, complaints, profiles = collect(outputs, len(clients), options.seconds + 300)
     late = host.memory_kib()
     counts["slow peers"], refused_late = slow.end()
-    complaints += refused_late
+    complaints += refused_late + watch.end(counts, "CN=client" if options.tls else None)
     for client in clients:
         client.join()
     if not complaints:
@@ -121,7 +126,8 @@ def report(counts, complaints, early, late, options):
     used = sorted(o for o in counts if o[0].isupper() and o != "Reboot")
     growth = late / early - 1
     print(f"soak{' with certificates' if options.tls else ''}: {counts['requests']} requests by {options.clients} "
-          f"clients in {options.seconds:g} s, {len(used)} operations, {counts['refused']} refused as they had to be; "
+          f"clients in {options.seconds:g} s, {len(used)} operations, {counts['refused']} refused as they had to be, "
+          f"{counts['changes']} changes with a line in the audit trail each, {counts['resumed']} sessions resumed; "
           f"{len(complaints)} wrong answers or drops, {counts['required drops']} drops that are required; "
           f"{counts['slow']} slow requests, {counts['vanished']} peers vanished, {counts['slow peers']} too slow; "
           f"memory {early} KiB after {min(60, options.seconds / 3):.0f} s, {late} KiB at the end ({growth:+.1%})")
@@ -138,12 +144,12 @@ def main():
     host = Host(settings="")
     try:
         attributes, context = secured(host.folder) if options.tls else ("", None)
-        host.settings.write_text(SETTINGS.format(tls=attributes))
+        host.settings.write_text(SETTINGS.format(tls=attributes, roles=ROLES if options.tls else ""))
         host.start()
         counts, complaints, early, late = drive(host, connection.Wire(host.port, context), options)
         code = host.stop()
         complaints += [f"the host ended with {code}"] if code else []
-        complaints += [line for line in host.errors if not line.startswith("listening on")]
+        complaints += [line for line in host.errors if not line.startswith(("listening on", "metrics on"))]
         return report(counts, complaints, early, late, options)
     finally:
         host.stop()
