@@ -4,7 +4,7 @@
 #include <analytics/ProfileManager.h>
 #include <analytics/Settings.h>
 
-#include "types/DocumentLimit.h"
+#include "request/DocumentLimit.h"
 
 #include <algorithm>
 #include <cassert>

@@ -1,7 +1,7 @@
 #include "access/AccessSettings.h"
 
-#include "Runtime.h"
 #include "access/Users.h"
+#include "settings/Configuration.h"
 
 #include <analytics/Settings.h>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "access/Caller.h"
+#include "request/Request.h"
 
 #include <string>
 

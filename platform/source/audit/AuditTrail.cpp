@@ -5,7 +5,7 @@
 #include "files/FileStamp.h"
 #include "files/StandardError.h"
 #include "metrics/Metrics.h"
-#include "settings/SettingsSource.h"
+#include "settings/Configuration.h"
 #include "threads/PerPath.h"
 
 #define SD_JOURNAL_SUPPRESS_LOCATION

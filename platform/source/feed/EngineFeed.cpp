@@ -2,11 +2,10 @@
 
 #include <analytics/Settings.h>
 
-#include "Runtime.h"
 #include "files/FileHandle.h"
 #include "files/FileText.h"
 #include "metrics/Metrics.h"
-#include "settings/SettingsSource.h"
+#include "settings/Configuration.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

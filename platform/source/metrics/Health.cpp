@@ -1,7 +1,5 @@
 #include "metrics/Health.h"
 
-#include <analytics/Platform.h>
-
 #include "threads/Lock.h"
 
 #include <cstdint>
@@ -76,11 +74,6 @@ try
 catch (const std::system_error&)
 {
     return "The service can't start a thread; allow the process more of them";
-}
-
-std::string Health()
-{
-    return Health(kLongestHealthCheck, [] { return StoreHealth(); });
 }
 
 } // namespace analytics::platform

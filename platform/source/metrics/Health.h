@@ -13,7 +13,5 @@ constexpr std::chrono::seconds kLongestHealthCheck{2};
 // own, one at a time: whoever comes meanwhile gets the same answer, and nobody waits longer than `limit`. Any
 // thread.
 std::string Health(std::chrono::milliseconds limit, const std::function<std::string()>& check);
-// Of the profile store.
-std::string Health();
 
 } // namespace analytics::platform

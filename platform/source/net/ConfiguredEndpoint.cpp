@@ -1,7 +1,7 @@
 #include "net/ConfiguredEndpoint.h"
 
-#include "Runtime.h"
 #include "access/AccessSettings.h"
+#include "settings/Configuration.h"
 
 #include <analytics/Settings.h>
 

@@ -5,10 +5,10 @@
 #include "net/RequestMetrics.h"
 
 #include "access/BasicCredentials.h"
-#include "access/Caller.h"
 #include "access/Roles.h"
 #include "metrics/Metrics.h"
-#include "threads/WorkMemory.h"
+#include "request/Request.h"
+#include "request/WorkMemory.h"
 
 #include <analytics/Faults.h>
 #include <analytics/Platform.h>

@@ -6,8 +6,8 @@
 #include "net/RequestReader.h"
 #include "net/Stream.h"
 
-#include "access/Caller.h"
 #include "access/TlsSource.h"
+#include "request/Request.h"
 
 #include <boost/asio/ip/address.hpp>
 

@@ -1,11 +1,12 @@
 #include "net/OperatorsServer.h"
 
-#include "Runtime.h"
 #include "access/AccessSettings.h"
 #include "access/Users.h"
 #include "metrics/Health.h"
 #include "metrics/Metrics.h"
+#include "settings/Configuration.h"
 
+#include <analytics/Platform.h>
 #include <analytics/Settings.h>
 #include <tarno/osa/TcpSocket.h>
 
@@ -87,7 +88,8 @@ std::string OperatorsAnswer(const std::string& request)
         return Response("200 OK", analytics::platform::MetricsText(), method);
     if (path == "/healthz" && (method == "GET" || method == "HEAD"))
     {
-        const std::string failure = analytics::platform::Health();
+        const std::string failure = analytics::platform::Health(analytics::platform::kLongestHealthCheck,
+                                                                analytics::platform::StoreHealth);
         return failure.empty() ? Response("200 OK", "ok", method)
                                : Response("503 Service Unavailable", failure + '\n', method);
     }

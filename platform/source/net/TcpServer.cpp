@@ -8,15 +8,14 @@
 #include "net/Limits.h"
 #include "net/OperatorsServer.h"
 #include "net/Server.h"
+#include "request/WorkMemory.h"
 #include "threads/Lock.h"
-#include "threads/WorkMemory.h"
 
 #include <analytics/PluginManager.h>
 #include <tarno/osa/SocketException.h>
 
-#include "Runtime.h"
 #include "plugins/PluginFolder.h"
-#include "settings/SettingsSource.h"
+#include "settings/Configuration.h"
 
 #include <memory>
 #include <string>
@@ -196,7 +195,7 @@ bool CheckConfiguration(bool all)
 
 void Reload()
 {
-    CurrentSettingsFile()->Current();
+    RefreshSettings();
     if (const auto server = tarno::osa::RegisteredServer())
         server->RenewAccess();
     ManifestArray manifests;

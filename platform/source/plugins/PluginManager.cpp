@@ -2,9 +2,9 @@
 
 #include <analytics/Faults.h>
 
-#include "Runtime.h"
 #include "plugins/PluginFolder.h"
-#include "threads/OncePerRequest.h"
+#include "request/Request.h"
+#include "settings/Configuration.h"
 #include "threads/PerPath.h"
 
 #include <iterator>

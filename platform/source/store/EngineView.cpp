@@ -2,9 +2,9 @@
 
 #include <analytics/Faults.h>
 
+#include "request/DocumentLimit.h"
 #include "store/ProfileConfigurations.h"
 #include "store/StoreConnection.h"
-#include "types/DocumentLimit.h"
 
 #include <algorithm>
 

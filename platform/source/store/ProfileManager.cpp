@@ -4,15 +4,14 @@
 #include <analytics/PluginManager.h>
 #include <analytics/Settings.h>
 
-#include "Runtime.h"
-#include "access/Caller.h"
 #include "audit/AuditTrail.h"
 #include "files/StandardError.h"
 #include "metrics/Metrics.h"
+#include "request/Request.h"
+#include "settings/Configuration.h"
 #include "store/ProfileStore.h"
 #include "store/RuleCost.h"
 #include "store/SizeLimits.h"
-#include "threads/OncePerRequest.h"
 #include "xml/Text.h"
 
 #include <iterator>
@@ -346,7 +345,7 @@ bool ProfileManager::SetEngineConfig(int profileId, const std::string& id, const
         return false;
     }
     gHeld = {m_store.get(), profileId, engine};
-    if (platform::RequestOfThread() == 0)
+    if (platform::CurrentRequest() == 0)
         StoreHeld();
     else
         platform::AtRequestEnd(StoreHeldAtEnd);

@@ -4,10 +4,10 @@
 #include <analytics/Platform.h>
 
 #include "metrics/Metrics.h"
+#include "request/DocumentLimit.h"
+#include "request/WorkMemory.h"
 #include "store/SizeLimits.h"
 #include "store/StoreConnection.h"
-#include "threads/WorkMemory.h"
-#include "types/DocumentLimit.h"
 
 #include <algorithm>
 

@@ -4,9 +4,9 @@
 #include <analytics/Settings.h>
 
 #include "files/StandardError.h"
+#include "request/DocumentLimit.h"
 #include "store/Store.h"
 #include "store/StoreConnection.h"
-#include "types/DocumentLimit.h"
 #include "xml/Reader.h"
 
 #include <algorithm>

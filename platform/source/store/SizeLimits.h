@@ -9,7 +9,7 @@ namespace analytics::platform
 class Store;
 class StoreConnection;
 
-// The one rule for size: what couldn't be given back isn't stored. See also types/DocumentLimit.h, which
+// The one rule for size: what couldn't be given back isn't stored. See also request/DocumentLimit.h, which
 // bounds a document while it is converted.
 
 // Why an engine document can't be stored, as a sentence for the client; empty if it can. `word`: what the

@@ -3,10 +3,10 @@
 #include <analytics/Faults.h>
 
 #include "metrics/Metrics.h"
+#include "request/Request.h"
 #include "store/StoreBackup.h"
 #include "store/StoreConnection.h"
 #include "store/StoreFault.h"
-#include "threads/OncePerRequest.h"
 
 #include <sqlite3.h>
 #include <unistd.h>
@@ -75,7 +75,7 @@ void Store::OpenForReading()
         std::uint64_t request = 0;
     };
     thread_local Look last;
-    const std::uint64_t request = RequestOfThread();
+    const std::uint64_t request = CurrentRequest();
     if (request != 0 && last.request == request && last.store == this && Usable())
         return;
     Open();

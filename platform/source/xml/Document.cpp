@@ -1,6 +1,6 @@
 #include <analytics/Document.h>
 
-#include "types/DocumentLimit.h"
+#include "request/DocumentLimit.h"
 #include "xml/Nodes.h"
 #include "xml/Path.h"
 #include "xml/Reader.h"

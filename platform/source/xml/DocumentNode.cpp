@@ -1,6 +1,6 @@
 #include <analytics/DocumentNode.h>
 
-#include "types/DocumentLimit.h"
+#include "request/DocumentLimit.h"
 #include "xml/Nodes.h"
 #include "xml/Reader.h"
 #include "xml/Text.h"

@@ -1,8 +1,8 @@
 // Who may change what, decided where the store is changed.
 
-#include "access/Caller.h"
 #include "metrics/Metrics.h"
 #include "platform/store/StoreFixture.h"
+#include "request/Request.h"
 
 using analytics::ProfileManager;
 using analytics::platform::Caller;

@@ -2,8 +2,8 @@
 
 #include <analytics/ProfileDoc.h>
 
-#include "access/Caller.h"
 #include "platform/store/StoreFixture.h"
+#include "request/Request.h"
 
 #include <memory>
 #include <optional>

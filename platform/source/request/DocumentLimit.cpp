@@ -1,8 +1,8 @@
-#include "types/DocumentLimit.h"
+#include "request/DocumentLimit.h"
 
 #include <analytics/Settings.h>
 
-#include "threads/OncePerRequest.h"
+#include "request/Request.h"
 
 #include <cstdint>
 #include <limits>
@@ -25,7 +25,7 @@ struct Limit
 Limit& LimitOfThread()
 {
     thread_local Limit limit;
-    const std::uint64_t request = RequestOfThread();
+    const std::uint64_t request = CurrentRequest();
     if (limit.request != request)
         limit = {request, request == 0 ? kNoLimit : DocumentElements(), 0, false};
     return limit;

@@ -1,4 +1,4 @@
-#include "types/DocumentLimit.h"
+#include "request/DocumentLimit.h"
 
 #include <analytics/ProfileDoc.h>
 

@@ -1,4 +1,4 @@
-#include "threads/WorkMemory.h"
+#include "request/WorkMemory.h"
 
 #include <analytics/Faults.h>
 

@@ -1,9 +1,4 @@
-#include <analytics/Platform.h>
-
-#include "Runtime.h"
-#include "access/Caller.h"
-#include "settings/SettingsSource.h"
-#include "threads/OncePerRequest.h"
+#include "request/Request.h"
 
 #include <utility>
 #include <vector>
@@ -16,12 +11,6 @@ thread_local std::uint64_t gRequests = 0; // that this thread has begun
 thread_local bool gWithinRequest = false;
 thread_local const Caller* gCaller = nullptr;
 thread_local std::vector<std::function<void()>> gAtEnd;
-
-Configuration& Stored()
-{
-    static Configuration configuration;
-    return configuration;
-}
 } // namespace
 
 RequestScope::RequestScope()
@@ -45,19 +34,6 @@ void AtRequestEnd(std::function<void()> action) { gAtEnd.push_back(std::move(act
 
 const Caller* CurrentCaller() { return gCaller; }
 
-std::uint64_t RequestOfThread() { return gWithinRequest ? gRequests : 0; }
-
-Configuration::Configuration()
-    : settingsFile(INSTALLED_SETTINGS), pluginFolder(INSTALLED_PLUGINS), stateFolder(INSTALLED_STATE)
-{
-}
-
-const Configuration& CurrentConfiguration() { return Stored(); }
-
-void Configure(const Configuration& configuration)
-{
-    Stored() = configuration;
-    LoadSettings();
-}
+std::uint64_t CurrentRequest() { return gWithinRequest ? gRequests : 0; }
 
 } // namespace analytics::platform

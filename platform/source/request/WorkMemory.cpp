@@ -1,8 +1,8 @@
-#include "threads/WorkMemory.h"
+#include "request/WorkMemory.h"
 
 #include <analytics/Faults.h>
 
-#include "threads/OncePerRequest.h"
+#include "request/Request.h"
 
 #include <algorithm>
 #include <optional>
@@ -25,7 +25,7 @@ constexpr std::size_t kMostOfOne = 128 * kMiB;
 
 void ClaimForRequest(std::size_t bytes, std::size_t perByte)
 {
-    if (RequestOfThread() == 0)
+    if (CurrentRequest() == 0)
         return;
     thread_local std::optional<WorkMemory::Claim> claim;
     if (!claim)

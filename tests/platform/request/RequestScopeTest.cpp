@@ -1,8 +1,8 @@
 #include <analytics/PluginManager.h>
 #include <analytics/Settings.h>
 
-#include "access/Caller.h"
 #include "platform/plugins/PluginFixture.h"
+#include "request/Request.h"
 
 #include <optional>
 #include <thread>
