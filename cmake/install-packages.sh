@@ -11,7 +11,7 @@ build="cmake ninja-build g++ pkg-config gsoap libgsoap-dev libexpat1-dev libpugi
     libboost-dev libcli11-dev libssl-dev zlib1g-dev libsystemd-dev libcrypt-dev nlohmann-json3-dev"
 test="minisign libxml2-dev clang libclang-rt-dev lld libgtest-dev libgmock-dev libbenchmark-dev python3 python3-lxml python3-jsonschema python3-zeep
     curl openssl binutils procps man-db php-cli php-soap libsoap-lite-perl nodejs
-    nginx-light ansible-core ansible-lint mmdebstrap lintian systemd-container dpkg-dev file prometheus chromium"
+    nginx-light ansible-core ansible-lint mmdebstrap lintian systemd-container dpkg-dev file prometheus chromium firefox-esr"
 # Node of another maker brings npm along, and refuses that of Debian beside it.
 command -v npm >/dev/null || test="$test npm"
 coverage="llvm"

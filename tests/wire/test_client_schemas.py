@@ -17,6 +17,7 @@ from command import ClientTest, main, run
 SCHEMAS = Path(os.environ["BUILD"]) / "tools/schemas"
 NAMES = sorted(file.stem for file in SCHEMAS.glob("*.xsd"))
 COUNT = int(os.environ.get("DRAWN_DOCUMENTS", "300"))
+STORED = COUNT // 7
 SEED = int(os.environ.get("DRAWN_SEED", "18"))
 NUMBERS = (0, 1, 2, 3, 5, 7, -1, 60, 2**31 - 1, -2**31, 2**31, 99999999999)
 
@@ -121,12 +122,39 @@ class Drawn(ClientTest):
             self.assertEqual(self.xsd[name].validate(etree.parse(str(file))), is_valid, file.read_text())
         self.client("profile", "create", "Drawn")
         for (name, document), is_valid, file in zip(documents, valid, as_json):
-            if not is_valid or name == "scene" or stored >= 40 or self.luck.randrange(3):
+            if not is_valid or name == "scene" or stored >= STORED or self.luck.randrange(3):
                 continue
             stored += 1
             sent = self.client("behavior", "set", "Drawn", name, file, "--json", timeout=300).json
             self.assertEqual(sent["differences"], [], file.read_text())
-        self.assertGreater(stored, 10)
+        self.assertGreater(stored, STORED // 4)
+
+    def test_what_get_json_wrote_set_takes_and_the_profile_is_the_same(self):
+        originals = {name: example(name)[1] for name in NAMES}
+        for number in range(max(2, COUNT // 150)):
+            profile = f"Profile {number}"
+            self.client("profile", "create", profile)
+            for name in NAMES:
+                self.client(*self.words("set", profile, name), text=json.dumps(self.valid(name, originals[name])))
+            shown = {name: self.client(*self.words("get", profile, name), "--json") for name in NAMES}
+            # Of an idle behavior there is no document.
+            there = [name for name in NAMES if shown[name].json["document"] is not None]
+            self.assertGreater(len(there), len(NAMES) // 2)
+            before = [self.client(*self.words("get", profile, name)).out for name in there]
+            for name in there:
+                stored = self.client(*self.words("set", profile, name), "--json", text=shown[name].out).json
+                self.assertEqual(stored["differences"], [], shown[name].out)
+            self.assertEqual([self.client(*self.words("get", profile, name)).out for name in there], before)
+
+    def valid(self, name, original):
+        """A drawn document that the schema takes."""
+        while not self.json[name].is_valid(document := drawn(original, self.luck)):
+            pass
+        return document
+
+    @staticmethod
+    def words(verb, profile, name):
+        return ("scene", verb, profile) if name == "scene" else ("behavior", verb, profile, name)
 
 
 def xml_of(name, document):

@@ -98,13 +98,19 @@ export async function startConsole(args) {
     return { url: (await process.said)[1], stop: process.stop };
 }
 
-export async function startBrowser() {
-    const data = folder();
-    const browser = await puppeteer.launch({
-        executablePath: '/usr/bin/chromium', userDataDir: data, protocolTimeout: 60000,
+// Debian's browsers: one speaks its own protocol with the tests, the other WebDriver BiDi.
+const BROWSERS = {
+    chromium: {
+        executablePath: '/usr/bin/chromium',
         args: ['--headless', '--no-sandbox', '--disable-gpu', '--disable-quic', '--no-first-run', '--disable-background-networking',
             '--disable-component-update', '--disable-sync'],
-    });
+    },
+    firefox: { browser: 'firefox', executablePath: '/usr/bin/firefox-esr', args: ['--headless'] },
+};
+
+export async function startBrowser(name = 'chromium') {
+    const data = folder();
+    const browser = await puppeteer.launch({ userDataDir: data, protocolTimeout: 60000, ...BROWSERS[name] });
     const close = browser.close.bind(browser);
     browser.close = async () => {
         await close();
