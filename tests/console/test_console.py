@@ -14,6 +14,7 @@ import tempfile
 import threading
 import time
 import unittest
+from concurrent.futures import ThreadPoolExecutor
 from pathlib import Path
 
 from command import CLIENT, Listener, answer
@@ -383,5 +384,17 @@ class Start(unittest.TestCase):
                 json.loads(text)
 
 
+def main():
+    """All classes beside each other, since the thirty seconds of one and the ten of another are spent waiting."""
+    if sys.argv[1:] not in ([], ["-v"]):
+        unittest.main()
+    classes = [one for one in globals().values() if isinstance(one, type) and issubclass(one, unittest.TestCase)]
+    suites = list(map(unittest.defaultTestLoader.loadTestsFromTestCase, classes))
+    with ThreadPoolExecutor(len(suites)) as pool:
+        results = list(pool.map(lambda suite: unittest.TextTestRunner(verbosity=2).run(suite), suites))
+    assert sum(result.testsRun for result in results) > 0
+    sys.exit(not all(result.wasSuccessful() for result in results))
+
+
 if __name__ == "__main__":
-    unittest.main(argv=sys.argv)
+    main()

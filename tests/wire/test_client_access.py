@@ -2,6 +2,7 @@
 
 import base64
 import fcntl
+import json
 import os
 import pty
 import ssl
@@ -14,7 +15,7 @@ from pathlib import Path
 
 import service
 import test_access
-from command import CLIENT, ClientTest, Listener, answer, main, run
+from command import CLIENT, ClientTest, Host, Listener, main, run
 
 FAULT = ("<e:Envelope xmlns:e='http://schemas.xmlsoap.org/soap/envelope/'><e:Body><e:Fault><faultcode>e:Server"
          "</faultcode><faultstring>{}</faultstring></e:Fault></e:Body></e:Envelope>")
@@ -158,6 +159,43 @@ class Service(test_access.AccessTest):
             ran = self.client(*words)
             self.assertEqual((ran.code, ran.out), (3, ""))
             self.assertIn(text, ran.err)
+
+
+    def test_hosts_lines_and_cameras_bring_their_own_access(self):
+        self.start(test_access.MUTUAL, test_access.USERS, client="client")
+        (self.host.folder / "ann.password").write_text("secret\n")
+        (self.host.folder / "wrong").write_text("wrong\n")
+        keys = "cacert=tls/authority.pem cert=tls/client.pem key=tls/client.key"
+        configuration = self.host.folder / "varlo-analytics"
+        configuration.mkdir()
+        lines = "\n".join(["url=" + self.host.url, "user=ann", "frame=640x480", "password-file=../ann.password",
+                           *(key.replace("tls/", "../tls/") for key in keys.split())])
+        (configuration / "cameras.ini").write_text(f"[gate]\n{lines}\n")
+        variables = {"XDG_CONFIG_HOME": str(self.host.folder)}
+        camera = lambda *words: run("--camera", "gate", *words, environment=variables)
+        camera("profile", "create", "Day")
+        self.assertEqual(camera("zone", "add", "Day", "loitering", "Gate", "40,40", "600,40", "600,400").code, 0)
+        folder, file = self.host.folder / "day", self.host.folder / "hosts.txt"
+        self.assertEqual(camera("export", "Day", folder).code, 0)
+        with Host() as other:
+            file.write_text(f"{self.host.url} user=ann password-file=ann.password {keys} frame=640x480\n{other.url}\n")
+            ran = run("plan", folder, "--hosts", file, "--json", "--out", self.host.folder / "day.plan")
+            self.assertEqual([json.loads(line)["state"] for line in sorted(ran.out.splitlines(), key=lambda one: other.url in one)],
+                             ["same", "differs"])
+            self.assertNotIn("secret", (self.host.folder / "day.plan").read_text())
+            self.assertEqual(run("apply", self.host.folder / "day.plan").code, 0)
+            # Scaled to the frame of the other one.
+            zone = run("zone", "list", "Day", "loitering", "--json", url=other.url).json[0]
+            self.assertEqual(zone["points"], [[20, 20], [300, 20], [300, 200]])
+        file.write_text("gate\n")
+        self.assertEqual(run("plan", folder, "--hosts", file, "--json", environment=variables).json["state"], "same")
+        for line, said in ((f"user=ann password-file=wrong {keys}", "refuses the user ann or the password"),
+                           ("user=ann password-file=ann.password cacert=tls/authority.pem", "--cert"), (keys, "wants a user and a password"),
+                           (f"user=ann password-file=ann.password {keys.replace('authority', 'stranger-authority')}", "its authority is unknown here")):
+            file.write_text(f"{self.host.url} {line}\n")
+            ran = run("plan", folder, "--hosts", file, "--json")
+            self.assertEqual((ran.code, ran.json["state"]), (1, "unreachable"), ran.out)
+            self.assertIn(said, ran.json["error"])
 
 
 class Tls(ClientTest):
