@@ -32,8 +32,11 @@ std::vector<DocumentField> Wanted(const DocumentModel& model, const std::string&
         names.push_back(field.name);
     if (name.empty())
         return fields;
+    // A field, or all of a group as in "rois".
     std::erase_if(fields,
-                  [&name](const DocumentField& field) { return field.name != name && field.path != name; });
+                  [&name](const DocumentField& field) {
+                      return field.name != name && field.path != name && !field.path.starts_with(name + "/");
+                  });
     if (!fields.empty())
         return fields;
     const std::string near = Nearest(name, names);

@@ -191,6 +191,13 @@ class Behaviors(ClientTest):
         self.assertIn("failed", edit("false", code=4).err)
 
 
+    def test_a_field_or_a_group_of_them_is_explained(self):
+        fields = lambda *words: [one["field"] for one in self.client("behavior", "explain", *words, "--json").json["fields"]]
+        self.assertEqual(fields("stopped-vehicle", "dwellTime"), ["rois/dwellTime"])
+        self.assertEqual(fields("stopped-vehicle", "filters"), ["filters/objectsizes/minObj", "filters/objectsizes/maxObj"])
+        self.assertEqual(len(fields("loitering", "rois")), len(fields("loitering")) - 1)
+
+
 class Zones(ClientTest):
     def setUp(self):
         super().setUp()
@@ -277,6 +284,10 @@ class Scenes(ClientTest):
         self.client("scene", "set", "1", text=shown)
         self.assertEqual(self.client("scene", "get", "1", "--json").out, shown)
         self.client("scene", "rename", "1", "", code=2)
+        # Without a name of its own it leaves the profile's.
+        self.assertEqual(self.client("scene", "set", "1", text=self.client("scene", "example").out).out,
+                         "Profile 1 has stored the scene as it was sent.\n")
+        self.assertEqual(self.client("profile", "list", "--json").json[0]["name"], "Gate & <more>")
         self.assertIn("does not exist", self.client("scene", "get", "7", code=1).err)
 
 

@@ -88,6 +88,42 @@ class Installed(unittest.TestCase):
                 self.assertIn("advised: 5 to 1000", page)
 
 
+class Description(unittest.TestCase):
+    """The WSDL says what each type is for."""
+
+    def setUp(self):
+        self.wsdl = etree.parse(str(Path(os.environ["GENERATED"]) / "VideoAnalytics.wsdl"))
+
+    def named(self, kind):
+        """The parts of the description of a kind by name, and their words."""
+        return {one.get("name"): one for one in self.wsdl.iter(f"{{*}}{kind}") if one.get("name")}
+
+    def words(self, part):
+        return " ".join("".join(part.xpath("string(.//*[local-name()='documentation'])")).split())
+
+    def test_it_says_which_types_an_operation_uses(self):
+        types = {**self.named("simpleType"), **self.named("complexType")}
+        uses = lambda part: {value.partition(":")[2] for value in part.xpath(".//@type | .//@base")} & set(types)
+        messages = {part.get("element").partition(":")[2] for part in self.wsdl.iter("{*}part")}
+        used, pending = set(), [element for element in self.wsdl.iter("{*}element") if element.get("name") in messages]
+        while pending:
+            found = uses(pending.pop()) - used
+            used |= found
+            pending += [types[name] for name in found]
+        self.assertEqual({"Availability", "ProfileList"} - used, set())
+        self.assertIn("ROI", set(types) - used)
+        for name, part in types.items():
+            if name in messages:  # explained at their operation
+                continue
+            self.assertTrue(self.words(part), name)
+            self.assertEqual(self.words(part) == "No operation uses it.", name not in used, name)
+
+    def test_it_says_what_availability_means_and_where_no_answer_comes(self):
+        self.assertRegex(self.words(self.named("simpleType")["Availability"]), "^0 not available: .* 1 available, 2 active")
+        operations = {one.get("name"): one for one in self.wsdl.iterfind("{*}portType/{*}operation")}
+        self.assertIn("no answer comes", self.words(operations["GetProfileScene"]))
+
+
 class Drawn(ClientTest):
     """Documents of all kinds, drawn from their examples."""
 
@@ -132,8 +168,8 @@ class Drawn(ClientTest):
     def test_what_get_json_wrote_set_takes_and_the_profile_is_the_same(self):
         originals = {name: example(name)[1] for name in NAMES}
         for number in range(max(2, COUNT // 150)):
-            profile = f"Profile {number}"
-            self.client("profile", "create", profile)
+            # By its number: a scene may give it another name.
+            profile = self.client("profile", "create", f"Profile {number}", "--json").json["id"]
             for name in NAMES:
                 self.client(*self.words("set", profile, name), text=json.dumps(self.valid(name, originals[name])))
             shown = {name: self.client(*self.words("get", profile, name), "--json") for name in NAMES}

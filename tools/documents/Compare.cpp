@@ -42,7 +42,10 @@ class Comparison
             const std::string name = attribute.name();
             const pugi::xml_attribute kept = stored.attribute(name.c_str());
             // A behavior may be called by either of its identifiers.
-            const bool ours = name == "id" || name.find(':') != std::string::npos || name == "xmlns";
+            // A scene without a name leaves the profile the one that it has.
+            const bool nameless = name == "name" && *attribute.value() == '\0';
+            const bool ours =
+                name == "id" || name.find(':') != std::string::npos || name == "xmlns" || nameless;
             if (!ours && (kept.empty() || !Same(attribute.value(), kept.value())))
                 Add(sent, path + "/@" + name, attribute.value(), kept.empty() ? kAbsent : kept.value());
         }
