@@ -43,6 +43,18 @@ done
 lintian --allow-root --fail-on error,warning "$work"/1/*.deb || fail "lintian found what packaging/lintian doesn't explain"
 say "lintian finds no errors and no unexplained warnings in $(cd "$work/1" && echo *.deb)"
 
+# ---- the client's package and that of the development files each have all that describes the service and the documents ----
+for package in "$work"/1/varlo-analytics_*.deb "$work"/1/*-dev_*.deb
+do
+    dpkg-deb -c "$package" | sed -n 's,.* \./,/,p' >"$work/contents"
+    for file in schemas/VideoAnalytics.wsdl schemas/VideoAnalytics.xsd schemas/loitering.xsd schemas/loitering.schema.json \
+        schemas/scene.xsd schemas/scene.schema.json -documents.5.gz behavior-document.md
+    do
+        grep -qE "/usr/share/.*${file//./\\.}$" "$work/contents" || fail "$(basename "$package") has no $file"
+    done
+done
+say "the client's package and the development package each have the WSDL, the schemas and the pages"
+
 "$root/packaging/check-compliance.sh"
 
 # ---- a release of them, and how others verify it ----

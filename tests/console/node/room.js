@@ -8,6 +8,7 @@ import puppeteer from 'puppeteer-core';
 
 const { HOST, LIBRARY, CLIENT, DATA, SOURCE, BUILD } = process.env;
 export const PICTURE = join(SOURCE, 'docs/pictures/car-park.png');
+export const MANUAL = join(SOURCE, 'docs/pictures/console.png');
 export const SHOTS = join(BUILD, 'tests/console/screenshots');
 mkdirSync(SHOTS, { recursive: true });
 
