@@ -17,34 +17,23 @@ std::chrono::milliseconds PauseAfter(unsigned failures)
 
 } // namespace
 
-AttemptThrottle::Attempts& AttemptThrottle::Of(const std::string& who, Time now)
-{
-    if (m_attempts.size() >= kMost && m_attempts.count(who) == 0)
-        m_attempts.erase(std::min_element(m_attempts.begin(), m_attempts.end(),
-                                          [](const auto& one, const auto& other)
-                                          { return one.second.last < other.second.last; }));
-    Attempts& attempts = m_attempts[who];
-    if (now - attempts.last > kForgotten)
-        attempts = {};
-    return attempts;
-}
-
 std::optional<AttemptThrottle::Time> AttemptThrottle::Begin(const std::string& who, Time now)
 {
-    Attempts& attempts = Of(who, now);
+    const Attempts* const known = m_attempts.Find(who, now);
+    Attempts attempts = known == nullptr ? Attempts() : *known;
     const Time turn = std::max(now, attempts.next);
     if (turn - now > kLongestWait)
         return std::nullopt;
-    attempts.last = now;
     attempts.next = turn + PauseAfter(++attempts.failures);
+    m_attempts.Put(who, attempts, now + kForgotten);
     return turn;
 }
 
 void AttemptThrottle::Succeeded(const std::string& who)
 {
-    const auto found = m_attempts.find(who);
-    if (found != m_attempts.end() && found->second.failures > 0)
-        --found->second.failures;
+    Attempts* const attempts = m_attempts.Find(who, Time::min()); // however long it took
+    if (attempts != nullptr && attempts->failures > 0)
+        --attempts->failures;
 }
 
 } // namespace tarno::osa

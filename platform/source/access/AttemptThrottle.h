@@ -1,10 +1,11 @@
 #pragma once
 
+#include "threads/TimedCache.h"
+
 #include <chrono>
 #include <cstddef>
 #include <optional>
 #include <string>
-#include <unordered_map>
 
 namespace tarno::osa
 {
@@ -33,12 +34,9 @@ class AttemptThrottle
     struct Attempts
     {
         unsigned failures = 0;
-        Time last;
         Time next;
     };
-    Attempts& Of(const std::string& who, Time now);
-
-    std::unordered_map<std::string, Attempts> m_attempts;
+    analytics::platform::TimedCache<Attempts, kMost> m_attempts;
 };
 
 } // namespace tarno::osa

@@ -4,7 +4,6 @@
 #include <openssl/hmac.h>
 #include <openssl/rand.h>
 
-#include <algorithm>
 #include <stdexcept>
 
 namespace tarno::osa
@@ -39,19 +38,14 @@ std::string CredentialCache::KeyOf(const BasicCredentials& credentials, const st
     return key;
 }
 
-bool CredentialCache::Knows(const std::string& key, Clock::time_point now) const
+bool CredentialCache::Knows(const std::string& key, Clock::time_point now)
 {
-    const auto found = m_until.find(key);
-    return found != m_until.end() && now < found->second;
+    return m_known.Find(key, now) != nullptr;
 }
 
 void CredentialCache::Remember(const std::string& key, Clock::time_point now)
 {
-    if (m_until.size() >= kMost && m_until.count(key) == 0)
-        m_until.erase(std::min_element(m_until.begin(), m_until.end(),
-                                       [](const auto& one, const auto& other)
-                                       { return one.second < other.second; }));
-    m_until[key] = now + kLifetime;
+    m_known.Put(key, true, now + kLifetime);
 }
 
 } // namespace tarno::osa

@@ -1,11 +1,11 @@
 #pragma once
 
 #include "access/BasicCredentials.h"
+#include "threads/TimedCache.h"
 
 #include <chrono>
 #include <cstddef>
 #include <string>
-#include <unordered_map>
 
 namespace tarno::osa
 {
@@ -25,14 +25,14 @@ class CredentialCache
     // By what the credentials are known here. `hash`, what they are held against, is a part of it: a
     // changed password makes another key.
     std::string KeyOf(const BasicCredentials& credentials, const std::string& hash) const;
-    bool Knows(const std::string& key, Clock::time_point now) const;
+    bool Knows(const std::string& key, Clock::time_point now);
     // The one that was found right the longest ago makes room.
     void Remember(const std::string& key, Clock::time_point now);
-    void Clear() { m_until.clear(); }
+    void Clear() { m_known.Clear(); }
 
   private:
     std::string m_secret;
-    std::unordered_map<std::string, Clock::time_point> m_until;
+    analytics::platform::TimedCache<bool, kMost> m_known; // all true
 };
 
 } // namespace tarno::osa

@@ -92,7 +92,7 @@ class SettingsFile
             m_failure = m_path + ':' + std::to_string(error.line) + ": " + error.reason +
                         "; the settings document has to be well-formed XML";
         if (!m_failure.empty() && m_document)
-            Say(m_failure + ". The settings read before stay in force.");
+            SayOnce(m_failure + ". The settings read before stay in force.");
     }
 
     const std::string m_path;

@@ -190,6 +190,14 @@ TEST_F(SettingsTest, KeepsTheLastGoodSettingsWhileTheFileIsBrokenAndSaysSoOnce)
                         EXPECT_EQ(Settings::GetValue("//n", 0), 1);
                     }),
                 StartsWith(Path("settings.xml") + ":3: "));
+    // The first fault again, a moment later.
+    EXPECT_EQ(ErrorsOf(
+                  [this]
+                  {
+                      Replace("settings.xml", "<settings>\n<n>2</m>\n</settings>");
+                      EXPECT_EQ(Settings::GetValue("//n", 0), 1);
+                  }),
+              "");
     EXPECT_EQ(ErrorsOf(
                   [this]
                   {
@@ -199,7 +207,7 @@ TEST_F(SettingsTest, KeepsTheLastGoodSettingsWhileTheFileIsBrokenAndSaysSoOnce)
               "");
 }
 
-TEST_F(SettingsTest, KeepsTheLastGoodSettingsWhileTheFileIsMissingAndSaysSoOnceEachTime)
+TEST_F(SettingsTest, KeepsTheLastGoodSettingsWhileTheFileIsMissingAndSaysSoOnce)
 {
     for (int i = 1; i < 4; ++i)
     {
@@ -212,8 +220,9 @@ TEST_F(SettingsTest, KeepsTheLastGoodSettingsWhileTheFileIsMissingAndSaysSoOnceE
                 EXPECT_EQ(Settings::GetValue("//n", 0), i);
                 EXPECT_EQ(Settings::GetValue("//n", 0), i);
             });
-        EXPECT_THAT(said, StartsWith(Path("settings.xml") + ": "));
-        EXPECT_EQ(std::ranges::count(said, '\n'), 1);
+        // The same again within a few seconds is no news.
+        EXPECT_EQ(std::ranges::count(said, '\n'), i == 1 ? 1 : 0);
+        EXPECT_TRUE(i > 1 || said.starts_with(Path("settings.xml") + ": "));
     }
 }
 
