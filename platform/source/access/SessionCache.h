@@ -20,7 +20,8 @@ namespace tarno::osa
 class SessionCache
 {
   public:
-    static constexpr std::size_t kMost = 1024; // the oldest makes room
+    static constexpr std::size_t kMost =
+        256; // the oldest makes room; some 10 KiB each with a client's certificate
 
     SessionCache() = default;
     ~SessionCache();
