@@ -328,6 +328,14 @@ class Files(AccessTest):
         self.assertEqual(code, 1)
         self.assertIn(f'{self.users}:2: the user "CN=x" can\'t log in', said)
         self.assertIn("camera.key: it can't be read as a private key", said)
+        for endpoint, metrics, text in (
+                ("", '<metrics address="0.0.0.0"/>', "everybody there could read the metrics"),
+                ("", '<metrics address="localhost"/>', '"localhost" is no numeric IPv4 or IPv6 address'),
+                ('address="camera"', "", '"camera" is no numeric IPv4 or IPv6 address')):
+            self.settings(endpoint, metrics)
+            code, said = self.check()
+            self.assertEqual(code, 1)
+            self.assertIn(text, said)
 
     def test_unknown_elements_are_named_once_at_the_start(self):
         self.settings("", "<maxConections>1</maxConections>")

@@ -59,13 +59,17 @@ Tcp::endpoint EndpointOf(const ListenOptions& options)
     Error error;
     const auto address = asio::ip::make_address(options.address, error);
     if (error)
-        throw SocketException(SocketException::kBindError,
-                              "\"" + options.address +
-                                  "\" is no numeric IPv4 or IPv6 address; listen on one such as 127.0.0.1");
+        throw SocketException(
+            SocketException::kBindError,
+            "\"" + options.address +
+                "\" is no numeric IPv4 or IPv6 address; choose one such as 127.0.0.1 with " +
+                options.settledBy);
     return {address, options.port};
 }
 
 } // namespace
+
+void CheckAddress(const ListenOptions& options) { EndpointOf(options); }
 
 std::string Listener::Listen(const ListenOptions& options)
 {

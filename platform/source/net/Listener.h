@@ -22,6 +22,9 @@ struct ListenOptions
     std::string settledBy = "--listen"; // where an operator chooses the address
 };
 
+// Throws SocketException with a sentence for the operator if the address is none.
+void CheckAddress(const ListenOptions& options);
+
 // A connection that was accepted: a socket that doesn't block, and whose it is.
 struct Accepted
 {

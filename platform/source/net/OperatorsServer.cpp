@@ -44,10 +44,10 @@ std::string Response(const char* status, const std::string& body, const std::str
 
 } // namespace
 
-std::unique_ptr<OperatorsServer> OperatorsServer::FromSettings()
+std::optional<ListenOptions> OperatorsServer::Configured()
 {
     if (Settings::GetValues("//server/metrics").empty())
-        return nullptr;
+        return std::nullopt;
     ListenOptions options;
     options.settledBy = "<metrics> in the settings document";
     if (const std::string address = Settings::GetValue("//server/metrics/@address"); !address.empty())
@@ -60,7 +60,13 @@ std::unique_ptr<OperatorsServer> OperatorsServer::FromSettings()
             analytics::platform::CurrentConfiguration().settingsFile + ": " + options.address +
             " can be reached from outside, and everybody there could read the metrics; set the address "
             "of metrics to 127.0.0.1, or insecure=\"1\" if its network is guarded");
-    return std::make_unique<OperatorsServer>(options);
+    return options;
+}
+
+std::unique_ptr<OperatorsServer> OperatorsServer::FromSettings()
+{
+    const auto options = Configured();
+    return options ? std::make_unique<OperatorsServer>(*options) : nullptr;
 }
 
 OperatorsServer::OperatorsServer(const ListenOptions& options)

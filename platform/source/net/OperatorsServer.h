@@ -5,6 +5,7 @@
 #include <tarno/osa/TcpServer.h>
 
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace tarno::osa
@@ -15,6 +16,8 @@ namespace tarno::osa
 class OperatorsServer final : private ITcpSocketAccept
 {
   public:
+    // Where the settings have it listen, if anywhere. Throws AccessFault, with what to do about it.
+    static std::optional<ListenOptions> Configured();
     // Null if the settings name none. Throws AccessFault or SocketException, with what to do about it.
     static std::unique_ptr<OperatorsServer> FromSettings();
     // Throws SocketException.

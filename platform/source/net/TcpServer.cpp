@@ -59,6 +59,20 @@ std::shared_ptr<Server> RegisteredServer()
     return registry.server.lock();
 }
 
+// Why one of the addresses in the settings can't be listened on, whatever else runs on this machine.
+std::vector<std::string> MistakesInAddresses()
+try
+{
+    CheckAddress({.address = ConfiguredEndpoint("kestrile-server", 0).address});
+    if (const auto operators = OperatorsServer::Configured())
+        CheckAddress(*operators);
+    return {};
+}
+catch (const std::runtime_error& fault)
+{
+    return {fault.what()};
+}
+
 } // namespace
 
 // The server behind it, and what it will be started with.
@@ -182,8 +196,9 @@ bool CheckConfiguration(bool all)
     if (all)
     {
         const auto endpoint = tarno::osa::ConfiguredEndpoint("kestrile-server", 0);
-        for (std::string& mistake : tarno::osa::MistakesInAccess(endpoint.address))
-            mistakes.push_back(std::move(mistake));
+        for (auto& found :
+             {tarno::osa::MistakesInAccess(endpoint.address), tarno::osa::MistakesInAddresses()})
+            mistakes.insert(mistakes.end(), found.begin(), found.end());
         PluginFolder folder(CurrentConfiguration().pluginFolder);
         folder.Current(); // which names what is wrong
         plugins = folder.Problems();

@@ -74,8 +74,9 @@ TEST_F(ListenerTest, SaysThatTheMachineHasNoSuchAddress)
 
 TEST_F(ListenerTest, SaysThatAnAddressIsNotNumeric)
 {
-    EXPECT_EQ(FailureOf({"camera.example", 8080}),
-              "\"camera.example\" is no numeric IPv4 or IPv6 address; listen on one such as 127.0.0.1");
+    EXPECT_EQ(
+        FailureOf({"camera.example", 8080}),
+        "\"camera.example\" is no numeric IPv4 or IPv6 address; choose one such as 127.0.0.1 with --listen");
     EXPECT_THAT(FailureOf({"", 8080}), StartsWith("\"\" is no numeric"));
 }
 
