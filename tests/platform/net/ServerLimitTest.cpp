@@ -134,6 +134,37 @@ TEST_F(ServerLimit, TakesManyLargeRequestsOneAfterTheOther)
         EXPECT_THAT(client.ReadAll(), testing::StartsWith("40000"));
 }
 
+// Nobody is told to be too slow who waits for the memory of others.
+TEST_F(ServerLimit, StopsTheClockOfARequestThatWaitsForMemory)
+{
+    constexpr int kHolding = 9; // the last of them goes beyond the budget
+    Gate gate;
+    acceptor.script = [&gate](TcpSocket& socket)
+    {
+        gate.Wait();
+        ScriptedAcceptor::SendAll(socket, std::to_string(ScriptedAcceptor::ReadAll(socket).size()));
+    };
+    limits.requestTime = std::chrono::seconds(2);
+    Start();
+    const std::string request = Post(std::string(4'000'000, 'x'));
+    std::vector<Client> clients;
+    for (int i = 0; i < kHolding; ++i)
+    {
+        clients.emplace_back(url);
+        clients.back().Send(request);
+    }
+    EXPECT_TRUE(Eventually([this] { return acceptor.running > 0 && server->Waiting() == 1; })); // to accept
+    clients.emplace_back(url);
+    std::thread sender([&clients, &request] { clients.back().Send(request); });
+    EXPECT_TRUE(Eventually([this] { return server->Waiting() == 2; }));
+    std::this_thread::sleep_for(limits.requestTime + std::chrono::seconds(1));
+    EXPECT_EQ(acceptor.served, acceptor.running);
+    gate.Open();
+    sender.join();
+    for (const Client& client : clients)
+        EXPECT_THAT(client.ReadAll(), testing::StartsWith("40000"));
+}
+
 // The large requests of hostile clients use all memory up and stay; small requests don't need any.
 TEST_F(ServerLimit, AnswersSmallRequestsWhileLargeOnesStall)
 {
