@@ -156,6 +156,19 @@ do
 done
 say "an engine of the group reads what is to run"
 
+# ---- the audit trail in the journal ----
+inside sed -i 's,^ *</server>,    <audit>journal</audit>\n&,' /etc/varlo-analytics/settings.xml
+inside systemctl reload varlo-analytics
+for attempt in $(seq 50)
+do
+    call CreateProfile '<name xmlns="">Told</name>' >/dev/null
+    inside journalctl -u varlo-analytics -o cat --no-pager >"$work/journal.log"
+    grep -q '"change":"CreateProfile".*"result":"done"' "$work/journal.log" && break
+    [ "$attempt" -lt 50 ] || { cat "$work/journal.log"; fail "a change has no line in the journal"; }
+    sleep 0.2
+done
+say "a change has its line in the journal"
+
 # ---- upgrade: profiles and the administrator's settings stay ----
 inside sed -i 's/<maxResource>100</<maxResource>99</' /etc/varlo-analytics/settings.xml
 before=$(main_pid)
