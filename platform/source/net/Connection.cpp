@@ -1,12 +1,11 @@
 #include "net/Connection.h"
 
+#include "net/Identity.h"
 #include "net/Listener.h"
 #include "net/MemorySocket.h"
-#include "net/RequestMetrics.h"
 
 #include "access/BasicCredentials.h"
 #include "access/Roles.h"
-#include "metrics/Metrics.h"
 #include "request/Request.h"
 #include "request/WorkMemory.h"
 
@@ -23,8 +22,6 @@
 namespace tarno::osa
 {
 using analytics::platform::Caller;
-using analytics::platform::Counter;
-using analytics::platform::Gauge;
 using Wish = EventHandler::Wish;
 namespace
 {
@@ -34,56 +31,6 @@ constexpr int kLooks = 3; // for the first bytes
 // For this long and this much its bytes are read and dropped.
 constexpr std::chrono::seconds kLingerTime(3);
 constexpr std::size_t kLingerBytes = 67'108'864;
-
-Gauge gConnections("varlo_connections", "Connections that are open.");
-Counter Connections(const char* outcome)
-{
-    return Counter("varlo_connections_total", "Connections that have ended.",
-                   std::string("outcome=\"") + outcome + '"');
-}
-std::array<Counter, 4> gEnded = {Connections("served"), Connections("refused"), Connections("timed_out"),
-                                 Connections("dropped")};
-
-Counter Handshakes(const char* kind)
-{
-    return Counter("varlo_tls_handshakes_total", "TLS handshakes.", std::string("kind=\"") + kind + '"');
-}
-Counter gFullHandshakes = Handshakes("full");
-Counter gResumedHandshakes = Handshakes("resumed");
-Counter gFailedHandshakes = Handshakes("failed");
-
-std::string NewRequestNumber()
-{
-    static std::atomic<std::uint32_t> gNumber =
-        static_cast<std::uint32_t>(std::chrono::system_clock::now().time_since_epoch().count() / 1'000'000);
-    constexpr std::uint32_t kStep = 0x9E3779B1; // odd: each number comes once in 2^32
-    const std::uint32_t number = gNumber += kStep;
-    std::string text(8, '0');
-    for (std::size_t i = 0; i < text.size(); ++i)
-        text[i] = "0123456789abcdef"[number >> (28 - 4 * i) & 15U];
-    return text;
-}
-
-// What a client is told of itself, for the header of its answer. A name may hold whatever a certificate can.
-std::string IdentityFields(const Caller& caller)
-{
-    constexpr std::array kRoles = {"viewer", "operator", "administrator"};
-    std::string name;
-    for (const char letter : caller.name)
-    {
-        if (letter > ' ' && letter < 127 && letter != '%' && letter != ';')
-        {
-            name += letter;
-            continue;
-        }
-        const auto byte = static_cast<unsigned char>(letter);
-        name += '%';
-        name += "0123456789ABCDEF"[byte / 16];
-        name += "0123456789ABCDEF"[byte % 16];
-    }
-    return std::string("\r\nVarlo-Analytics-Version: ") + VERSION + "\r\nVarlo-Analytics-Caller: " + name +
-           "; role=" + kRoles[static_cast<std::size_t>(caller.role)];
-}
 
 Refusal RefusalOf(Authenticator::Verdict verdict)
 {
@@ -98,7 +45,7 @@ Connection::Connection(Accepted accepted, Served& server)
     : m_server(server), m_peer(accepted.peer), m_share(server.memory)
 {
     if (m_server.counted)
-        gConnections.Add(1);
+        requestmetrics::CountBegun();
     const auto& tls = m_server.access.tls;
     m_stream.emplace(std::move(accepted.socket), tls == nullptr ? nullptr : tls->Current());
     m_reader.emplace(m_server.limits.maxRequestBytes);
@@ -109,10 +56,7 @@ Connection::~Connection()
 {
     CountRequest(false);
     if (m_server.counted)
-    {
-        gConnections.Add(-1);
-        gEnded[static_cast<std::size_t>(m_outcome)].Add();
-    }
+        requestmetrics::CountEnded(m_outcome);
     m_stream.reset(); // before anybody is told
     m_share.Release();
     m_server.ended();
@@ -212,12 +156,13 @@ Wish Connection::Open()
 
 void Connection::CountHandshake(const StreamResult& result) const
 {
-    if (result.state != StreamState::Done)
-        gFailedHandshakes.Add();
-    else
-        (m_stream->Tls()->Resumed() ? gResumedHandshakes : gFullHandshakes).Add();
+    using requestmetrics::Handshake;
+    const bool done = result.state == StreamState::Done;
+    requestmetrics::Count(!done                        ? Handshake::Failed
+                          : m_stream->Tls()->Resumed() ? Handshake::Resumed
+                                                       : Handshake::Full);
     if (result.state == StreamState::NoCertificate)
-        m_server.refused(Refused::Certificate, CallerCalled(""));
+        m_server.refused(Refused::Certificate, NewCaller("", m_peer));
 }
 
 Wish Connection::ReadRequest()
@@ -313,7 +258,7 @@ Wish Connection::OnVerdict(Authenticator::Verdict verdict)
         if (verdict != Authenticator::Verdict::Busy)
             m_server.refused(verdict == Authenticator::Verdict::Denied ? Refused::Password
                                                                        : Refused::Throttled,
-                             CallerCalled(user));
+                             NewCaller(user, m_peer));
         return Refuse(RefusalOf(verdict));
     }
     m_user = asked || m_stream->Tls() == nullptr ? user : m_stream->Tls()->PeerName();
@@ -354,18 +299,9 @@ catch (const analytics::AnalyticsFault&)
     return Refuse(Refusal::NoMemory);
 }
 
-Caller Connection::CallerCalled(const std::string& name) const
-{
-    Caller caller;
-    caller.name = name;
-    caller.peer = m_peer.is_unspecified() ? "" : m_peer.to_string();
-    caller.request = NewRequestNumber();
-    return caller;
-}
-
 std::string Connection::Answer(std::string& identity)
 {
-    Caller caller = CallerCalled(m_user);
+    Caller caller = NewCaller(m_user, m_peer);
     const analytics::platform::RequestScope scope(caller);
     if (m_server.access.roles)
         caller.role = RoleOf(m_user);
@@ -444,9 +380,9 @@ void Connection::CountRequest(bool delivered)
 {
     if (!m_operation)
         return;
-    using requestmetrics::Outcome;
     const std::chrono::duration<double> time = Clock::now() - m_arrived;
-    requestmetrics::Count(*m_operation, delivered ? requestmetrics::OutcomeOf(m_answer) : Outcome::Dropped,
+    requestmetrics::Count(*m_operation,
+                          delivered ? requestmetrics::OutcomeOf(m_answer) : requestmetrics::Outcome::Dropped,
                           time.count());
     m_operation.reset();
 }

@@ -3,6 +3,7 @@
 #include "net/Authenticator.h"
 #include "net/Budget.h"
 #include "net/LeaderFollowers.h"
+#include "net/RequestMetrics.h"
 #include "net/RequestReader.h"
 #include "net/Stream.h"
 
@@ -77,14 +78,7 @@ class Connection final : public EventHandler
         Sending,
         Lingering
     };
-    // As the metrics have it.
-    enum class Outcome
-    {
-        Served,
-        Refused,
-        TimedOut,
-        Dropped
-    };
+    using Outcome = requestmetrics::ConnectionOutcome;
 
     void Within(std::chrono::milliseconds time);
     Wish OnDeadline();
@@ -93,7 +87,6 @@ class Connection final : public EventHandler
     Wish Await(const StreamResult& result);
     Wish Open();
     void CountHandshake(const StreamResult& result) const;
-    analytics::platform::Caller CallerCalled(const std::string& name) const;
     Wish ReadRequest();
     StreamResult ReadSome(std::span<char> room);
     Wish AwaitRoom();

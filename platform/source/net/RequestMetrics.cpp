@@ -13,6 +13,7 @@ namespace
 {
 
 using analytics::platform::Counter;
+using analytics::platform::Gauge;
 using analytics::platform::Histogram;
 
 constexpr std::array<std::string_view, 17> kOperations = {"AlgorithmControl",
@@ -114,6 +115,21 @@ std::string_view LocalName(std::string_view tag)
     return name.substr(name.find(':') + 1); // npos + 1 is 0
 }
 
+Gauge gConnections("varlo_connections", "Connections that are open.");
+Counter Connections(const char* outcome)
+{
+    return Counter("varlo_connections_total", "Connections that have ended.",
+                   std::string("outcome=\"") + outcome + '"');
+}
+std::array<Counter, 4> gEnded = {Connections("served"), Connections("refused"), Connections("timed_out"),
+                                 Connections("dropped")};
+
+Counter Handshakes(const char* kind)
+{
+    return Counter("varlo_tls_handshakes_total", "TLS handshakes.", std::string("kind=\"") + kind + '"');
+}
+std::array<Counter, 3> gHandshakes = {Handshakes("full"), Handshakes("resumed"), Handshakes("failed")};
+
 } // namespace
 
 std::size_t OperationOf(std::string_view request)
@@ -155,5 +171,15 @@ void Count(std::size_t operation, Outcome outcome, double seconds)
     gOperations[operation].outcomes[static_cast<std::size_t>(outcome)].Add();
     gOperations[operation].seconds.Observe(seconds);
 }
+
+void CountBegun() { gConnections.Add(1); }
+
+void CountEnded(ConnectionOutcome outcome)
+{
+    gConnections.Add(-1);
+    gEnded[static_cast<std::size_t>(outcome)].Add();
+}
+
+void Count(Handshake handshake) { gHandshakes[static_cast<std::size_t>(handshake)].Add(); }
 
 } // namespace tarno::osa::requestmetrics

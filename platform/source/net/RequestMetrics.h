@@ -6,7 +6,7 @@
 namespace tarno::osa
 {
 
-// What is counted of the requests that are served. Any thread.
+// What is counted of connections and of the requests that are served. Any thread.
 namespace requestmetrics
 {
 
@@ -26,6 +26,24 @@ std::size_t OperationOf(std::string_view request);
 Outcome OutcomeOf(std::string_view answer);
 
 void Count(std::size_t operation, Outcome outcome, double seconds);
+
+enum class ConnectionOutcome
+{
+    Served,
+    Refused,
+    TimedOut,
+    Dropped
+};
+void CountBegun(); // a connection
+void CountEnded(ConnectionOutcome outcome);
+
+enum class Handshake
+{
+    Full,
+    Resumed,
+    Failed
+};
+void Count(Handshake handshake);
 
 } // namespace requestmetrics
 
