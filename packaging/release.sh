@@ -43,9 +43,10 @@ build_twice()
     cmake/install-packages.sh build release
     mkdir "$work/source" "$work/made"
     git archive HEAD | tar -x -C "$work/source"
-    reprotest --store-dir "$work/made" --no-diffoscope --vary=-domain_host,-fileordering,-user_group,-time,-num_cpus \
+    reprotest --store-dir "$work/made" --no-diffoscope --min-cpus "$(nproc)" \
+        --vary=-domain_host,-fileordering,-user_group,-time,-num_cpus --source-root "$work/source" \
         "env SOURCE_DATE_EPOCH=$SOURCE_DATE_EPOCH packaging/build-packages.sh" \
-        "$work/source" 'build/packages/*.deb build/packages/headers' >"$work/log" 2>&1 ||
+        'build/packages/*.deb build/packages/headers' >"$work/log" 2>&1 ||
         { tail -40 "$work/log" >&2; fail "the two builds differ, or one of them failed"; }
     built=$work/built
     mkdir "$built"
