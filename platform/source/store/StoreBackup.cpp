@@ -25,7 +25,6 @@ namespace analytics::platform
 namespace
 {
 constexpr std::chrono::hours kBetweenCopies{1};
-constexpr int kPrimaryCode = 0xff;
 
 // What belongs to a database file, by what its name adds; the file itself comes last, so that it goes
 // only when the others have gone.

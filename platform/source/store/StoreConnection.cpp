@@ -14,7 +14,6 @@ namespace analytics::platform
 namespace
 {
 constexpr int kBusyMilliseconds = 5000;
-constexpr int kPrimaryCode = 0xff; // without what refines it
 // Row N leads from version N to version N + 1. A row that was delivered never changes.
 constexpr const char* kSteps[] = {
     // AUTOINCREMENT: the identifier of a deleted profile is never given again. Identifiers are C++

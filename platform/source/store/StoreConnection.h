@@ -12,6 +12,7 @@ namespace analytics::platform
 {
 
 constexpr int kSchemaVersion = 2;
+constexpr int kPrimaryCode = 0xff; // of an error, without what refines it
 
 // The last good copy of a database file.
 inline std::string LastCopyOf(const std::string& database) { return database + ".last"; }
