@@ -2,7 +2,7 @@
 # Installs what is missing, builds, and runs every test: as a user builds it, then under
 # AddressSanitizer with UndefinedBehaviorSanitizer, then under ThreadSanitizer. The second build fuzzes as
 # well, each program for FUZZ_SECONDS (10). Options go to ctest, as in: ./test.sh -R Settings.
-# PRESETS="dev" runs the first alone.
+# PRESETS="dev" runs the first alone, PRESETS="armhf" what an emulated 32-bit Arm can show (or arm64).
 set -euo pipefail
 root=$(cd "$(dirname "$0")" && pwd)
 
@@ -12,6 +12,12 @@ export UBSAN_OPTIONS=print_stacktrace=1 TSAN_OPTIONS="halt_on_error=0 ${TSAN_OPT
 rm -f build/asan/fuzz/*.result
 for preset in ${PRESETS:-dev asan tsan}
 do
+    case $preset in
+    arm*)
+        cmake/install-packages.sh arm
+        cmake/make-sysroot.sh "$preset"
+        ;;
+    esac
     cmake --preset "$preset" >/dev/null
     cmake --build --preset "$preset"
     ctest --preset "$preset" "$@"

@@ -40,6 +40,10 @@ target_compile_options(own-code INTERFACE
 if(SANITIZE)
     add_compile_options(-fsanitize=${SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
     add_link_options(-fsanitize=${SANITIZE})
+    if(CMAKE_SYSTEM_PROCESSOR STREQUAL arm)
+        # UndefinedBehaviorSanitizer takes the odd address of a function in Thumb code for a misaligned one.
+        add_compile_options(-marm)
+    endif()
 endif()
 
 # Tells libFuzzer which ways an input takes through the targets that link this.
@@ -61,8 +65,13 @@ if(CCACHE)
 endif()
 option(FAST_LINKER "Link with lld if it is there" ON)
 find_program(LLD ld.lld)
-if(FAST_LINKER AND LLD AND NOT CMAKE_CROSSCOMPILING) # The cross compiler looks for it among the tools of its target.
+if(FAST_LINKER AND LLD)
     add_link_options(-fuse-ld=lld)
+    if(CMAKE_CROSSCOMPILING) # The cross compiler looks for it among the tools of its target.
+        file(REAL_PATH ${LLD} LLD)
+        cmake_path(GET LLD PARENT_PATH tools)
+        add_link_options(-B${tools})
+    endif()
 endif()
 
 find_package(Threads REQUIRED)

@@ -327,7 +327,7 @@ TEST_F(BackupTest, DamagedInAnyWayItStartsOrRecoversFromTheCopy)
     {
         std::filesystem::remove_all(m_state);
         std::filesystem::copy(Path("filled"), m_state);
-        const std::size_t size = std::filesystem::file_size(m_database);
+        const auto size = static_cast<std::size_t>(std::filesystem::file_size(m_database));
         const std::size_t at = draw(size);
         const std::size_t length = std::min(size - at, std::size_t{1} << draw(16));
         SCOPED_TRACE("way " + std::to_string(way) + ": " + std::to_string(length) + " at " +

@@ -182,7 +182,7 @@ TEST_F(RecoveryTest, WorksAgainAfterADamagedFileIsReplaced)
     m_manager.reset();
     std::filesystem::copy_file(m_database, Path("backup"));
     Open();
-    const auto size = std::filesystem::file_size(m_database);
+    const auto size = static_cast<std::size_t>(std::filesystem::file_size(m_database));
     {
         std::fstream file(m_database, std::ios::in | std::ios::out | std::ios::binary);
         file << std::string(size, '\x5a');
