@@ -1,5 +1,7 @@
 #include "Text.h"
 
+#include <xml/Text.h>
+
 #include <cstdio>
 #include <cwchar>
 
@@ -9,18 +11,8 @@ namespace
 {
 
 constexpr char32_t kReplacement = 0xFFFD;
-
-struct Lead
-{
-    unsigned char mask;
-    unsigned char bits;
-    std::size_t more;
-    char32_t least;
-};
-constexpr Lead kLeads[] = {
-    {0x80, 0x00, 0, 0}, {0xE0, 0xC0, 1, 0x80}, {0xF0, 0xE0, 2, 0x800}, {0xF8, 0xF0, 3, 0x10000}};
-
-unsigned char Byte(std::string_view text, std::size_t at) { return static_cast<unsigned char>(text[at]); }
+constexpr char32_t kLeast[] = {0, 0x80, 0x800, 0x10000}; // with so many bytes more
+constexpr char32_t kLead[] = {0, 0xC0, 0xE0, 0xF0};
 
 bool ControlsTerminal(char32_t c)
 {
@@ -32,21 +24,9 @@ bool ControlsTerminal(char32_t c)
 
 char32_t TakeCharacter(std::string_view& text)
 {
-    for (const Lead& lead : kLeads)
-    {
-        if ((Byte(text, 0) & lead.mask) != lead.bits)
-            continue;
-        char32_t character = Byte(text, 0) & static_cast<unsigned char>(~lead.mask);
-        std::size_t taken = 1;
-        for (; taken <= lead.more && taken < text.size() && (Byte(text, taken) & 0xC0) == 0x80; ++taken)
-            character = character << 6 | (Byte(text, taken) & 0x3Fu);
-        text.remove_prefix(taken);
-        const bool whole = taken == lead.more + 1 && character >= lead.least && character <= 0x10FFFF &&
-                           (character < 0xD800 || character > 0xDFFF);
-        return whole ? character : kReplacement;
-    }
-    text.remove_prefix(1);
-    return kReplacement;
+    const analytics::xml::Utf8 first = analytics::xml::FirstCharacter(text);
+    text.remove_prefix(first.bytes);
+    return first.character == analytics::xml::kNoCharacter ? kReplacement : first.character;
 }
 
 void AppendCharacter(std::string& text, char32_t character)
@@ -54,9 +34,9 @@ void AppendCharacter(std::string& text, char32_t character)
     const auto append = [&text](char32_t bits)
     { text += static_cast<char>(static_cast<unsigned char>(bits)); };
     std::size_t more = 3;
-    while (more > 0 && character < kLeads[more].least)
+    while (more > 0 && character < kLeast[more])
         --more;
-    append(kLeads[more].bits | character >> (6 * more));
+    append(kLead[more] | character >> (6 * more));
     while (more-- > 0)
         append(0x80 | (character >> (6 * more) & 0x3F));
 }
@@ -90,13 +70,6 @@ std::size_t Width(std::string_view text)
     return width;
 }
 
-std::string Trimmed(std::string_view text)
-{
-    constexpr std::string_view kSpace = " \t\r\n";
-    const std::size_t first = text.find_first_not_of(kSpace);
-    if (first == std::string_view::npos)
-        return "";
-    return std::string(text.substr(first, text.find_last_not_of(kSpace) - first + 1));
-}
+std::string Trimmed(std::string_view text) { return std::string(analytics::xml::Trimmed(text)); }
 
 } // namespace client

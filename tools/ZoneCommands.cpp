@@ -6,9 +6,9 @@
 #include "documents/Models.h"
 #include "documents/ZoneEdit.h"
 
-#include <CLI/CLI.hpp>
+#include <xml/Text.h>
 
-#include <charconv>
+#include <CLI/CLI.hpp>
 
 namespace client
 {
@@ -27,8 +27,7 @@ struct Arguments
 
 bool TakeNumber(std::string_view text, long long& number)
 {
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    return error == std::errc() && end == text.data() + text.size();
+    return analytics::xml::ReadInteger(text, number) == std::errc();
 }
 
 Point PointIn(const std::string& text)

@@ -4,8 +4,9 @@
 #include "Integer.h"
 #include "XmlDocument.h"
 
+#include <xml/Text.h>
+
 #include <algorithm>
-#include <charconv>
 
 namespace client
 {
@@ -16,8 +17,7 @@ constexpr int kLargest = 100000;
 
 bool TakeSide(std::string_view text, int& side)
 {
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), side);
-    return error == std::errc() && end == text.data() + text.size() && side >= 1 && side <= kLargest;
+    return analytics::xml::ReadInteger(text, side) == std::errc() && side >= 1 && side <= kLargest;
 }
 
 void Scale(const pugi::xml_node& coordinate, long long from, long long to)
