@@ -19,10 +19,10 @@ declare -A files=(
     [message]='/(source/Soap|schema/Answer[.]cpp|video-analytics/source/[^/]*[.]cpp|platform/source/store/Profile)'
     [behavior]="$conversion/([A-R]|St|frame/)"
     [scene]="$conversion/Scene"
-    [engine]="$conversion/.*OnvifDoc|$conversion/frame/.*Rule|store/ProfileDocument|xml/(EngineDocument|ProfileDoc)[.]cpp"
+    [engine]="$conversion/.*OnvifDoc|$conversion/frame/.*Rule|store/ProfileDocument|xml/ProfileDoc[.]cpp"
     [settings]='platform/source/settings/|xml/XmlFile|access/AccessSettings|net/(Limits|ConfiguredEndpoint)[.]cpp'
     [manifest]='plugins/ManifestFile|xml/XmlFile'
-    [query]='xml/(Document|DocumentNode|Parser|Path|PathReader|Query|Text|Tree|Writer)[.]'
+    [query]='xml/(Document|DocumentNode|Namespaces|Nodes|Path|Reader|Text)[.]'
     [access]='access/(BasicCredentials|Users)[.]')
 declare -A seeds=(
     [behavior]="tests/data platform/data/plugins" [scene]="tests/data/sceneanalyzer platform/data/plugins"

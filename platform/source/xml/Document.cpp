@@ -6,6 +6,10 @@
 #include "xml/Reader.h"
 #include "xml/Text.h"
 
+#include <algorithm>
+#include <optional>
+#include <utility>
+
 namespace analytics
 {
 namespace
@@ -33,6 +37,31 @@ xml::Match First(xml::Tree* tree, const std::string& query, const DocumentNode* 
                  });
     return first;
 }
+
+// Checks the text. Templates, default configurations and profiles come again and again: each thread keeps the
+// texts that have passed last, and doesn't check them a second time.
+std::optional<xml::Survey> Survey(const std::string& text)
+{
+    using Passed = std::pair<std::string, xml::Survey>;
+    constexpr std::size_t kMost = 16;
+    constexpr std::size_t kMostBytes = 16'384; // of one
+    thread_local std::vector<Passed> kept;     // the one last used at the end
+    const auto found = std::ranges::find(kept, text, &Passed::first);
+    if (found != kept.end())
+    {
+        std::rotate(found, found + 1, kept.end());
+        return kept.back().second;
+    }
+    xml::SyntaxError error;
+    const auto survey = xml::Check(text, error);
+    if (survey && text.size() <= kMostBytes)
+    {
+        if (kept.size() == kMost)
+            kept.erase(kept.begin());
+        kept.emplace_back(text, *survey);
+    }
+    return survey;
+}
 } // namespace
 
 Document::Document() = default;
@@ -42,8 +71,7 @@ bool Document::ParseString(const std::string& xml)
 {
     m_tree.reset();
     auto tree = std::make_unique<xml::Tree>();
-    xml::SyntaxError error;
-    const auto survey = xml::Check(xml, error);
+    const auto survey = Survey(xml);
     if (survey && platform::AdmitElements(survey->elements) && xml::Build(xml, *survey, tree->document))
         m_tree = std::move(tree);
     return m_tree != nullptr;

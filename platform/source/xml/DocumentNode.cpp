@@ -5,8 +5,6 @@
 #include "xml/Reader.h"
 #include "xml/Text.h"
 
-#include <algorithm>
-
 namespace analytics
 {
 using xml::AttributeOf;
@@ -16,19 +14,14 @@ using xml::Require;
 
 namespace
 {
-bool IsPlainCharacter(char c)
-{
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_';
-}
-
 // Whether the document can be read again with an element or attribute of that name. A prefix isn't allowed.
 bool IsName(const std::string& name)
 {
-    if (name.empty() || name == "xmlns" || name.find_first_of(" \t\r\n<>/='\"&:?!") != std::string::npos)
-        return false;
-    const bool plain = std::ranges::all_of(name, IsPlainCharacter) && (name[0] < '0' || name[0] > '9');
+    if (name == "xmlns" || xml::IsPlainName(name))
+        return name != "xmlns";
     xml::SyntaxError error;
-    return plain || xml::Check("<" + name + "/>", error);
+    return !name.empty() && name.find_first_of(" \t\r\n<>/='\"&:?!") == std::string::npos &&
+           xml::Check("<" + name + "/>", error);
 }
 
 void AddText(pugi::xml_node element, const std::string& text)

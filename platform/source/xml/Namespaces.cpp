@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <new>
+#include <optional>
 
 namespace analytics::xml
 {
@@ -12,12 +13,13 @@ namespace
 constexpr std::string_view kDeclaration = "xmlns";
 constexpr std::string_view kXmlPrefix = "xml"; // which nobody declares
 
-bool Declares(std::string_view name, std::string_view prefix)
+// The prefix that the attribute declares, empty for the default namespace; nothing if it is no declaration.
+std::optional<std::string_view> Declared(const char* attribute)
 {
-    if (!name.starts_with(kDeclaration))
-        return false;
-    name.remove_prefix(kDeclaration.size());
-    return prefix.empty() ? name.empty() : name.starts_with(':') && name.substr(1) == prefix;
+    const QName name(*attribute == kDeclaration.front() ? attribute : "");
+    if (name.prefix == kDeclaration)
+        return name.local;
+    return name.local == kDeclaration ? std::optional(name.prefix) : std::nullopt;
 }
 
 // Shows the prefixes that the element itself uses.
@@ -39,28 +41,26 @@ bool IsDeclaredWithin(pugi::xml_node top, pugi::xml_node element, std::string_vi
 }
 } // namespace
 
-QName::QName(std::string_view name)
+QName::QName(const char* name)
 {
-    const std::size_t colon = name.find(':');
-    prefix = colon == std::string_view::npos ? std::string_view() : name.substr(0, colon);
-    local = colon == std::string_view::npos ? name : name.substr(colon + 1);
+    const char* end = name;
+    while (*end != '\0' && *end != ':')
+        ++end;
+    const std::string_view first(name, static_cast<std::size_t>(end - name));
+    prefix = *end == ':' ? first : std::string_view();
+    local = *end == ':' ? std::string_view(end + 1) : first;
 }
 
 bool IsElement(pugi::xml_node node) { return node.type() == pugi::node_element && *node.name() != '\0'; }
 
 pugi::xml_node Root(const Tree& tree) { return tree.document.find_child(IsElement); }
 
-bool IsDeclaration(pugi::xml_attribute attribute)
-{
-    const std::string_view name = attribute.name();
-    return name.starts_with(kDeclaration) &&
-           (name.size() == kDeclaration.size() || name[kDeclaration.size()] == ':');
-}
+bool IsDeclaration(pugi::xml_attribute attribute) { return Declared(attribute.name()).has_value(); }
 
 pugi::xml_attribute Declaration(pugi::xml_node element, std::string_view prefix)
 {
     for (pugi::xml_attribute each = element.first_attribute(); each; each = each.next_attribute())
-        if (Declares(each.name(), prefix))
+        if (Declared(each.name()) == prefix)
             return each;
     return {};
 }
@@ -86,7 +86,7 @@ std::string_view FirstBinding(Tree& tree, std::string_view prefix)
 pugi::xml_attribute PlainAttribute(pugi::xml_node element, std::string_view name)
 {
     for (pugi::xml_attribute each = element.first_attribute(); each; each = each.next_attribute())
-        if (each.name() == name)
+        if (name == each.name())
             return IsDeclaration(each) || name.find(':') != std::string_view::npos ? pugi::xml_attribute()
                                                                                    : each;
     return {};

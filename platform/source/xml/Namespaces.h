@@ -20,7 +20,7 @@ struct Tree
 
 struct QName
 {
-    explicit QName(std::string_view name);
+    explicit QName(const char* name);
     std::string_view prefix; // empty without one
     std::string_view local;
 };

@@ -86,7 +86,7 @@ void SetAttribute(pugi::xml_node element, const char* name, const std::string& v
     pugi::xml_attribute attribute = PlainAttribute(element, name);
     if (!attribute)
     {
-        attribute = Require(element.append_attribute(name));
+        attribute = Require(element.append_attribute(""));
         Require(attribute.set_name(name));
     }
     Require(attribute.set_value(value.c_str()));

@@ -17,6 +17,11 @@ bool IsLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') 
 bool IsNameCharacter(char c) { return IsLetter(c) || (c >= '0' && c <= '9') || c == '-' || c == '.'; }
 } // namespace
 
+bool IsPlainName(std::string_view name)
+{
+    return !name.empty() && IsLetter(name.front()) && std::ranges::all_of(name, IsNameCharacter);
+}
+
 // Each operation takes what it reads from the front of the query.
 class PathReader
 {
@@ -64,7 +69,7 @@ class PathReader
         m_rest.remove_prefix(name.size());
         if (name.empty() && Take(kAny))
             name = kAny;
-        return !name.empty() && (IsLetter(name.front()) || name == kAny);
+        return IsPlainName(name) || name == kAny;
     }
 
     bool TakeLiteral(std::string& value)
@@ -89,6 +94,7 @@ class PathReader
             if (!TakeName(step.name))
                 return false;
         }
+        step.any = step.name == kAny;
         return !Take("[") || TakeCondition(step);
     }
 
@@ -128,14 +134,14 @@ class Path::Walk
     // A path with a prefix that the document doesn't bind finds nothing.
     bool Bind(Tree& tree)
     {
-        bool bound = true;
+        const auto isPlain = [](const Step& step) { return step.prefix.empty(); };
+        if (std::ranges::all_of(m_steps, isPlain))
+            return true;
         for (const Step& step : m_steps)
-        {
-            const bool plain = step.prefix.empty();
-            m_spaces.push_back(plain ? std::string_view() : FirstBinding(tree, step.prefix));
-            bound = bound && (plain || !m_spaces.back().empty());
-        }
-        return bound;
+            m_bindings.push_back({isPlain(step) ? std::string_view() : FirstBinding(tree, step.prefix)});
+        return std::ranges::equal(m_steps, m_bindings,
+                                  [&](const Step& step, const Binding& binding)
+                                  { return isPlain(step) || !binding.wanted.empty(); });
     }
 
     // False once the visitor has seen enough.
@@ -158,6 +164,16 @@ class Path::Walk
     }
 
   private:
+    // The namespace of a step, and that of the node that it was last compared with: most have the prefix of
+    // the one before, below the same parent.
+    struct Binding
+    {
+        std::string_view wanted;
+        pugi::xml_node parent = {};
+        std::string_view prefix = {};
+        std::string_view space = {}; // of the prefix at the parent
+    };
+
     bool Show(pugi::xml_node element)
     {
         if (m_path.m_attribute.empty())
@@ -188,30 +204,26 @@ class Path::Walk
     bool Matches(std::size_t step, pugi::xml_node node)
     {
         const Step& wanted = m_steps[step];
-        if (!IsElement(node))
+        const bool any = wanted.any;
+        if ((!any && wanted.prefix.empty() && wanted.name != node.name()) || !IsElement(node))
             return false;
         const QName name(node.name());
-        const bool any = wanted.name == kAny;
         if (!any && name.local != wanted.name)
             return false;
-        if (!(any && wanted.prefix.empty()) && SpaceOf(node, name) != m_spaces[step])
+        Binding& binding = m_bindings.empty() ? m_plain : m_bindings[step];
+        if (!(any && wanted.prefix.empty()) && SpaceOf(node, name, binding) != binding.wanted)
             return false;
         return wanted.anyOf.empty() ||
                std::ranges::any_of(wanted.anyOf, [&](const Comparison& one) { return Holds(one, node); });
     }
 
-    // Most nodes have the prefix of the one before, below the same parent.
-    std::string_view SpaceOf(pugi::xml_node node, const QName& name)
+    std::string_view SpaceOf(pugi::xml_node node, const QName& name, Binding& last)
     {
         if (const pugi::xml_attribute declaration = Declaration(node, name.prefix))
             return declaration.value();
-        if (node.parent() != m_parent || name.prefix != m_prefix)
-        {
-            m_parent = node.parent();
-            m_prefix = name.prefix;
-            m_space = NamespaceAt(m_parent, m_prefix);
-        }
-        return m_space;
+        if (node.parent() != last.parent || name.prefix != last.prefix)
+            last = {last.wanted, node.parent(), name.prefix, NamespaceAt(node.parent(), name.prefix)};
+        return last.space;
     }
 
     bool Holds(const Comparison& comparison, pugi::xml_node node)
@@ -233,10 +245,8 @@ class Path::Walk
     const Path& m_path;
     const std::vector<Step>& m_steps;
     const Visit& m_visit;
-    std::vector<std::string_view> m_spaces; // of the steps
-    pugi::xml_node m_parent;
-    std::string_view m_prefix;
-    std::string_view m_space; // of the prefix at the parent
+    std::vector<Binding> m_bindings; // of the steps; none if no step has a prefix
+    Binding m_plain = {};
 };
 
 std::string Match::Text() const { return attribute ? attribute.value() : Content(element); }

@@ -19,6 +19,9 @@ struct Match
     std::string Text() const;
 };
 
+// Whether it is the name of an element, without a prefix and in ASCII.
+bool IsPlainName(std::string_view name);
+
 // A location path: elements by name, from the context ("a/p:b", "./a"), from the root ("/a") or from anywhere
 // below either ("//a/b", ".//a"), each with a condition at most ([@id="x" or name='y']), and an attribute at
 // the end, if any ("a/@id"). A name may be "*". It means what it means in XPath 1.0; a prefix stands for the
@@ -49,6 +52,7 @@ class Path
     };
     struct Step
     {
+        bool any = false; // of the names
         std::string prefix;
         std::string name;
         std::vector<Comparison> anyOf; // empty: no condition

@@ -16,19 +16,20 @@ using namespace engineform;
 
 namespace
 {
-// Shows the elements of that name whose attribute is `value` in document order until `visit` returns false.
-// A value may hold quotes, which a query couldn't.
-void ForEachWith(const xml::Tree& tree, std::string_view space, std::string_view name, const char* attribute,
+bool Is(pugi::xml_node node, std::string_view name, std::string_view space)
+{
+    const xml::QName own(node.name());
+    return own.local == name && xml::NamespaceAt(node, own.prefix) == space;
+}
+
+// Shows the elements of that name whose attribute is `value`, `top` or below it, in document order until
+// `visit` returns false. A value may hold quotes, which a query couldn't.
+void ForEachWith(pugi::xml_node top, std::string_view space, std::string_view name, const char* attribute,
                  const std::string& value, const xml::Path::Visit& visit)
 {
-    const pugi::xml_node root = Root(tree);
-    for (pugi::xml_node node = root; node; node = xml::Next(node, root))
-    {
-        const xml::QName own(node.name());
-        if (own.local == name && node.attribute(attribute).value() == value &&
-            xml::NamespaceAt(node, own.prefix) == space && !visit({node, {}}))
+    for (pugi::xml_node node = top; node; node = xml::Next(node, top))
+        if (value == node.attribute(attribute).value() && Is(node, name, space) && !visit({node, {}}))
             return;
-    }
 }
 
 // The same in the namespace of the engine form.
@@ -42,7 +43,7 @@ std::vector<xml::Match> FormElements(xml::Tree* tree, const char* name, const ch
     const std::string_view space = FirstBinding(*tree, Settings::OnvifPrefix());
     if (space.empty())
         return found;
-    ForEachWith(*tree, space, name, attribute, value,
+    ForEachWith(Root(*tree), space, name, attribute, value,
                 [&](const xml::Match& match)
                 {
                     found.push_back(match);
@@ -63,22 +64,26 @@ std::string ItemQry(const char* item, bool inParameters)
     return inParameters ? ".//" + Step(kParameters) + "/" + Step(item) : Step(item);
 }
 
-// Compares the names here: a name may hold quotes, which a query couldn't.
+// The first item of that name: anywhere; from a context in Parameters or, without `inParameters`, among its
+// children.
 pugi::xml_node FindSimpleItem(xml::Tree* tree, const std::string& name, const DocumentNode* context,
                               bool inParameters)
 {
-    if (context == nullptr)
-        return FirstOf(FormElements(tree, kSimpleItem, kName, name, 1)).element;
-    static const std::string kInParameters = ItemQry(kSimpleItem, true);
-    static const std::string kBelow = ItemQry(kSimpleItem, false);
+    const std::string_view space =
+        tree == nullptr ? std::string_view() : FirstBinding(*tree, Settings::OnvifPrefix());
     pugi::xml_node found;
-    xml::ForEach(tree, inParameters ? kInParameters : kBelow, context,
-                 [&](const xml::Match& item)
-                 {
-                     if (item.element.attribute(kName).value() == name)
-                         found = item.element;
-                     return !found;
-                 });
+    if (space.empty() || name.empty())
+        return found;
+    const pugi::xml_node top = context == nullptr ? Root(*tree) : xml::NodeOf(context);
+    const auto stands = [&](pugi::xml_node item)
+    {
+        const pugi::xml_node parent = item.parent();
+        return context == nullptr ||
+               (inParameters ? item != top && parent != top && Is(parent, kParameters, space)
+                             : parent == top);
+    };
+    ForEachWith(top, space, kSimpleItem, kName, name,
+                [&](const xml::Match& item) { return !(stands(item.element) && (found = item.element)); });
     return found;
 }
 
@@ -112,7 +117,7 @@ bool ProfileDoc::RuleIsActive(const std::string& ruleId)
 {
     bool marked = false;
     if (Content() != nullptr && !ruleId.empty())
-        ForEachWith(*Content(), kActiveNamespace, kActiveRule, kType, ruleId,
+        ForEachWith(Root(*Content()), kActiveNamespace, kActiveRule, kType, ruleId,
                     [&marked](const xml::Match&) { return !(marked = true); });
     return marked;
 }

@@ -193,11 +193,6 @@ void ReplaceSections(pugi::xml_document& tree)
         section.parent().remove_child(section);
     }
 }
-
-bool IsText(pugi::xml_node node)
-{
-    return node.type() == pugi::node_pcdata || node.type() == pugi::node_cdata;
-}
 } // namespace
 
 std::optional<Survey> Check(std::string_view text, SyntaxError& error, const Limits& limits)
@@ -240,7 +235,7 @@ std::string Content(pugi::xml_node node)
 {
     std::string text;
     for (pugi::xml_node each = Next(node, node); each; each = Next(each, node))
-        if (IsText(each))
+        if (each.type() == pugi::node_pcdata || each.type() == pugi::node_cdata)
             text += each.value();
     return text;
 }

@@ -5,7 +5,6 @@
 
 namespace analytics::platform
 {
-using xml::Trimmed;
 
 std::unique_ptr<XmlFile> XmlFile::Parse(const std::string& text, xml::SyntaxError& error)
 {
@@ -22,14 +21,14 @@ try
 {
     const pugi::xpath_query compiled(query.c_str());
     if (compiled.return_type() != pugi::xpath_type_node_set)
-        return {{std::string(Trimmed(compiled.evaluate_string(m_tree))), 0}};
+        return {{std::string(xml::Trimmed(compiled.evaluate_string(m_tree))), 0}};
     std::vector<XmlText> texts;
     pugi::xpath_node_set nodes = compiled.evaluate_node_set(m_tree);
     nodes.sort();
     for (const pugi::xpath_node& found : nodes)
     {
         const xml::Match match = {found.attribute() ? found.parent() : found.node(), found.attribute()};
-        texts.push_back({std::string(Trimmed(match.Text())), m_lines.Of(match.element)});
+        texts.push_back({std::string(xml::Trimmed(match.Text())), m_lines.Of(match.element)});
     }
     return texts;
 }
