@@ -1,15 +1,17 @@
-"""Measures everything and writes the tables of docs/performance.md; what stands around them stays.
+"""Measures everything, or the parts that are named, and prints a table of each.
 
-    measure.py           nine rounds, some five minutes
-    measure.py --smoke   tiny counts, nothing written: does everything still run and answer?
+    measure.py [PART...]   nine rounds; each part takes one to four minutes
+    measure.py --smoke     tiny counts: does everything still run and answer?
 """
 
 import argparse
 import os
+import re
 import statistics
 import subprocess
 import sys
 import tempfile
+import time
 from pathlib import Path
 
 sys.path.insert(0, str(Path(__file__).parent / "wire"))
@@ -18,9 +20,8 @@ import secured  # noqa: E402
 import servers  # noqa: E402
 from servers import BUILD, LOITERING, NUMBER, SOURCE, envelope, load  # noqa: E402
 
-DOCUMENT = SOURCE / "docs/performance.md"
-BEGIN, END = "<!-- measured: begin -->", "<!-- measured: end -->"
 CLIENTS = (1, 8, 64)
+FULL = 2  # the profile that holds every behavior
 GOOGLE = ("availability", "conversion", "documents", "scene", "store")
 
 
@@ -70,28 +71,42 @@ def interleaved(options, bodies, clients):
 
 
 def compare(options, title, pairs):
-    """A table of servers that do the same, with ratios to the second one."""
+    """A table of servers that do the same, with the ratios of the first one to each."""
     table = Table(title, "clients", "server", "requests/s", "p50 µs", "p99 µs", "CPU µs/request", "memory KiB",
-                  "requests/s to peer", "CPU to peer", "p50 to peer")
+                  "host's requests/s to it", "host's CPU to it", "host's p50 to it")
     for clients in CLIENTS:
         figures = interleaved(options, pairs, clients)
-        peer = figures[1]
+        host = figures[0]
         for (server, _), row in zip(pairs, figures):
             table.row(clients, server.name, f"{row['rate']:.0f}", f"{row['p50']:.0f}", f"{row['p99']:.0f}",
-                      f"{row['cpu']:.1f}", f"{row['memory']:.0f}", f"{row['rate'] / peer['rate']:.2f}",
-                      f"{row['cpu'] / peer['cpu']:.2f}", f"{row['p50'] / peer['p50']:.2f}")
+                      f"{row['cpu']:.1f}", f"{row['memory']:.0f}", f"{host['rate'] / row['rate']:.2f}",
+                      f"{host['cpu'] / row['cpu']:.2f}", f"{host['p50'] / row['p50']:.2f}")
     return table.text()
 
 
 def list_profiles(options):
-    host, plain, fixed = servers.OurHost(), servers.plain_peer(), servers.fixed_peer()
+    every = (servers.OurHost(), servers.plain_peer(fresh=True), servers.plain_peer(), servers.fixed_peer())
     try:
+        idle = servers.resident_kib(every[0])
         body = envelope("GetProfileList")
-        return compare(options, "GetProfileList on five profiles, a new connection each",
-                       [(host, body), (plain, body), (fixed, body)])
+        table = compare(options, "GetProfileList on five profiles, a new connection each",
+                        [(server, body) for server in every])
+        return f"{table}\nThe idle host, before its first request: {idle} KiB resident.\n"
     finally:
-        for server in (host, plain, fixed):
+        for server in every:
             server.end()
+
+
+def sync_micros():
+    """What one write of 8 KiB takes until it is on the disk."""
+    times = []
+    with tempfile.TemporaryFile() as file:
+        for _ in range(200):
+            os.pwrite(file.fileno(), bytes(8192), 0)
+            begin = time.perf_counter()
+            os.fdatasync(file.fileno())
+            times.append((time.perf_counter() - begin) * 1e6)
+    return statistics.median(times)
 
 
 def durable(options):
@@ -104,8 +119,10 @@ def durable(options):
         file.flush()
         plain = servers.plain_peer(file.name)
     try:
-        return compare(options, "Durable SetProfileBehavior, loitering with four zones, every document another",
-                       [(host, body), (plain, body)])
+        before = sync_micros()
+        table = compare(options, "Durable SetProfileBehavior, loitering with four zones, every document another",
+                        [(host, body), (plain, body)])
+        return f"{table}\nA sync takes {before:.0f} µs before it, {sync_micros():.0f} µs behind it.\n"
     finally:
         host.end()
         plain.end()
@@ -127,6 +144,7 @@ def operations(host):
     yield "GetBehaviorAvailability", {"profileId": 1}
     yield "GetBehaviorAvailability2", {"activeBehaviors": [LOITERING]}
     yield "GetProfileBehavior", on_first
+    yield "GetProfileBehavior of eight", {"profileId": FULL, "behaviorId": LOITERING}
     yield "GetDefaultConfiguration", {"behaviorId": LOITERING}
     yield "GetDefaultScene", {}
     yield "SetProfileScene", {"profileId": 1, "scene": scene}
@@ -138,7 +156,9 @@ def operations(host):
 def all_operations(options):
     host, plain, fixed = servers.OurHost(), servers.plain_peer(), servers.fixed_peer()
     host.call("SetProfileBehavior", profileId=1, behaviorId=LOITERING, config=servers.behavior(host))
-    bodies = [(name, envelope(name, **fields)) for name, fields in operations(host)]
+    for urn in servers.behaviors():
+        host.call("SetProfileBehavior", profileId=FULL, behaviorId=urn, config=servers.behavior(host, urn))
+    bodies = [(name, envelope(name.split()[0], **fields)) for name, fields in operations(host)]
     listing = envelope("GetProfileList")
     results = {name: ([], [], []) for name, _ in bodies}
     first = len(servers.PROFILES) + 1
@@ -150,11 +170,14 @@ def all_operations(options):
     for server in (host, plain, fixed):
         server.end()
     table = Table("Every operation at 8 clients, beside the peers' lists", "operation", "requests/s", "p50 µs",
-                  "p99 µs", "CPU µs/request", "memory KiB", "CPU to plain gSOAP", "CPU to fixed answer")
+                  "p99 µs", "CPU µs/request", "memory KiB", "CPU to GetProfileList", "CPU to plain gSOAP",
+                  "CPU to fixed answer")
+    list_cpu = medians(results["GetProfileList"][0])["cpu"]
     for name, kept in results.items():
         ours, peer, bare = (medians(results) for results in kept)
         table.row(name, f"{ours['rate']:.0f}", f"{ours['p50']:.0f}", f"{ours['p99']:.0f}", f"{ours['cpu']:.1f}",
-                  f"{ours['memory']:.0f}", f"{ours['cpu'] / peer['cpu']:.2f}", f"{ours['cpu'] / bare['cpu']:.2f}")
+                  f"{ours['memory']:.0f}", f"{ours['cpu'] / list_cpu:.2f}", f"{ours['cpu'] / peer['cpu']:.2f}",
+                  f"{ours['cpu'] / bare['cpu']:.2f}")
     return table.text()
 
 
@@ -229,48 +252,40 @@ def scrape(options):
     return table.text()
 
 
-def library_size():
+def library_size(_options):
     with tempfile.NamedTemporaryFile() as stripped:
         subprocess.run(["strip", "-o", stripped.name, os.environ["LIBRARY"]], check=True)
         size = os.path.getsize(stripped.name)
     return f"The API library, stripped: {size} bytes.\n"
 
 
-def google(options):
-    text = []
-    for name in GOOGLE:
-        command = [BUILD / f"benchmarks/{name}-benchmark"]
+def google(name):
+    def run(options):
+        command = [BUILD / f"benchmarks/{name}-benchmark", "--benchmark_min_time=0" if options.smoke
+                   else "--benchmark_min_time=0.1"]
         if options.smoke:
-            command += ["--benchmark_min_time=0", "--benchmark_filter=-.*(/|:)1000+(/|$).*"]
+            command.append("--benchmark_filter=-.*(/|:)1000+(/|$).*")
         output = subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True, check=True).stdout
         if "ERROR" in output or len(output.splitlines()) < 4:
             sys.exit(f"{name}-benchmark measured nothing:\n{output}")
-        text.append(f"### {name}-benchmark\n\n```\n{output.rstrip()}\n```\n")
-    return "\n".join(text)
+        return f"### {name}-benchmark\n\n```\n{output.rstrip()}\n```\n"
+    return run
 
 
-def write(tables):
-    head, _, rest = DOCUMENT.read_text().partition(BEGIN)
-    _, _, tail = rest.partition(END)
-    DOCUMENT.write_text(head + BEGIN + "\n\n" + "\n".join(tables) + "\n" + END + tail)
+PARTS = {"list": list_profiles, "durable": durable, "operations": all_operations, "growth": growth,
+         "tls": tls, "scrape": scrape, "library": library_size, **{name: google(name) for name in GOOGLE}}
 
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("parts", nargs="*", choices=[[], *PARTS], metavar="PART", help=", ".join(PARTS))
     parser.add_argument("--smoke", action="store_true")
-    parser.add_argument("--only", help="one step, which is printed")
     options = parser.parse_args()
     options.rounds = 1 if options.smoke else 9
     options.requests = 16 if options.smoke else 1000
     options.profiles = (10,) if options.smoke else (10, 100, 1000, 10000, 100000)
-    if options.only:
-        return print(globals()[options.only](options))
-    steps = (list_profiles, durable, all_operations, growth, tls, scrape)
-    tables = [step(options) for step in steps] + [library_size(), google(options)]
-    if options.smoke:
-        print("\n".join(tables))
-    else:
-        write(tables)
+    for name in options.parts or PARTS:
+        print(PARTS[name](options), flush=True)
 
 
 if __name__ == "__main__":

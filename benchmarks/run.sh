@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Installs what is missing, builds as for release, measures everything and writes the tables of
-# docs/performance.md. Nothing else should run on the machine meanwhile.
+# Installs what is missing, builds as for release, measures everything or the parts that are named (measure.py) and
+# prints the tables. Nothing else should run on the machine meanwhile.
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 

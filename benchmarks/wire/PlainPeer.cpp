@@ -1,7 +1,10 @@
 // The plain gSOAP server: worker threads share the listening socket, and each accepts and serves one
 // connection after the other.
 //
-//   plain-peer FOLDER WORKERS [STORED]
+//   plain-peer FOLDER WORKERS kept|fresh [STORED]
+//
+// Each worker keeps its context of the runtime, or takes a fresh one for each connection, as a server has to
+// that can be called on any thread.
 //
 // GetProfileList reads five rows with a statement that the worker keeps. SetProfileBehavior parses the
 // client's document with libxml2 and commits the text of the file STORED, one transaction each. What the
@@ -20,6 +23,7 @@
 #include <memory>
 #include <sstream>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace
@@ -47,14 +51,29 @@ std::string StoredFor(const std::string& config, std::string stored)
     return stored;
 }
 
-void Serve(soap* context)
+void ServeOne(soap* context)
+{
+    soap_serve(context);
+    soap_destroy(context);
+    soap_end(context);
+}
+
+void ServeFresh(soap* context)
 {
     while (soap_valid_socket(soap_accept(context)))
     {
-        soap_serve(context);
-        soap_destroy(context);
-        soap_end(context);
+        soap* const fresh = soap_new1(SOAP_C_UTFSTRING);
+        fresh->user = context->user;
+        fresh->socket = std::exchange(context->socket, SOAP_INVALID_SOCKET);
+        ServeOne(fresh);
+        soap_free(fresh);
     }
+}
+
+void Serve(soap* context)
+{
+    while (soap_valid_socket(soap_accept(context)))
+        ServeOne(context);
 }
 
 std::string ReadAll(const char* file)
@@ -97,10 +116,11 @@ int __VideoAnalytics__SetProfileBehavior(soap* context, _VideoAnalytics__SetProf
 
 int main(int argc, char** argv)
 {
-    if (argc < 3)
-        return std::fprintf(stderr, "plain-peer FOLDER WORKERS [STORED]\n"), 2;
+    const std::string contexts = argc > 3 ? argv[3] : "";
+    if (contexts != "kept" && contexts != "fresh")
+        return std::fprintf(stderr, "plain-peer FOLDER WORKERS kept|fresh [STORED]\n"), 2;
     const std::string file = std::string(argv[1]) + "/peer.db";
-    const std::string stored = argc > 3 ? ReadAll(argv[3]) : std::string();
+    const std::string stored = argc > 4 ? ReadAll(argv[4]) : std::string();
     xmlInitParser();
     peer::Prepare(file);
     peer::Writer writer(file);
@@ -115,7 +135,7 @@ int main(int argc, char** argv)
         workers.push_back(std::unique_ptr<Worker>(new Worker{peer::Reader(file), writer, stored}));
         soap* const context = soap_copy(master);
         context->user = workers.back().get();
-        threads.emplace_back(Serve, context);
+        threads.emplace_back(contexts == "fresh" ? ServeFresh : Serve, context);
     }
     SayPort(master->master);
     for (std::thread& thread : threads)

@@ -92,8 +92,11 @@ def fixed_peer():
     return Server("fixed answer", [str(PROGRAMS / "fixed-peer"), WORKERS])
 
 
-def plain_peer(stored=None):
-    return Server("plain gSOAP", [str(PROGRAMS / "plain-peer"), "{folder}", WORKERS] + ([str(stored)] if stored else []))
+def plain_peer(stored=None, fresh=False):
+    """With contexts that it keeps, or with a fresh one for each connection."""
+    return Server("plain gSOAP, fresh contexts" if fresh else "plain gSOAP",
+                  [str(PROGRAMS / "plain-peer"), "{folder}", WORKERS, "fresh" if fresh else "kept"]
+                  + ([str(stored)] if stored else []))
 
 
 ZONE = ("<roi><name>Vary {number}</name><enable>1</enable><alarmSeverity>2</alarmSeverity><dwellTime>30</dwellTime>"
@@ -102,6 +105,13 @@ ZONE = ("<roi><name>Vary {number}</name><enable>1</enable><alarmSeverity>2</alar
         + "</vertices></roi>")
 LOITERING = "urn:varlo-com:AlgorithmId:LoiteringDetection:1"
 NUMBER = "@@@@@@@@"
+
+
+def behaviors():
+    """The URNs of all behaviors."""
+    manifests = (SOURCE / "platform/data/plugins").rglob("manifest.xml")
+    texts = [text for text in map(Path.read_text, manifests) if 'type="rule"' in text]
+    return [re.search(r"<alias>(.*?)</alias>", text).group(1) for text in texts]
 
 
 def behavior(host, urn=LOITERING, zones=4):
