@@ -41,13 +41,13 @@ build_twice()
 {
     [ -z "$(git status --porcelain)" ] || fail "commit first: a release is made of a commit"
     cmake/install-packages.sh build release
-    mkdir "$work/source" "$work/made"
+    mkdir -p "$work/source" "$work/made" "$(dirname "$out")"
     git archive HEAD | tar -x -C "$work/source"
     reprotest --store-dir "$work/made" --no-diffoscope --min-cpus "$(nproc)" \
         --vary=-domain_host,-fileordering,-user_group,-time,-num_cpus --source-root "$work/source" \
         "env SOURCE_DATE_EPOCH=$SOURCE_DATE_EPOCH packaging/build-packages.sh" \
-        'build/packages/*.deb build/packages/headers' >"$work/log" 2>&1 ||
-        { tail -40 "$work/log" >&2; fail "the two builds differ, or one of them failed"; }
+        'build/packages/*.deb build/packages/headers' >"$out.log" 2>&1 ||
+        fail "the two builds differ, or one of them failed; $out.log tells"
     built=$work/built
     mkdir "$built"
     find "$work/made/control" \( -name '*.deb' -o -name headers \) -exec cp {} "$built" \;
