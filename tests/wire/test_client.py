@@ -284,6 +284,14 @@ class Scenes(ClientTest):
         self.client("scene", "set", "1", text=shown)
         self.assertEqual(self.client("scene", "get", "1", "--json").out, shown)
         self.client("scene", "rename", "1", "", code=2)
+        edit = lambda command, **options: self.client("scene", "edit", "1", environment={"EDITOR": command, "TMPDIR": str(self.host.folder)}, **options)
+        self.assertIn("stored the scene as it was sent", edit("sed -i 's/<sensitivity>8</<sensitivity>3</'").out)
+        self.assertIn("<sensitivity>3<", self.client("scene", "get", "1").out)
+        refused = edit("sed -i 's/<sensitivity>3</<sensitivity>low</'", code=4).err
+        self.assertIn("no integer", refused)
+        kept = Path(refused.rstrip().rstrip(".").rpartition(" ")[2])
+        self.assertIn("<sensitivity>low<", kept.read_text(encoding="utf-8"))
+        self.assertIn("<sensitivity>3<", self.client("scene", "get", "1").out)
         # Without a name of its own it leaves the profile's.
         self.assertEqual(self.client("scene", "set", "1", text=self.client("scene", "example").out).out,
                          "Profile 1 has stored the scene as it was sent.\n")
