@@ -1,5 +1,6 @@
 """What a client was told is stored is there after SIGKILL in a stream of writes."""
 
+import os
 import random
 import sqlite3
 import subprocess
@@ -10,7 +11,7 @@ import unittest
 import service
 from service import ServiceTest
 
-KILLS = 50
+KILLS = int(os.environ.get("KILLS", 50))
 KILLS_WITH_COPIES = 8
 
 
@@ -21,10 +22,12 @@ class Kill(ServiceTest):
         chance = random.Random(seed)
         acknowledged = {}
         for number in range(KILLS):
-            delay = chance.uniform(0.0, 0.15)
+            told = len(acknowledged) + chance.randrange(10)
             writer = threading.Thread(target=self.write, args=(acknowledged, number))
             writer.start()
-            time.sleep(delay)
+            while len(acknowledged) < told and writer.is_alive():
+                time.sleep(0.001)
+            time.sleep(chance.uniform(0.0, 0.02))
             self.host.kill()
             writer.join(timeout=120)
             self.assertFalse(writer.is_alive())
