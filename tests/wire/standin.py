@@ -115,7 +115,9 @@ class StandIn:
             return unescape(re.search(rf"<{name}[^>]*>(.*?)</{name}>", body, re.S).group(1),
                             {"&quot;": '"', "&#xA;": "\n", "&#xD;": "\r", "&#x9;": "\t"})
         fields = camera.do(operation, field)
-        return None if fields is None else ANSWER.format(space=NAMESPACE, name=operation, fields=fields)
+        # Both questions about availability have one answer.
+        name = operation.rstrip("2")
+        return None if fields is None else ANSWER.format(space=NAMESPACE, name=name, fields=fields)
 
     def close(self):
         self.loop.call_soon_threadsafe(self.loop.stop)
