@@ -57,6 +57,7 @@ Tree ReadByOracle(const std::string& text, bool strict = false)
 std::string Written(const Tree& tree)
 {
     const std::unique_ptr<xmlBuffer, void (*)(xmlBufferPtr)> buffer(xmlBufferCreate(), xmlBufferFree);
+    xmlSaveNoEmptyTags = 1; // an empty CDATA section is an empty text there, and nothing here
     for (xmlNode* node = tree->children; node != nullptr; node = node->next)
         if (node->type != XML_DTD_NODE)
             xmlNodeDump(buffer.get(), tree.get(), node, 0, 0);

@@ -79,6 +79,8 @@ TEST(Document, ReadsCdataAsText)
     ASSERT_TRUE(doc.ParseString("<a>x<![CDATA[<b>&]]>y</a>"));
     EXPECT_EQ(doc.GetSingleValue("a", nullptr), "x<b>&y");
     EXPECT_EQ(Body(doc), "<a>x&lt;b&gt;&amp;y</a>");
+    ASSERT_TRUE(doc.ParseString("<a><![CDATA[]]></a>"));
+    EXPECT_EQ(Body(doc), "<a/>");
 }
 
 TEST_F(DocumentTest, FindsNothingQuietly)
