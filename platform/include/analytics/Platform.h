@@ -52,8 +52,8 @@ class RequestScope
 // Each needs no Configure(), returns a sentence on what it did, for the operator, and throws AnalyticsFault.
 // What a store is replaced by was checked before, and what was there is kept beside it.
 //
-// Makes a copy of the profile store in `stateFolder` at `file`, which must not exist yet. A service may have the
-// store open.
+// Makes a copy of the profile store in `stateFolder` at `file`, which must not exist yet. A service may have
+// the store open.
 std::string BackUpStore(const std::string& stateFolder, const std::string& file);
 // Puts such a copy in the place of the store, which no service may have open.
 std::string RestoreStore(const std::string& stateFolder, const std::string& file);
@@ -63,8 +63,8 @@ std::string RecoverStore(const std::string& stateFolder);
 // The version of SQLite in use.
 std::string StoreLibraryVersion();
 
-// Why the profile store can't be read or written now; empty if it can, or if none is open. Any thread; it may wait
-// for the disk, but for no change.
+// Why the profile store can't be read or written now; empty if it can, or if none is open. Any thread; it may
+// wait for the disk, but for no change.
 std::string StoreHealth();
 
 // Names on standard error what isn't known in the settings document, and each mistake in it, with file and
