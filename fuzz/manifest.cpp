@@ -2,7 +2,8 @@
 
 #include "Expect.h"
 
-#include "plugins/ManifestFile.h"
+#include "plugins/Plugin.h"
+#include "xml/Reader.h"
 
 #include <algorithm>
 #include <array>

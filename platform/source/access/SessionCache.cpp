@@ -6,7 +6,7 @@
 
 namespace tarno::osa
 {
-using analytics::platform::Hold;
+using analytics::platform::MutexLock;
 namespace
 {
 
@@ -42,7 +42,7 @@ struct SessionCache::Callbacks
 
 SessionCache::~SessionCache()
 {
-    const Hold hold(m_lock);
+    const MutexLock hold(m_lock);
     for (SSL_SESSION* const session : m_sessions)
         SSL_SESSION_free(session);
 }
@@ -62,7 +62,7 @@ void SessionCache::Serve(ssl_ctx_st& context, std::chrono::seconds lifetime)
 
 std::size_t SessionCache::Size()
 {
-    const Hold hold(m_lock);
+    const MutexLock hold(m_lock);
     return m_sessions.size();
 }
 
@@ -70,7 +70,7 @@ void SessionCache::Add(ssl_session_st* session)
 {
     SSL_SESSION* oldest = nullptr;
     {
-        const Hold hold(m_lock);
+        const MutexLock hold(m_lock);
         if (m_sessions.size() >= kMost)
         {
             oldest = m_sessions.front();
@@ -84,7 +84,7 @@ void SessionCache::Add(ssl_session_st* session)
 
 ssl_session_st* SessionCache::Take(const std::string& id)
 {
-    const Hold hold(m_lock);
+    const MutexLock hold(m_lock);
     const auto entry = m_byId.find(id);
     if (entry == m_byId.end())
         return nullptr;
@@ -103,7 +103,7 @@ void SessionCache::Remove(const std::string& id)
 {
     SSL_SESSION* removed = nullptr;
     {
-        const Hold hold(m_lock);
+        const MutexLock hold(m_lock);
         const auto entry = m_byId.find(id);
         if (entry == m_byId.end())
             return;

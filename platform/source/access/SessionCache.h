@@ -1,6 +1,6 @@
 #pragma once
 
-#include "threads/Lock.h"
+#include "threads/Mutex.h"
 
 #include <chrono>
 #include <cstddef>
@@ -39,7 +39,7 @@ class SessionCache
     ssl_session_st* Take(const std::string& id);
     void Remove(const std::string& id);
 
-    analytics::platform::Lock m_lock;
+    analytics::platform::Mutex m_lock;
     std::list<ssl_session_st*> m_sessions ANALYTICS_GUARDED_BY(m_lock); // the oldest first
     std::unordered_map<std::string, std::list<ssl_session_st*>::iterator> m_byId ANALYTICS_GUARDED_BY(m_lock);
 };

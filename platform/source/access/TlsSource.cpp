@@ -10,7 +10,7 @@
 namespace tarno::osa
 {
 using analytics::platform::Gauge;
-using analytics::platform::Hold;
+using analytics::platform::MutexLock;
 namespace
 {
 
@@ -32,7 +32,7 @@ std::string Date(std::time_t time)
 
 TlsSource::TlsSource(const AccessSettings& settings) : m_settings(settings)
 {
-    const Hold hold(m_lock);
+    const MutexLock hold(m_lock);
     for (const std::string& file : {settings.certificate, settings.privateKey, settings.clientCertificates,
                                     settings.revoked, settings.users})
         if (!file.empty())
@@ -53,7 +53,7 @@ std::vector<std::string> TlsSource::Renew()
 
 std::shared_ptr<ssl_ctx_st> TlsSource::Current()
 {
-    const Hold hold(m_lock);
+    const MutexLock hold(m_lock);
     std::vector<std::string> changed = Renew();
     std::string roles = RolesInSettings();
     if (changed.empty() && roles == m_roles)
@@ -97,7 +97,7 @@ std::shared_ptr<ssl_ctx_st> TlsSource::Make()
 
 void TlsSource::Warn(std::chrono::system_clock::time_point now)
 {
-    const Hold hold(m_lock);
+    const MutexLock hold(m_lock);
     if (now - m_warned < kDay)
         return;
     m_warned = now;

@@ -3,7 +3,7 @@
 #include "access/AccessSettings.h"
 #include "access/TlsContext.h"
 #include "files/WatchedFile.h"
-#include "threads/Lock.h"
+#include "threads/Mutex.h"
 
 #include <chrono>
 #include <list>
@@ -37,7 +37,7 @@ class TlsSource
     std::shared_ptr<ssl_ctx_st> Make() ANALYTICS_REQUIRES(m_lock);
 
     const AccessSettings m_settings;
-    analytics::platform::Lock m_lock;
+    analytics::platform::Mutex m_lock;
     std::list<WatchedFile> m_files ANALYTICS_GUARDED_BY(m_lock); // those that the settings name
     std::string m_roles ANALYTICS_GUARDED_BY(m_lock);
     TlsFiles m_inForce ANALYTICS_GUARDED_BY(m_lock);

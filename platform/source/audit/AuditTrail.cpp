@@ -23,6 +23,48 @@
 
 namespace analytics::platform
 {
+
+std::vector<AuditEntry> AccessRefusals::Add(AuditEntry entry, Clock::time_point now)
+{
+    std::vector<AuditEntry> told = Due(now);
+    std::string& peer = entry.caller->peer;
+    if (m_windows.size() >= kMost && !m_windows.contains(peer))
+        peer.clear();
+    const auto [place, first] = m_windows.try_emplace(peer, Window{entry, now + kWindow});
+    if (first)
+    {
+        told.push_back(std::move(entry));
+        return told;
+    }
+    entry.count = place->second.last.count + 1;
+    place->second.last = std::move(entry);
+    return told;
+}
+
+std::vector<AuditEntry> AccessRefusals::Due(Clock::time_point now)
+{
+    std::vector<AuditEntry> told;
+    for (auto& [peer, window] : m_windows)
+        if (window.end <= now && window.last.count > 0)
+        {
+            told.push_back(window.last);
+            window.last.count = 0;
+            window.end = now + kWindow;
+        }
+    std::erase_if(m_windows, [now](const auto& window) { return window.second.end <= now; });
+    return told;
+}
+
+std::vector<AuditEntry> AccessRefusals::Rest()
+{
+    std::vector<AuditEntry> told;
+    for (const auto& [peer, window] : m_windows)
+        if (window.last.count > 0)
+            told.push_back(window.last);
+    m_windows.clear();
+    return told;
+}
+
 namespace
 {
 constexpr std::chrono::seconds kTick{1};
@@ -35,6 +77,7 @@ bool SendToJournal(const AuditLine& line)
         return false;
     std::vector<std::string> texts = {"MESSAGE=" + line.text, "PRIORITY=" + std::to_string(LOG_NOTICE),
                                       "SYSLOG_IDENTIFIER=varlo-analytics-host"};
+    texts.reserve(texts.size() + line.fields.size());
     for (const auto& [name, value] : line.fields)
     {
         std::string field = "VARLO_" + name;
@@ -43,6 +86,7 @@ bool SendToJournal(const AuditLine& line)
         texts.push_back(field + '=' + value);
     }
     std::vector<iovec> fields;
+    fields.reserve(texts.size());
     for (std::string& text : texts)
         fields.push_back({text.data(), text.size()});
     return sd_journal_sendv(fields.data(), static_cast<int>(fields.size())) == 0;
@@ -78,20 +122,20 @@ AuditTrail::AuditTrail(std::string target) : m_target(std::move(target)) {}
 AuditTrail::~AuditTrail()
 {
     m_ticker.reset();
-    const Hold hold(m_lock);
+    const MutexLock hold(m_lock);
     for (const AuditEntry& entry : m_refusals.Rest())
         WriteLine(entry);
 }
 
 void AuditTrail::Write(const AuditEntry& entry)
 {
-    const Hold hold(m_lock);
+    const MutexLock hold(m_lock);
     WriteLine(entry);
 }
 
 void AuditTrail::WriteRefusedAccess(const AuditEntry& entry)
 {
-    const Hold hold(m_lock);
+    const MutexLock hold(m_lock);
     for (const AuditEntry& told : m_refusals.Add(entry, AccessRefusals::Clock::now()))
         WriteLine(told);
     if (!m_ticker)
@@ -100,14 +144,14 @@ void AuditTrail::WriteRefusedAccess(const AuditEntry& entry)
 
 void AuditTrail::WriteDue()
 {
-    const Hold hold(m_lock);
+    const MutexLock hold(m_lock);
     for (const AuditEntry& entry : m_refusals.Due(AccessRefusals::Clock::now()))
         WriteLine(entry);
 }
 
 void AuditTrail::Open()
 {
-    const Hold hold(m_lock);
+    const MutexLock hold(m_lock);
     if (m_target != kJournal && !IsOpen() && !OpenFile())
         Complain(errno);
 }

@@ -1,9 +1,10 @@
 #pragma once
 
-#include "feed/EngineState.h"
+#include <analytics/ProfileSummary.h>
+
 #include "files/FileStamp.h"
 #include "files/Outage.h"
-#include "threads/Lock.h"
+#include "threads/Mutex.h"
 #include "threads/Ticker.h"
 
 #include <array>
@@ -14,6 +15,24 @@
 
 namespace analytics::platform
 {
+
+// What the analytics engine is told.
+struct EngineState
+{
+    std::int64_t sequence = 0; // larger with each state that differs
+    int profile = 0;           // that is active; 0: none
+    std::string facts;         // what EngineFacts() gave
+    std::string document;      // the active profile, merged; empty if there is none or it holds nothing
+};
+
+// One object of JSON: which profile is active, what is switched on, and what its document looks like. Two
+// states with the same facts are the same to an engine.
+std::string EngineFacts(const std::optional<ProfileSummary>& active, bool analytics, bool motionDetection,
+                        const std::string& document);
+// The facts behind the sequence: the text of state.json.
+std::string EngineStateText(const EngineState& state);
+// The sequence in such a text; 0 if there is none that could be continued.
+std::int64_t SequenceIn(const std::string& stateText);
 
 // Two files in a folder that tell the analytics engine what is to run: kDocument, the engine document of the
 // active profile, and kState. Each is replaced as a whole, the document first. What can't be written is told
@@ -55,7 +74,7 @@ class EngineFeed
     const std::string m_folder;
     std::atomic<std::int64_t> m_sequence;
     std::atomic<int> m_profile = 0;
-    Lock m_lock;
+    Mutex m_lock;
     std::optional<EngineState> m_state ANALYTICS_GUARDED_BY(m_lock);
     std::array<File, 2> m_files ANALYTICS_GUARDED_BY(m_lock); // in the order of writing
     Outage m_outage ANALYTICS_GUARDED_BY(m_lock);

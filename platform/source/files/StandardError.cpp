@@ -1,6 +1,6 @@
 #include "files/StandardError.h"
 
-#include "threads/Lock.h"
+#include "threads/Mutex.h"
 #include "threads/TimedCache.h"
 
 #include <chrono>
@@ -17,7 +17,7 @@ constexpr std::size_t kMostSaid = 64; // that are remembered
 
 struct Said
 {
-    Lock lock;
+    Mutex lock;
     TimedCache<bool, kMostSaid> sentences ANALYTICS_GUARDED_BY(lock);
 };
 
@@ -34,7 +34,7 @@ void Say(const std::string& sentence) { std::fputs((sentence + '\n').c_str(), st
 void SayOnce(const std::string& sentence)
 {
     Said& said = TheSaid();
-    const Hold hold(said.lock);
+    const MutexLock hold(said.lock);
     const Clock::time_point now = Clock::now();
     if (said.sentences.Find(sentence, now) != nullptr)
         return;

@@ -1,6 +1,6 @@
 #include "metrics/Health.h"
 
-#include "threads/Lock.h"
+#include "threads/Mutex.h"
 
 #include <cstdint>
 #include <system_error>
@@ -13,8 +13,8 @@ namespace
 
 struct Checks
 {
-    Lock lock;
-    Condition ended;
+    Mutex lock;
+    CondVar ended;
     bool running ANALYTICS_GUARDED_BY(lock) = false;
     std::uint64_t number ANALYTICS_GUARDED_BY(lock) = 0; // of those that have ended
     std::string failure ANALYTICS_GUARDED_BY(lock);      // of the last one
@@ -39,7 +39,7 @@ void Run(const std::function<std::string()>& check)
         failure = fault.what();
     }
     Checks& checks = TheChecks();
-    const Hold hold(checks.lock);
+    const MutexLock hold(checks.lock);
     checks.running = false;
     ++checks.number;
     checks.failure = failure;
@@ -53,7 +53,7 @@ try
 {
     Checks& checks = TheChecks();
     const auto until = std::chrono::steady_clock::now() + limit;
-    const Hold hold(checks.lock);
+    const MutexLock hold(checks.lock);
     const std::uint64_t number = checks.number;
     if (!checks.running)
     {

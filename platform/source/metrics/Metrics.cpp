@@ -1,7 +1,7 @@
 #include "metrics/Metrics.h"
 
 #include "metrics/Process.h"
-#include "threads/Lock.h"
+#include "threads/Mutex.h"
 
 #include <algorithm>
 #include <array>
@@ -43,7 +43,7 @@ struct Family
 
 struct Registry
 {
-    Lock lock;
+    Mutex lock;
     std::map<std::string, Family> families ANALYTICS_GUARDED_BY(lock);
     std::size_t slots ANALYTICS_GUARDED_BY(lock) = 0; // in use
     std::set<const Counts*> threads ANALYTICS_GUARDED_BY(lock);
@@ -67,13 +67,13 @@ struct Counts
     Counts()
     {
         Registry& registry = TheRegistry();
-        const Hold hold(registry.lock);
+        const MutexLock hold(registry.lock);
         registry.threads.insert(this);
     }
     ~Counts()
     {
         Registry& registry = TheRegistry();
-        const Hold hold(registry.lock);
+        const MutexLock hold(registry.lock);
         for (std::size_t slot = 0; slot < kSlots; ++slot)
             registry.ended[slot] += values[slot];
         registry.threads.erase(this);
@@ -104,7 +104,7 @@ std::size_t Register(const std::string& name, const std::string& help, const cha
                      std::size_t slots)
 {
     Registry& registry = TheRegistry();
-    const Hold hold(registry.lock);
+    const MutexLock hold(registry.lock);
     row.slot = registry.slots;
     registry.slots += slots;
     assert(registry.slots <= kSlots);
@@ -167,7 +167,7 @@ void Counter::Add(std::uint64_t count) { OfThisThread().Add(m_slot, count); }
 std::uint64_t Counter::Value() const
 {
     Registry& registry = TheRegistry();
-    const Hold hold(registry.lock);
+    const MutexLock hold(registry.lock);
     return registry.Sum(m_slot);
 }
 
@@ -209,7 +209,7 @@ std::string MetricsText()
     std::string text;
     Registry& registry = TheRegistry();
     {
-        const Hold hold(registry.lock);
+        const MutexLock hold(registry.lock);
         for (const auto& [name, family] : registry.families)
         {
             text += "# HELP " + name + ' ' + family.help + "\n# TYPE " + name + ' ' + family.type + '\n';

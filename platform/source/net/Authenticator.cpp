@@ -12,7 +12,7 @@
 
 namespace tarno::osa
 {
-using analytics::platform::Hold;
+using analytics::platform::MutexLock;
 namespace
 {
 
@@ -35,7 +35,7 @@ std::string Origin(const asio::ip::address& from)
 
 Authenticator::Authenticator(const std::string& usersFile) : m_file(usersFile)
 {
-    const Hold hold(m_lock);
+    const MutexLock hold(m_lock);
     RenewUsers();
 }
 
@@ -49,7 +49,7 @@ void Authenticator::Stop()
 
 void Authenticator::Renew()
 {
-    const Hold hold(m_lock);
+    const MutexLock hold(m_lock);
     RenewUsers();
 }
 
@@ -82,7 +82,7 @@ std::optional<Authenticator::Verdict>
 Authenticator::Authenticate(const std::string& authorization, const asio::ip::address& from, Decided decided)
 {
     auto credentials = ParseBasicCredentials(authorization);
-    const Hold hold(m_lock);
+    const MutexLock hold(m_lock);
     RenewUsers();
     if (!credentials)
         return Verdict::Denied;
@@ -144,7 +144,7 @@ try
 {
     std::vector<Decided> waiting;
     {
-        const Hold hold(m_lock);
+        const MutexLock hold(m_lock);
         const auto entry = m_pending.find(attempt.key);
         waiting = std::move(entry->second);
         m_pending.erase(entry);

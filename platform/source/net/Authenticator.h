@@ -4,7 +4,7 @@
 #include "access/CredentialCache.h"
 #include "access/Users.h"
 #include "files/WatchedFile.h"
-#include "threads/Lock.h"
+#include "threads/Mutex.h"
 
 #include <boost/asio/ip/address.hpp>
 #include <boost/asio/thread_pool.hpp>
@@ -63,7 +63,7 @@ class Authenticator
     static bool IsRight(const Attempt& attempt);
     void Decide(const Attempt& attempt, bool right);
 
-    analytics::platform::Lock m_lock;
+    analytics::platform::Mutex m_lock;
     analytics::platform::WatchedFile m_file ANALYTICS_GUARDED_BY(m_lock);
     std::shared_ptr<const Users> m_users ANALYTICS_GUARDED_BY(m_lock);
     CredentialCache m_known ANALYTICS_GUARDED_BY(m_lock);

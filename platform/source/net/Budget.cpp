@@ -5,7 +5,7 @@
 
 namespace tarno::osa
 {
-using analytics::platform::Hold;
+using analytics::platform::MutexLock;
 
 Budget::Share::Share(Budget& budget) : m_budget(budget), m_age(budget.m_shares++) {}
 
@@ -16,7 +16,7 @@ bool Budget::Share::Ask(std::size_t bytes, std::function<void()> granted)
     if (bytes <= m_bytes)
         return true;
     m_listed = true;
-    const Hold hold(m_budget.m_lock);
+    const MutexLock hold(m_budget.m_lock);
     const bool first = m_budget.m_waiting.empty() || m_budget.m_beyond == this;
     if (first && m_budget.Take(*this, bytes))
         return true;
@@ -29,7 +29,7 @@ bool Budget::Share::Ask(std::size_t bytes, std::function<void()> granted)
 void Budget::Share::Keep(std::size_t bytes, std::function<void()> dropped)
 {
     m_listed = true;
-    const Hold hold(m_budget.m_lock);
+    const MutexLock hold(m_budget.m_lock);
     m_budget.Release(*this);
     m_budget.Set(*this, bytes);
     m_call = std::move(dropped);
@@ -41,13 +41,13 @@ void Budget::Share::Release()
 {
     if (!m_listed)
         return; // Most never hold anything that counts.
-    const Hold hold(m_budget.m_lock);
+    const MutexLock hold(m_budget.m_lock);
     m_budget.Release(*this);
 }
 
 std::size_t Budget::Used()
 {
-    const Hold hold(m_lock);
+    const MutexLock hold(m_lock);
     return m_used;
 }
 

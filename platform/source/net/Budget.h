@@ -1,6 +1,6 @@
 #pragma once
 
-#include "threads/Lock.h"
+#include "threads/Mutex.h"
 
 #include <atomic>
 #include <cstddef>
@@ -58,7 +58,7 @@ class Budget
     void DropKept() ANALYTICS_REQUIRES(m_lock);
 
     const std::size_t m_total;
-    analytics::platform::Lock m_lock;
+    analytics::platform::Mutex m_lock;
     std::size_t m_used ANALYTICS_GUARDED_BY(m_lock) = 0;
     std::atomic<std::uint64_t> m_shares = 0;
     std::map<std::uint64_t, Share*> m_waiting ANALYTICS_GUARDED_BY(m_lock); // by age

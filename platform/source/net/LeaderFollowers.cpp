@@ -11,7 +11,7 @@
 namespace tarno::osa
 {
 using analytics::platform::FileHandle;
-using analytics::platform::Hold;
+using analytics::platform::MutexLock;
 using Cause = EventHandler::Cause;
 using Wish = EventHandler::Wish;
 using Clock = EventHandler::Clock;
@@ -61,7 +61,7 @@ LeaderFollowers::~LeaderFollowers() { Stop(); }
 
 void LeaderFollowers::Start()
 {
-    const Hold hold(m_lock);
+    const MutexLock hold(m_lock);
     while (m_threads.size() < m_slots + kSpare)
         AddThread();
 }
@@ -82,7 +82,7 @@ bool LeaderFollowers::Next(Task& task)
     for (;;)
     {
         {
-            const Hold hold(m_lock);
+            const MutexLock hold(m_lock);
             if (m_stopped)
                 return false;
             if (TakeReady(task))
@@ -120,7 +120,7 @@ bool LeaderFollowers::TakeEvent(Task& task)
         Expire();
     else
     {
-        const Hold hold(m_lock);
+        const MutexLock hold(m_lock);
         task.cause = Cause::Ready;
         // Something else may have made it go on meanwhile.
         return Claim(static_cast<EventHandler*>(event.data.ptr), task);
@@ -161,7 +161,7 @@ Wish LeaderFollowers::Step(EventHandler& handler, Cause cause)
 
 bool LeaderFollowers::TakeSlot(const std::shared_ptr<EventHandler>& handler)
 {
-    const Hold hold(m_lock);
+    const MutexLock hold(m_lock);
     const bool free = m_taken < m_slots;
     if (free)
         ++m_taken;
@@ -172,7 +172,7 @@ bool LeaderFollowers::TakeSlot(const std::shared_ptr<EventHandler>& handler)
 
 void LeaderFollowers::ReleaseSlot()
 {
-    const Hold hold(m_lock);
+    const MutexLock hold(m_lock);
     --m_taken; // This thread takes the next of the queue.
 }
 
@@ -184,7 +184,7 @@ void LeaderFollowers::Blocked(bool begins)
 
 void LeaderFollowers::LeaveSlot(bool leave)
 {
-    const Hold hold(m_lock);
+    const MutexLock hold(m_lock);
     if (!leave)
     {
         ++m_taken; // more than there are, until one of them ends
@@ -201,7 +201,7 @@ void LeaderFollowers::LeaveSlot(bool leave)
 
 void LeaderFollowers::Wait(std::shared_ptr<EventHandler> handler, Wish wish)
 {
-    const Hold hold(m_lock);
+    const MutexLock hold(m_lock);
     if (m_stopped)
         return;
     if (wish == Wish::WakeUp && std::exchange(handler->m_woken, false))
@@ -239,7 +239,7 @@ bool LeaderFollowers::Claim(EventHandler* handler, Task& task)
 
 void LeaderFollowers::Wake(EventHandler& handler)
 {
-    const Hold hold(m_lock);
+    const MutexLock hold(m_lock);
     Task task = {nullptr, Cause::Woken};
     if (Claim(&handler, task))
         Push(std::move(task));
@@ -249,7 +249,7 @@ void LeaderFollowers::Wake(EventHandler& handler)
 
 void LeaderFollowers::End()
 {
-    const Hold hold(m_lock);
+    const MutexLock hold(m_lock);
     m_ending = true;
     while (!m_waiting.empty())
     {
@@ -290,7 +290,7 @@ void LeaderFollowers::SetTimer()
 void LeaderFollowers::Expire()
 {
     Drain(m_timer);
-    const Hold hold(m_lock);
+    const MutexLock hold(m_lock);
     const Clock::time_point now = Clock::now();
     while (!m_deadlines.empty() && m_deadlines.begin()->first <= now)
     {
@@ -304,13 +304,13 @@ void LeaderFollowers::Expire()
 
 std::size_t LeaderFollowers::Waiting()
 {
-    const Hold hold(m_lock);
+    const MutexLock hold(m_lock);
     return m_waiting.size();
 }
 
 std::size_t LeaderFollowers::WaitingForSlot()
 {
-    const Hold hold(m_lock);
+    const MutexLock hold(m_lock);
     return m_queue.size();
 }
 
@@ -318,7 +318,7 @@ void LeaderFollowers::Stop()
 {
     std::vector<std::thread> threads;
     {
-        const Hold hold(m_lock);
+        const MutexLock hold(m_lock);
         m_stopped = true;
         threads.swap(m_threads);
         Ring(threads.size());
@@ -329,7 +329,7 @@ void LeaderFollowers::Stop()
     decltype(m_waiting) waiting;
     decltype(m_ready) ready;
     decltype(m_queue) queue;
-    const Hold hold(m_lock);
+    const MutexLock hold(m_lock);
     waiting.swap(m_waiting);
     ready.swap(m_ready);
     queue.swap(m_queue);

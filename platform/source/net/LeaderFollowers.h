@@ -1,7 +1,7 @@
 #pragma once
 
 #include "files/FileHandle.h"
-#include "threads/Lock.h"
+#include "threads/Mutex.h"
 
 #include <chrono>
 #include <cstddef>
@@ -125,7 +125,7 @@ class LeaderFollowers
     const analytics::platform::FileHandle m_bell; // counts what is ready without an event
     const analytics::platform::FileHandle m_timer;
 
-    analytics::platform::Lock m_lock;
+    analytics::platform::Mutex m_lock;
     std::unordered_map<EventHandler*, std::shared_ptr<EventHandler>> m_waiting ANALYTICS_GUARDED_BY(m_lock);
     std::set<Deadline> m_deadlines ANALYTICS_GUARDED_BY(m_lock);
     EventHandler::Clock::time_point

@@ -15,7 +15,7 @@
 namespace tarno::osa
 {
 using analytics::platform::Counter;
-using analytics::platform::Hold;
+using analytics::platform::MutexLock;
 namespace
 {
 
@@ -149,7 +149,7 @@ std::string Server::Start(const ListenOptions& options)
 
 bool Server::Count(const std::shared_ptr<Acceptor>& acceptor)
 {
-    const Hold hold(m_lock);
+    const MutexLock hold(m_lock);
     if (++m_connections < m_maxConnections)
         return true;
     m_paused = acceptor;
@@ -160,7 +160,7 @@ void Server::Ended()
 {
     std::shared_ptr<Acceptor> goesOn;
     {
-        const Hold hold(m_lock);
+        const MutexLock hold(m_lock);
         goesOn = std::exchange(m_paused, nullptr);
         if (--m_connections == 0)
             m_idle.Wake();
@@ -176,7 +176,7 @@ void Server::StopAccepting()
     m_served.pool.End();
     std::shared_ptr<Acceptor> ends;
     {
-        const Hold hold(m_lock);
+        const MutexLock hold(m_lock);
         ends = std::exchange(m_paused, nullptr);
     }
     if (ends != nullptr)
@@ -189,7 +189,7 @@ bool Server::Drain(std::chrono::milliseconds limit)
     using Clock = std::chrono::steady_clock;
     // Longer than any host waits, and short enough to be added to the time of day.
     const auto until = Clock::now() + std::min<std::chrono::milliseconds>(limit, std::chrono::hours(24));
-    const Hold hold(m_lock);
+    const MutexLock hold(m_lock);
     while (m_connections > 0)
     {
         const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(until - Clock::now());

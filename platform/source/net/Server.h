@@ -3,7 +3,7 @@
 #include "net/Connection.h"
 #include "net/Limits.h"
 #include "net/Listener.h"
-#include "threads/Lock.h"
+#include "threads/Mutex.h"
 #include "threads/Ticker.h"
 
 #include <atomic>
@@ -61,8 +61,8 @@ class Server
     std::once_flag m_stopped;
     Listener m_listener;
 
-    analytics::platform::Lock m_lock;
-    analytics::platform::Condition m_idle;
+    analytics::platform::Mutex m_lock;
+    analytics::platform::CondVar m_idle;
     std::size_t m_connections ANALYTICS_GUARDED_BY(m_lock) = 0;
     std::shared_ptr<Acceptor> m_paused ANALYTICS_GUARDED_BY(m_lock); // until a connection ends
 

@@ -9,7 +9,7 @@
 #include "net/OperatorsServer.h"
 #include "net/Server.h"
 #include "request/WorkMemory.h"
-#include "threads/Lock.h"
+#include "threads/Mutex.h"
 
 #include <analytics/PluginManager.h>
 #include <tarno/osa/SocketException.h>
@@ -24,8 +24,8 @@
 
 namespace tarno::osa
 {
-using analytics::platform::Hold;
-using analytics::platform::Lock;
+using analytics::platform::Mutex;
+using analytics::platform::MutexLock;
 
 namespace
 {
@@ -33,7 +33,7 @@ namespace
 // What the host can ask of the platform about its server: the one started last.
 struct Registry
 {
-    Lock lock;
+    Mutex lock;
     std::weak_ptr<Server> server ANALYTICS_GUARDED_BY(lock);
     std::string failure ANALYTICS_GUARDED_BY(lock);
 };
@@ -47,7 +47,7 @@ Registry& TheRegistry()
 void Register(const std::shared_ptr<Server>& server, const std::string& failure)
 {
     Registry& registry = TheRegistry();
-    const Hold hold(registry.lock);
+    const MutexLock hold(registry.lock);
     registry.server = server;
     registry.failure = failure;
 }
@@ -55,7 +55,7 @@ void Register(const std::shared_ptr<Server>& server, const std::string& failure)
 std::shared_ptr<Server> RegisteredServer()
 {
     Registry& registry = TheRegistry();
-    const Hold hold(registry.lock);
+    const MutexLock hold(registry.lock);
     return registry.server.lock();
 }
 
@@ -83,12 +83,12 @@ class TcpServer::Loop
 
     void BufferSize(unsigned int bytes)
     {
-        const Hold hold(m_lock);
+        const MutexLock hold(m_lock);
         m_bufferBytes = bytes;
     }
     std::shared_ptr<Server> Running() const
     {
-        const Hold hold(m_lock);
+        const MutexLock hold(m_lock);
         return m_running;
     }
     // Returns the URL.
@@ -97,7 +97,7 @@ class TcpServer::Loop
   private:
     const std::string m_address;
     const unsigned short m_port;
-    mutable Lock m_lock;
+    mutable Mutex m_lock;
     unsigned int m_bufferBytes ANALYTICS_GUARDED_BY(m_lock) = 0;
     std::shared_ptr<Server> m_running ANALYTICS_GUARDED_BY(m_lock);
     std::unique_ptr<OperatorsServer> m_operators ANALYTICS_GUARDED_BY(m_lock);
@@ -105,7 +105,7 @@ class TcpServer::Loop
 
 std::string TcpServer::Loop::Start(ITcpSocketAccept* acceptor, unsigned short backlog)
 {
-    const Hold hold(m_lock);
+    const MutexLock hold(m_lock);
     if (acceptor == nullptr)
         throw SocketException(SocketException::kInvalid,
                               "The server was given nobody to serve its connections");
@@ -177,7 +177,7 @@ namespace analytics::platform
 std::string ServerFailure()
 {
     tarno::osa::Registry& registry = tarno::osa::TheRegistry();
-    const Hold hold(registry.lock);
+    const MutexLock hold(registry.lock);
     return registry.failure;
 }
 

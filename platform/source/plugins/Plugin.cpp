@@ -3,12 +3,17 @@
 #include <analytics/Faults.h>
 
 #include "files/FileText.h"
-#include "plugins/ManifestFile.h"
+#include "xml/Text.h"
+#include "xml/XmlFile.h"
 
+#include <algorithm>
+#include <array>
 #include <functional>
+#include <limits>
 
 namespace analytics::platform
 {
+
 namespace
 {
 // A shortage passes; what it hides must not be taken for missing.
@@ -57,6 +62,98 @@ bool ReadPlugin(const std::string& home, Plugin& plugin, PluginProblem& problem)
     const std::string factory = home + '/' + kFactoryFile;
     plugin.factory = StampOf(factory).error == 0 ? factory : "";
     return true;
+}
+
+namespace
+{
+constexpr std::array kTypes = {"source", "engine", "rule", "sink"};
+
+struct TextField
+{
+    const char* query;
+    std::string ManifestFields::*field;
+};
+constexpr TextField kTexts[] = {
+    {"/manifest/@type", &ManifestFields::type},
+    {"/manifest/id", &ManifestFields::id},
+    {"/manifest/alias", &ManifestFields::alias},
+    {"/manifest/name", &ManifestFields::name},
+};
+
+struct FlagField
+{
+    const char* name;
+    bool ManifestFields::*field;
+};
+constexpr FlagField kFlags[] = {
+    {"fixedCameraPosition", &ManifestFields::fixedCameraPosition},
+    {"supportsAdvancedMode", &ManifestFields::supportsAdvancedMode},
+};
+
+std::string FirstText(const XmlFile& xml, const char* query)
+{
+    const auto texts = xml.Texts(query);
+    return texts.empty() ? std::string() : texts.front().text;
+}
+
+// The number in the element `name`, 0 if there is none. False if it is none between 0 and `max`.
+bool ReadNumber(const XmlFile& xml, const std::string& name, std::uint32_t max, std::uint32_t& number,
+                xml::SyntaxError& error)
+{
+    number = 0;
+    const auto found = xml.Texts("/manifest/" + name);
+    if (found.empty())
+        return true;
+    const std::string& text = found.front().text;
+    if (xml::ReadInteger(text, number) == std::errc() && number <= max)
+        return true;
+    error = {found.front().line, name + " is \"" + text.substr(0, 40) +
+                                     "\" and has to be a whole number from 0 to " + std::to_string(max)};
+    return false;
+}
+
+bool ReadNumbers(const XmlFile& xml, ManifestFields& fields, xml::SyntaxError& error)
+{
+    for (const FlagField& flag : kFlags)
+    {
+        std::uint32_t number = 0;
+        if (!ReadNumber(xml, flag.name, 1, number, error))
+            return false;
+        fields.*flag.field = number != 0;
+    }
+    return ReadNumber(xml, "resourceRequirement", std::numeric_limits<std::uint32_t>::max(),
+                      fields.resourceRequirement, error);
+}
+
+// What makes the texts unusable; empty if nothing does.
+std::string TextFault(const XmlFile& xml, const ManifestFields& fields)
+{
+    if (xml.RootName() != "manifest")
+        return "the root element is " + xml.RootName() + " and has to be manifest";
+    if (std::ranges::find(kTypes, fields.type) == kTypes.end())
+        return "the type is \"" + fields.type.substr(0, 40) + "\" and has to be source, engine, rule or sink";
+    return fields.id.empty() ? "the id is missing or empty" : "";
+}
+} // namespace
+
+std::optional<ManifestFields> ReadManifest(const std::string& text, xml::SyntaxError& error)
+{
+    const auto xml = XmlFile::Parse(text, error);
+    if (!xml)
+        return std::nullopt;
+    ManifestFields fields;
+    for (const TextField& row : kTexts)
+        fields.*row.field = FirstText(*xml, row.query);
+    if (std::string fault = TextFault(*xml, fields); !fault.empty())
+    {
+        error = {xml->Texts("/*").front().line, std::move(fault)};
+        return std::nullopt;
+    }
+    if (!ReadNumbers(*xml, fields, error))
+        return std::nullopt;
+    for (XmlText& dependency : xml->Texts("/manifest/dependencies/id[normalize-space()]"))
+        fields.dependencies.push_back(std::move(dependency.text));
+    return fields;
 }
 
 } // namespace analytics::platform

@@ -3,7 +3,13 @@
 #include <analytics/Manifest.h>
 
 #include <array>
+#include <optional>
 #include <string>
+
+namespace analytics::xml
+{
+struct SyntaxError;
+}
 
 namespace analytics::platform
 {
@@ -42,5 +48,9 @@ struct PluginProblem
 // Reads the plug-in in the folder `home`. False if its manifest can't be read; `problem` then says why.
 // Throws AnalyticsFault if the system is too short of means to tell.
 bool ReadPlugin(const std::string& home, Plugin& plugin, PluginProblem& problem);
+
+// Reads the text of a manifest.xml. Nothing if it is no manifest; `error` then says why. `home` stays
+// for the caller to fill.
+std::optional<ManifestFields> ReadManifest(const std::string& text, xml::SyntaxError& error);
 
 } // namespace analytics::platform

@@ -1,16 +1,33 @@
 #pragma once
 
 #include "plugins/FolderWatch.h"
-#include "plugins/PluginCatalog.h"
-#include "threads/Lock.h"
+#include "plugins/Plugin.h"
+#include "threads/Mutex.h"
 
 #include <map>
 #include <memory>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 namespace analytics::platform
 {
+
+// The plug-ins as they were found, in their order. Once it is filled, any thread.
+class PluginCatalog
+{
+  public:
+    // False if another plug-in already answers to its Id() or Alias(); `problem` then says so.
+    bool Add(Plugin plugin, PluginProblem& problem);
+
+    // By Id() or Alias(); null if there is none.
+    const Plugin* Find(const std::string& id) const;
+    const std::vector<Plugin>& All() const { return m_plugins; }
+
+  private:
+    std::vector<Plugin> m_plugins;
+    std::unordered_map<std::string, std::size_t> m_index;
+};
 
 // The plug-in folder and what was last found in it. Any thread.
 class PluginFolder
@@ -37,7 +54,7 @@ class PluginFolder
 
     const std::string m_path;
     const bool m_byStamps;
-    Lock m_lock;
+    Mutex m_lock;
     std::unique_ptr<FolderWatch> m_watch ANALYTICS_GUARDED_BY(m_lock);
     std::shared_ptr<const PluginCatalog> m_catalog ANALYTICS_GUARDED_BY(m_lock);
     ProblemMap m_told ANALYTICS_GUARDED_BY(m_lock);

@@ -54,13 +54,13 @@ void WorkMemory::Claim::Raise(std::size_t bytes)
 
 std::size_t WorkMemory::Used()
 {
-    const Hold hold(m_lock);
+    const MutexLock hold(m_lock);
     return m_used;
 }
 
 std::size_t WorkMemory::Waiting()
 {
-    const Hold hold(m_lock);
+    const MutexLock hold(m_lock);
     return m_waiting.size();
 }
 
@@ -80,7 +80,7 @@ bool WorkMemory::Grant(std::size_t bytes, bool& largeWaits)
 
 bool WorkMemory::TakeOrQueue(Waiter& waiter)
 {
-    const Hold hold(m_lock);
+    const MutexLock hold(m_lock);
     bool largeWaits = std::ranges::any_of(m_waiting, [](const Waiter* w) { return w->bytes > kSmall; });
     if (Grant(waiter.bytes, largeWaits))
         return true;
@@ -104,7 +104,7 @@ void WorkMemory::Take(std::size_t bytes)
 
 void WorkMemory::Give(std::size_t bytes)
 {
-    const Hold hold(m_lock);
+    const MutexLock hold(m_lock);
     m_used -= bytes;
     m_usedByLarge -= bytes > kSmall ? bytes : 0;
     bool largeWaits = false;
@@ -117,7 +117,7 @@ void WorkMemory::Give(std::size_t bytes)
             continue;
         }
         at = m_waiting.erase(at);
-        waiter.granted.Say();
+        waiter.granted.Set();
     }
 }
 

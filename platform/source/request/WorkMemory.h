@@ -1,7 +1,6 @@
 #pragma once
 
-#include "threads/Lock.h"
-#include "threads/Signal.h"
+#include "threads/Mutex.h"
 
 #include <cstddef>
 #include <functional>
@@ -49,7 +48,7 @@ class WorkMemory
     struct Waiter
     {
         std::size_t bytes;
-        Signal granted;
+        Event granted;
     };
 
     void Take(std::size_t bytes);
@@ -61,7 +60,7 @@ class WorkMemory
     const std::size_t m_forLarge;
     const std::size_t m_mostWaiting;
     std::function<void(bool)> m_call;
-    Lock m_lock;
+    Mutex m_lock;
     std::size_t m_used ANALYTICS_GUARDED_BY(m_lock) = 0;
     std::size_t m_usedByLarge ANALYTICS_GUARDED_BY(m_lock) = 0;
     std::list<Waiter*> m_waiting ANALYTICS_GUARDED_BY(m_lock); // in the order of arrival

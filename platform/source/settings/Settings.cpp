@@ -6,7 +6,7 @@
 #include "files/WatchedFile.h"
 #include "request/Request.h"
 #include "settings/Configuration.h"
-#include "threads/Lock.h"
+#include "threads/Mutex.h"
 #include "threads/PerPath.h"
 #include "xml/Text.h"
 #include "xml/XmlFile.h"
@@ -31,13 +31,13 @@ class SettingsDocument
     // Lives as long as this object.
     const std::vector<std::string>& Texts(const std::string& query)
     {
-        const Hold hold(m_lock);
+        const MutexLock hold(m_lock);
         return Find(query).texts;
     }
     // True the first time for each query: for what is to be said once.
     bool FirstComplaint(const std::string& query)
     {
-        const Hold hold(m_lock);
+        const MutexLock hold(m_lock);
         return !std::exchange(Find(query).complained, true);
     }
 
@@ -56,7 +56,7 @@ class SettingsDocument
         return place->second;
     }
 
-    Lock m_lock;
+    Mutex m_lock;
     const std::unique_ptr<XmlFile> m_xml ANALYTICS_GUARDED_BY(m_lock);
     std::unordered_map<std::string, Answer> m_answers ANALYTICS_GUARDED_BY(m_lock);
 };
@@ -71,7 +71,7 @@ class SettingsFile
     // once for each change of the file. Throws AnalyticsFault if it could never be read.
     std::shared_ptr<SettingsDocument> Current()
     {
-        const Hold hold(m_lock);
+        const MutexLock hold(m_lock);
         if (m_file.Renew())
             Parse(m_file.Last());
         if (!m_document)
@@ -96,7 +96,7 @@ class SettingsFile
     }
 
     const std::string m_path;
-    Lock m_lock;
+    Mutex m_lock;
     WatchedFile m_file ANALYTICS_GUARDED_BY(m_lock);
     std::string m_failure ANALYTICS_GUARDED_BY(m_lock); // of the last reading; empty if it was good
     std::shared_ptr<SettingsDocument> m_document ANALYTICS_GUARDED_BY(m_lock);

@@ -10,7 +10,7 @@ CommitGroup::Turn::Turn(CommitGroup& group, Member& member) : m_group(group)
     bool first = false;
     bool called = false;
     {
-        const Hold hold(group.m_lock);
+        const MutexLock hold(group.m_lock);
         first = !group.m_next;
         batch = first ? std::make_shared<Batch>() : group.m_next;
         batch->members.push_back(&member);
@@ -26,7 +26,7 @@ CommitGroup::Turn::Turn(CommitGroup& group, Member& member) : m_group(group)
     if (!called)
     {
         batch->called.Wait();
-        const Hold hold(group.m_lock);
+        const MutexLock hold(group.m_lock);
         group.m_next.reset();
     }
     m_led = std::move(batch);
@@ -38,14 +38,14 @@ CommitGroup::Turn::~Turn()
         return;
     std::shared_ptr<Batch> next;
     {
-        const Hold hold(m_group.m_lock);
+        const MutexLock hold(m_group.m_lock);
         next = m_group.m_next;
         m_group.m_busy = next != nullptr;
     }
     if (next)
-        next->called.Say();
+        next->called.Set();
     if (m_led->members.size() > 1)
-        m_led->served.Say();
+        m_led->served.Set();
 }
 
 const std::vector<CommitGroup::Member*>& CommitGroup::Turn::Members() const
@@ -56,7 +56,7 @@ const std::vector<CommitGroup::Member*>& CommitGroup::Turn::Members() const
 
 std::size_t CommitGroup::Waiting()
 {
-    const Hold hold(m_lock);
+    const MutexLock hold(m_lock);
     return m_next ? m_next->members.size() : 0;
 }
 

@@ -1,7 +1,6 @@
 #pragma once
 
-#include "threads/Lock.h"
-#include "threads/Signal.h"
+#include "threads/Mutex.h"
 
 #include <cstddef>
 #include <functional>
@@ -47,8 +46,8 @@ class CommitGroup
     struct Batch
     {
         std::vector<Member*> members; // guarded by m_lock until the batch is led
-        Signal called;                // its leader may begin
-        Signal served;                // all of them
+        Event called;                 // its leader may begin
+        Event served;                 // all of them
     };
 
   public:
@@ -74,7 +73,7 @@ class CommitGroup
     std::size_t Waiting();
 
   private:
-    Lock m_lock;
+    Mutex m_lock;
     std::shared_ptr<Batch> m_next ANALYTICS_GUARDED_BY(m_lock); // that waits to be led; null if nobody waits
     bool m_busy ANALYTICS_GUARDED_BY(m_lock) = false;           // a batch is led, or its leader called
 };

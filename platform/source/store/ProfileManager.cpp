@@ -10,7 +10,6 @@
 #include "request/Request.h"
 #include "settings/Configuration.h"
 #include "store/ProfileStore.h"
-#include "store/RuleCost.h"
 #include "store/SizeLimits.h"
 #include "xml/Text.h"
 
@@ -144,7 +143,7 @@ void StoreHeldAtEnd()
 void AddPlugin(ProfileStore& store, int profileId, const Kind& kind, const std::string& id)
 {
     store.Require(profileId);
-    const Manifest manifest = ManifestOf(id);
+    const Manifest manifest = platform::ManifestOf(id);
     if (manifest.Type() != kind.typeName)
         throw ClientFault("There is no " + std::string(kind.word) + " " + id + " on this camera");
     const std::string config = PluginManager().GetDefaultConfiguration(id);
@@ -383,12 +382,12 @@ bool ProfileManager::GetMDActiveState() { return Settled(*m_store).IsOn(ProfileS
 bool ProfileManager::HasEnoughResource(int profileId, const std::string& id)
 {
     Settled(*m_store).Require(profileId);
-    if (ManifestOf(id).Type() != kRule.typeName)
+    if (platform::ManifestOf(id).Type() != kRule.typeName)
         throw ClientFault("There is no behavior " + id + " on this camera");
     std::vector<std::string> rules;
     GetActiveRules(profileId, rules);
     rules.push_back(id);
-    return CostOf(rules) <= Settings::MaxResource();
+    return platform::CostOf(rules) <= Settings::MaxResource();
 }
 
 } // namespace analytics

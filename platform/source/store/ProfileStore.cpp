@@ -53,7 +53,7 @@ constexpr std::optional<int> kCamera = std::nullopt;
 constexpr int kNew = -1;
 
 // The store that StoreHealth() looks at.
-platform::Lock gOpenLock;
+platform::Mutex gOpenLock;
 platform::Store* gOpen ANALYTICS_GUARDED_BY(gOpenLock) = nullptr;
 
 ProfileSummary SummaryOf(Query& row) { return {row.Number(0), row.Text(1), row.Text(2), row.Flag(3)}; }
@@ -102,20 +102,20 @@ ProfileStore::ProfileStore(const std::string& folder)
     platform::ReportOversize(m_store);
     CountProfiles();
     m_engine.Begin();
-    const platform::Hold hold(gOpenLock);
+    const platform::MutexLock hold(gOpenLock);
     gOpen = &m_store;
 }
 
 ProfileStore::~ProfileStore()
 {
-    const platform::Hold hold(gOpenLock);
+    const platform::MutexLock hold(gOpenLock);
     if (gOpen == &m_store)
         gOpen = nullptr;
 }
 
 std::string platform::StoreHealth()
 {
-    const Hold hold(gOpenLock);
+    const MutexLock hold(gOpenLock);
     return gOpen == nullptr ? "" : gOpen->Failure();
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "store/Store.h"
-#include "threads/Lock.h"
+#include "threads/Mutex.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -49,7 +49,7 @@ class ReadCache
 
     std::shared_ptr<const Value> Find(int key, std::uint64_t version)
     {
-        const Hold hold(m_lock);
+        const MutexLock hold(m_lock);
         for (auto entry = m_entries.begin(); entry != m_entries.end(); ++entry)
             if (entry->key == key && entry->version == version)
             {
@@ -61,7 +61,7 @@ class ReadCache
 
     void Keep(Entry entry)
     {
-        const Hold hold(m_lock);
+        const MutexLock hold(m_lock);
         m_entries.remove_if([&entry](const Entry& old)
                             { return old.key == entry.key || old.version < entry.version; });
         m_entries.push_front(std::move(entry));
@@ -72,7 +72,7 @@ class ReadCache
     }
 
     Store& m_store;
-    Lock m_lock;
+    Mutex m_lock;
     std::list<Entry> m_entries ANALYTICS_GUARDED_BY(m_lock); // the last one used first
 };
 

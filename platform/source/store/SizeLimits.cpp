@@ -1,6 +1,7 @@
 #include "store/SizeLimits.h"
 
 #include <analytics/Faults.h>
+#include <analytics/PluginManager.h>
 #include <analytics/Settings.h>
 
 #include "files/StandardError.h"
@@ -10,6 +11,7 @@
 #include "xml/Reader.h"
 
 #include <algorithm>
+#include <set>
 
 namespace analytics::platform
 {
@@ -69,6 +71,32 @@ void RequireReadable(int profile, std::int64_t bytes)
         throw AnalyticsFault("Profile " + std::to_string(profile) + " holds " + std::to_string(bytes) +
                              " bytes, more than the " + std::to_string(limit) +
                              " that can be read; delete behaviors of it");
+}
+
+Manifest ManifestOf(const std::string& id)
+{
+    Manifest manifest;
+    PluginManager().GetManifest(manifest, id);
+    return manifest;
+}
+
+std::uint64_t CostOf(const std::vector<std::string>& rules)
+{
+    std::set<std::string> counted;
+    std::uint64_t sum = 0;
+    const auto add = [&](const Manifest& manifest)
+    {
+        if (counted.insert(manifest.Id()).second)
+            sum += manifest.ResourceRequirement();
+    };
+    for (const std::string& rule : rules)
+    {
+        const Manifest manifest = ManifestOf(rule);
+        add(manifest);
+        for (const std::string& dependency : manifest.Dependencies())
+            add(ManifestOf(dependency));
+    }
+    return sum;
 }
 
 void ReportOversize(Store& store)

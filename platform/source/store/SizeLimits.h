@@ -1,7 +1,10 @@
 #pragma once
 
+#include <analytics/Manifest.h>
+
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace analytics::platform
 {
@@ -23,6 +26,11 @@ std::int64_t BytesIn(StoreConnection& connection, int profile);
 // Throw ClientFault if that is more than `limit`, and AnalyticsFault if so much can't be read.
 void RequireStorable(std::int64_t bytes, std::int64_t limit);
 void RequireReadable(int profile, std::int64_t bytes);
+
+// An empty one if there is no such plug-in.
+Manifest ManifestOf(const std::string& id);
+// What the rules take of Settings::MaxResource(), with the plug-ins that they depend on, each counted once.
+std::uint64_t CostOf(const std::vector<std::string>& rules);
 
 // Says on standard error what a store holds beyond the limits: an older version or other settings let it in.
 void ReportOversize(Store& store);

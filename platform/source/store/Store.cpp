@@ -41,8 +41,8 @@ Store::Store(const std::string& folder)
 
 Store::~Store()
 {
-    const Hold holdWriter(m_writerLock);
-    const Hold holdReader(m_readerLock);
+    const MutexLock holdWriter(m_writerLock);
+    const MutexLock holdReader(m_readerLock);
     CloseConnections();
 }
 
@@ -55,14 +55,14 @@ Store::Files Store::FilesNow() const { return {IdentityOf(m_database), IdentityO
 
 bool Store::Usable()
 {
-    const Hold hold(m_filesLock);
+    const MutexLock hold(m_filesLock);
     return m_usable;
 }
 
 bool Store::Fresh()
 {
     const Files now = FilesNow();
-    const Hold hold(m_filesLock);
+    const MutexLock hold(m_filesLock);
     return m_usable && m_files.Same(now);
 }
 
@@ -84,14 +84,14 @@ void Store::OpenForReading()
 
 Store::Files Store::FilesOpened()
 {
-    const Hold hold(m_filesLock);
+    const MutexLock hold(m_filesLock);
     return m_files;
 }
 
 void Store::SetUsable(bool usable)
 {
     const Files now = FilesNow();
-    const Hold hold(m_filesLock);
+    const MutexLock hold(m_filesLock);
     m_usable = usable;
     ++m_version;
     if (usable)
@@ -104,8 +104,8 @@ void Store::Open()
 {
     if (Fresh())
         return;
-    const Hold holdWriter(m_writerLock);
-    const Hold holdReader(m_readerLock);
+    const MutexLock holdWriter(m_writerLock);
+    const MutexLock holdReader(m_readerLock);
     if (Fresh())
         return;
     CloseConnections();
@@ -158,7 +158,7 @@ try
     for (bool read = false; !read;)
     {
         OpenForReading();
-        const Hold hold(m_readerLock);
+        const MutexLock hold(m_readerLock);
         StoreConnection* const reader = m_reader.get();
         read = reader != nullptr; // or another thread has just failed to open it
         if (read)
@@ -197,7 +197,7 @@ void Store::WriteAlone(const Operation& operation)
     for (;;)
     {
         Open();
-        const Hold hold(m_writerLock);
+        const MutexLock hold(m_writerLock);
         StoreConnection* const writer = m_writer.get();
         if (writer == nullptr)
             continue;
@@ -231,7 +231,7 @@ void Store::WriteTogether(const std::vector<CommitGroup::Member*>& members)
     try
     {
         Open();
-        const Hold hold(m_writerLock);
+        const MutexLock hold(m_writerLock);
         if (m_writer)
             CommitTogether(*m_writer, members, within);
     }
@@ -298,7 +298,7 @@ void Store::Report(Way way, const std::string& failure)
 {
     if (failure.empty() && !m_failing[way])
         return;
-    const Hold hold(m_filesLock);
+    const MutexLock hold(m_filesLock);
     m_failures[way] = failure;
     m_failing[way] = !failure.empty();
     if (!failure.empty())
@@ -310,7 +310,7 @@ void Store::Report(Way way, const std::string& failure)
 std::string Store::Failure()
 {
     {
-        const Hold hold(m_filesLock);
+        const MutexLock hold(m_filesLock);
         if (!m_failures[Writing].empty())
             return m_failures[Writing];
     }

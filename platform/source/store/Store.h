@@ -4,7 +4,7 @@
 #include "files/Outage.h"
 #include "store/CommitGroup.h"
 #include "store/StateFolder.h"
-#include "threads/Lock.h"
+#include "threads/Mutex.h"
 
 #include <atomic>
 #include <cstdint>
@@ -103,9 +103,9 @@ class Store
     std::atomic<std::uint64_t> m_version = 0;
     CommitGroup m_group;
     // Where several are taken, in this order.
-    Lock m_writerLock;
-    Lock m_readerLock;
-    Lock m_filesLock;
+    Mutex m_writerLock;
+    Mutex m_readerLock;
+    Mutex m_filesLock;
     StateFolder m_folder ANALYTICS_GUARDED_BY(m_writerLock);
     Connection m_writer ANALYTICS_GUARDED_BY(m_writerLock);
     Connection m_reader ANALYTICS_GUARDED_BY(m_readerLock);

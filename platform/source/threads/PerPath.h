@@ -1,6 +1,6 @@
 #pragma once
 
-#include "threads/Lock.h"
+#include "threads/Mutex.h"
 
 #include <memory>
 #include <string>
@@ -16,7 +16,7 @@ class PerPath
   public:
     std::shared_ptr<T> At(const std::string& path)
     {
-        const Hold hold(m_lock);
+        const MutexLock hold(m_lock);
         if (!m_value || m_path != path)
             Make(path);
         return m_value;
@@ -25,7 +25,7 @@ class PerPath
     // Forgets what the last one knew.
     std::shared_ptr<T> Renew(const std::string& path)
     {
-        const Hold hold(m_lock);
+        const MutexLock hold(m_lock);
         Make(path);
         return m_value;
     }
@@ -37,7 +37,7 @@ class PerPath
         m_path = path;
     }
 
-    Lock m_lock;
+    Mutex m_lock;
     std::string m_path ANALYTICS_GUARDED_BY(m_lock);
     std::shared_ptr<T> m_value ANALYTICS_GUARDED_BY(m_lock);
 };

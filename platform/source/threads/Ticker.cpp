@@ -18,7 +18,7 @@ Ticker::Ticker(std::chrono::milliseconds interval, std::function<void()> tick)
 Ticker::~Ticker()
 {
     {
-        const Hold hold(m_lock);
+        const MutexLock hold(m_lock);
         m_ended = true;
         m_ending.Wake();
     }
@@ -29,7 +29,7 @@ bool Ticker::EndedWithin(std::chrono::milliseconds interval)
 {
     using Clock = std::chrono::steady_clock;
     const Clock::time_point end = Clock::now() + interval;
-    const Hold hold(m_lock);
+    const MutexLock hold(m_lock);
     for (Clock::time_point now = Clock::now(); !m_ended && now < end; now = Clock::now())
         m_ending.WaitFor(m_lock, std::chrono::ceil<std::chrono::milliseconds>(end - now));
     return m_ended;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "threads/Lock.h"
+#include "threads/Mutex.h"
 
 #include <chrono>
 #include <functional>
@@ -22,8 +22,8 @@ class Ticker
   private:
     bool EndedWithin(std::chrono::milliseconds interval);
 
-    Lock m_lock;
-    Condition m_ending;
+    Mutex m_lock;
+    CondVar m_ending;
     bool m_ended ANALYTICS_GUARDED_BY(m_lock) = false;
     std::thread m_thread;
 };

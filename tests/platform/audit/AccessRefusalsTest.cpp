@@ -1,4 +1,4 @@
-#include "audit/AccessRefusals.h"
+#include "audit/AuditTrail.h"
 
 #include <gtest/gtest.h>
 

@@ -74,7 +74,7 @@ TEST_F(ServerLimit, ServesMoreClientsThanWorkers)
         clients.back().Send(Post("body"));
     }
     EXPECT_TRUE(Eventually([this] { return server->WaitingRequests() == 50U - kServing; }));
-    EXPECT_EQ(acceptor.running, kServing);
+    EXPECT_TRUE(Eventually([this] { return acceptor.running == kServing; }));
     gate.Open();
     for (const Client& client : clients)
         EXPECT_EQ(client.ReadAll(), "done");

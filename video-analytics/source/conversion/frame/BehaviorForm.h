@@ -159,7 +159,7 @@ void BehaviorDoc<Config>::AddRuleNode(Rule* rule, analytics::DocumentNode* paren
     const NodePointer roi = rule == nullptr || parent == nullptr ? nullptr : AddContainer(*parent, "roi");
     if (roi == nullptr)
         return;
-    NodePointer(roi->AddNewChild("name", rule->Name()));
+    const NodePointer name(roi->AddNewChild("name", rule->Name()));
     for (const RoiChild<Rule>& child : BehaviorForm<Config>::kRoiChildren)
     {
         const int value = child.field ? child.field->Get(*rule) : child.constant;

@@ -25,8 +25,8 @@ void BehaviorNodes::AddPointNodes(const Point& point, analytics::DocumentNode* p
     const NodePointer vertex = parent == nullptr ? nullptr : AddContainer(*parent, "vertex");
     if (vertex == nullptr)
         return;
-    NodePointer(vertex->AddNewChild("x", point.X()));
-    NodePointer(vertex->AddNewChild("y", point.Y()));
+    const NodePointer x(vertex->AddNewChild("x", point.X()));
+    const NodePointer y(vertex->AddNewChild("y", point.Y()));
 }
 
 Points BehaviorNodes::ReadPoints(const std::string& query, analytics::DocumentNode* context,

@@ -48,7 +48,7 @@ void AddExcludeZoneNode(int number, const Polygon& zone, analytics::DocumentNode
     const NodePointer node = parent == nullptr ? nullptr : AddContainer(*parent, "excludeZone");
     if (node == nullptr)
         return;
-    NodePointer(node->AddNewChild("name", "Exclude " + std::to_string(number)));
+    const NodePointer name(node->AddNewChild("name", "Exclude " + std::to_string(number)));
     const NodePointer vertices = AddContainer(*node, "vertices");
     BehaviorNodes().AddPointsNodes(zone, vertices.get());
 }
