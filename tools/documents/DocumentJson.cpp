@@ -16,7 +16,7 @@ Json ValueOf(const Field& field, const std::string& text)
     return isNumber && number ? Json(*number) : Json(text);
 }
 
-Json PointsOf(const pugi::xml_node& vertices)
+Json VerticesToJson(const pugi::xml_node& vertices)
 {
     Json points = Json::array();
     for (const pugi::xml_node& vertex : Children(vertices, "vertex"))
@@ -40,20 +40,20 @@ Json ListOf(const Element& list, const pugi::xml_node& node)
     const Element& item = list.children.front();
     Json items = Json::array();
     for (const pugi::xml_node& child : Children(node, item.name))
-        items.push_back(IsPoints(item) ? PointsOf(child.child("vertices")) : GroupOf(item, child));
+        items.push_back(IsPoints(item) ? VerticesToJson(child.child("vertices")) : GroupOf(item, child));
     return items;
 }
 
 void AddChild(Json& object, const Element& element, const pugi::xml_node& node)
 {
     if (LineOf(element) != nullptr)
-        object[element.key] = PointsOf(node.child("vertices"));
+        object[element.key] = VerticesToJson(node.child("vertices"));
     else if (element.form == Element::Form::Leaf && MeansSomething(element.value.front()))
         object[element.name] = ValueOf(element.value.front(), TextOf(node));
     else if (element.form == Element::Form::List)
         object[element.name] = ListOf(element, node);
     else if (element.form == Element::Form::Points)
-        object[element.name] = PointsOf(node);
+        object[element.name] = VerticesToJson(node);
     else if (Json group = GroupOf(element, node); element.form == Element::Form::Group && !group.empty())
         object[element.name] = std::move(group);
     if (element.form == Element::Form::Leaf)

@@ -1,5 +1,6 @@
 #include "documents/Shape.h"
 
+#include "Integer.h"
 #include "XmlDocument.h"
 
 #include <algorithm>
@@ -52,6 +53,15 @@ bool InJson(const Element& element)
 }
 
 std::string JsonName(const Element& element) { return element.key.empty() ? element.name : element.key; }
+
+PointList PointsOf(const pugi::xml_node& vertices)
+{
+    PointList points;
+    for (const pugi::xml_node& vertex : Children(vertices, "vertex"))
+        points.push_back(
+            {Integer(TextOf(vertex.child("x"))).value_or(0), Integer(TextOf(vertex.child("y"))).value_or(0)});
+    return points;
+}
 
 pugi::xml_node RootOf(const DocumentModel& model, const pugi::xml_node& from)
 {

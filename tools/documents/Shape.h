@@ -1,5 +1,6 @@
 #pragma once
 
+#include "documents/Geometry.h"
 #include "documents/Model.h"
 
 #include <pugixml.hpp>
@@ -23,6 +24,9 @@ const Element* Described(const Element& parent, const pugi::xml_node& child);
 bool InJson(const Element& element);
 // The name that an element has in its parent's JSON form.
 std::string JsonName(const Element& element);
+
+// The points of a list of vertices. What is no number counts as 0.
+PointList PointsOf(const pugi::xml_node& vertices);
 
 // The document's root in a text that may hold more; empty if there is none.
 pugi::xml_node RootOf(const DocumentModel& model, const pugi::xml_node& from);

@@ -1,6 +1,5 @@
 #include "documents/ZoneCheck.h"
 
-#include "Integer.h"
 #include "documents/DocumentJson.h"
 #include "documents/Geometry.h"
 #include "documents/Meanings.h"
@@ -18,15 +17,6 @@ struct Zone
     std::string called; // as in "the zone 'Gate'"
     PointList points;
 };
-
-PointList PointsOf(const pugi::xml_node& vertices)
-{
-    PointList points;
-    for (const pugi::xml_node& vertex : Children(vertices, "vertex"))
-        points.push_back(
-            {Integer(TextOf(vertex.child("x"))).value_or(0), Integer(TextOf(vertex.child("y"))).value_or(0)});
-    return points;
-}
 
 std::vector<Zone> ZonesOf(const pugi::xml_node& root, const char* list, const char* item,
                           const std::string& kind)

@@ -76,14 +76,6 @@ pugi::xml_node TheOne(const DocumentModel& model, const XmlDocument& document, c
                       (found.empty() ? "" : "; 'varlo-analytics behavior edit' gives them other names"));
 }
 
-PointList PointsOf(const pugi::xml_node& zone)
-{
-    PointList points;
-    for (const pugi::xml_node& vertex : Children(zone.child("vertices"), "vertex"))
-        points.push_back({vertex.child("x").text().as_llong(), vertex.child("y").text().as_llong()});
-    return points;
-}
-
 } // namespace
 
 std::vector<NamedZone> ZonesOf(const DocumentModel& model, const std::string& document)
@@ -92,7 +84,7 @@ std::vector<NamedZone> ZonesOf(const DocumentModel& model, const std::string& do
     std::vector<NamedZone> zones;
     for (const Place& place : kPlaces)
         for (const pugi::xml_node& zone : Children(parsed.Root().child(place.list), place.item))
-            zones.push_back({TextOf(zone.child("name")), place.excluded, PointsOf(zone)});
+            zones.push_back({TextOf(zone.child("name")), place.excluded, PointsOf(zone.child("vertices"))});
     return zones;
 }
 
@@ -142,7 +134,7 @@ NamedZone ZoneNamed(const DocumentModel& model, const std::string& document, con
 {
     const XmlDocument parsed = Parsed(model, document);
     const pugi::xml_node zone = TheOne(model, parsed, name);
-    return {name, std::string_view(zone.name()) == kPlaces[1].item, PointsOf(zone)};
+    return {name, std::string_view(zone.name()) == kPlaces[1].item, PointsOf(zone.child("vertices"))};
 }
 
 } // namespace client

@@ -20,7 +20,7 @@ using analytics::Settings;
 namespace
 {
 
-constexpr int kDefaultPort = 9464;
+constexpr int kDefaultMetricsPort = 9464;
 
 // A few programs that ask now and then.
 Limits FewLimits()
@@ -52,9 +52,9 @@ std::optional<ListenOptions> OperatorsServer::Configured()
     options.settledBy = "<metrics> in the settings document";
     if (const std::string address = Settings::GetValue("//server/metrics/@address"); !address.empty())
         options.address = address;
-    const int port = Settings::GetValue("//server/metrics/@port", kDefaultPort);
+    const int port = Settings::GetValue("//server/metrics/@port", kDefaultMetricsPort);
     options.port = static_cast<std::uint16_t>(
-        port >= 0 && port <= std::numeric_limits<std::uint16_t>::max() ? port : kDefaultPort);
+        port >= 0 && port <= std::numeric_limits<std::uint16_t>::max() ? port : kDefaultMetricsPort);
     if (ReachedFromOutside(options.address) && Settings::GetValue("//server/metrics/@insecure") != "1")
         throw AccessFault(
             analytics::platform::CurrentConfiguration().settingsFile + ": " + options.address +

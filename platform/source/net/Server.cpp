@@ -186,13 +186,14 @@ void Server::StopAccepting()
 bool Server::Drain(std::chrono::milliseconds limit)
 {
     StopAccepting();
-    using Clock = std::chrono::steady_clock;
     // Longer than any host waits, and short enough to be added to the time of day.
-    const auto until = Clock::now() + std::min<std::chrono::milliseconds>(limit, std::chrono::hours(24));
+    const auto until =
+        EventHandler::Clock::now() + std::min<std::chrono::milliseconds>(limit, std::chrono::hours(24));
     const MutexLock hold(m_lock);
     while (m_connections > 0)
     {
-        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(until - Clock::now());
+        const auto left =
+            std::chrono::duration_cast<std::chrono::milliseconds>(until - EventHandler::Clock::now());
         if (left.count() <= 0)
             return false;
         m_idle.WaitFor(m_lock, left);

@@ -32,8 +32,8 @@ struct Kind
     const char* typeName;
     const char* word; // towards clients
 };
-constexpr Kind kRule = {RulePlugin, "rule", "behavior"};
-constexpr Kind kEngine = {EnginePlugin, "engine", "engine"};
+constexpr Kind kRuleKind = {RulePlugin, "rule", "behavior"};
+constexpr Kind kEngineKind = {EnginePlugin, "engine", "engine"};
 
 struct Command
 {
@@ -304,13 +304,13 @@ bool ProfileManager::SetRuleConfig(int profileId, const std::string& id, const s
 bool ProfileManager::AddRule(int profileId, const std::string& id)
 {
     return Change(Role::Administrator, {.change = "AddRule", .profile = profileId, .plugin = id},
-                  [&](AuditEntry& /*entry*/) { AddPlugin(Settled(*m_store), profileId, kRule, id); });
+                  [&](AuditEntry& /*entry*/) { AddPlugin(Settled(*m_store), profileId, kRuleKind, id); });
 }
 
 bool ProfileManager::DeleteRule(int profileId, const std::string& id)
 {
     return Change(Role::Administrator, {.change = "DeleteRule", .profile = profileId, .plugin = id},
-                  [&](AuditEntry& /*entry*/) { DeletePlugin(Settled(*m_store), profileId, kRule, id); });
+                  [&](AuditEntry& /*entry*/) { DeletePlugin(Settled(*m_store), profileId, kRuleKind, id); });
 }
 
 bool ProfileManager::GetEngines(int profileId, std::vector<std::string>& engines) const
@@ -368,13 +368,14 @@ bool ProfileManager::SetEngineConfig(int profileId, const std::string& id, const
 bool ProfileManager::AddEngine(int profileId, const std::string& id)
 {
     return Change(Role::Administrator, {.change = "AddEngine", .profile = profileId, .plugin = id},
-                  [&](AuditEntry& /*entry*/) { AddPlugin(Settled(*m_store), profileId, kEngine, id); });
+                  [&](AuditEntry& /*entry*/) { AddPlugin(Settled(*m_store), profileId, kEngineKind, id); });
 }
 
 bool ProfileManager::DeleteEngine(int profileId, const std::string& id)
 {
     return Change(Role::Administrator, {.change = "DeleteEngine", .profile = profileId, .plugin = id},
-                  [&](AuditEntry& /*entry*/) { DeletePlugin(Settled(*m_store), profileId, kEngine, id); });
+                  [&](AuditEntry& /*entry*/)
+                  { DeletePlugin(Settled(*m_store), profileId, kEngineKind, id); });
 }
 
 bool ProfileManager::GetMDActiveState() { return Settled(*m_store).IsOn(ProfileSwitch::MD); }
@@ -382,7 +383,7 @@ bool ProfileManager::GetMDActiveState() { return Settled(*m_store).IsOn(ProfileS
 bool ProfileManager::HasEnoughResource(int profileId, const std::string& id)
 {
     Settled(*m_store).Require(profileId);
-    if (platform::ManifestOf(id).Type() != kRule.typeName)
+    if (platform::ManifestOf(id).Type() != kRuleKind.typeName)
         throw ClientFault("There is no behavior " + id + " on this camera");
     std::vector<std::string> rules;
     GetActiveRules(profileId, rules);

@@ -14,7 +14,6 @@ class FileIdentityTest : public PlatformTest
   protected:
     FileIdentity Of(const std::string& name) const { return IdentityOf(Path(name)); }
 };
-} // namespace
 
 TEST_F(FileIdentityTest, StaysWithTheFileWhateverItHoldsAndHoweverItIsCalled)
 {
@@ -43,3 +42,4 @@ TEST_F(FileIdentityTest, TellsWhyThereIsNoFile)
     EXPECT_EQ(Of("settings.xml/file").error, ENOTDIR);
     EXPECT_NE(Of("missing"), Of("settings.xml"));
 }
+} // namespace

@@ -7,7 +7,7 @@ using namespace std::chrono_literals;
 
 namespace
 {
-const Outage::Clock::time_point kStart(1000s);
+const Outage::Clock::time_point kBegin(1000s);
 }
 
 TEST(OutageTest, BeginAndEndAreSaidOnce)
@@ -17,8 +17,8 @@ TEST(OutageTest, BeginAndEndAreSaidOnce)
     EXPECT_EQ(ErrorsOf(
                   [&]
                   {
-                      outage.Begin("broken", kStart);
-                      outage.Begin("broken", kStart + 60s);
+                      outage.Begin("broken", kBegin);
+                      outage.Begin("broken", kBegin + 60s);
                   }),
               "broken\n");
     EXPECT_TRUE(outage.Ongoing());
@@ -40,12 +40,12 @@ TEST(OutageTest, WhatBreaksAgainAndAgainIsSaidOnceInTenSeconds)
         {
             for (int second = 0; second < 10; ++second)
             {
-                outage.Begin("broken", kStart + std::chrono::seconds(second));
+                outage.Begin("broken", kBegin + std::chrono::seconds(second));
                 outage.End("again");
             }
         });
     EXPECT_EQ(errors, "broken\nagain\n");
-    EXPECT_EQ(ErrorsOf([&] { outage.Begin("broken", kStart + 10s); }), "broken\n");
+    EXPECT_EQ(ErrorsOf([&] { outage.Begin("broken", kBegin + 10s); }), "broken\n");
 }
 
 TEST(OutageTest, OneThatLastsIsSaidAfterTheQuietTime)
@@ -54,9 +54,9 @@ TEST(OutageTest, OneThatLastsIsSaidAfterTheQuietTime)
     ErrorsOf(
         [&]
         {
-            outage.Begin("broken", kStart);
+            outage.Begin("broken", kBegin);
             outage.End("again");
         });
-    EXPECT_EQ(ErrorsOf([&] { outage.Begin("broken", kStart + 5s); }), "");
-    EXPECT_EQ(ErrorsOf([&] { outage.Begin("broken", kStart + 11s); }), "broken\n");
+    EXPECT_EQ(ErrorsOf([&] { outage.Begin("broken", kBegin + 5s); }), "");
+    EXPECT_EQ(ErrorsOf([&] { outage.Begin("broken", kBegin + 11s); }), "broken\n");
 }

@@ -22,7 +22,7 @@ using testing::EndsWith;
 using testing::HasSubstr;
 using testing::StartsWith;
 
-constexpr std::chrono::seconds kLong(60);
+constexpr std::chrono::seconds kDrainTime(60);
 
 class TcpServerTest : public testing::Test
 {
@@ -152,7 +152,7 @@ TEST_F(TcpServerTest, RefusesWhatItCannotDo)
 
 TEST_F(TcpServerTest, DrainsForTheHost)
 {
-    EXPECT_TRUE(DrainServer(kLong)); // nothing runs
+    EXPECT_TRUE(DrainServer(kDrainTime)); // nothing runs
     Configure(kFreePort);
     Gate gate;
     acceptor.script = [&gate](TcpSocket& socket)
@@ -167,10 +167,10 @@ TEST_F(TcpServerTest, DrainsForTheHost)
     EXPECT_FALSE(DrainServer(std::chrono::milliseconds(100)));
     EXPECT_FALSE(server->Listening());
     gate.Open();
-    EXPECT_TRUE(DrainServer(kLong));
+    EXPECT_TRUE(DrainServer(kDrainTime));
     EXPECT_EQ(client.ReadAll(), "done");
     server.reset();
-    EXPECT_TRUE(DrainServer(kLong));
+    EXPECT_TRUE(DrainServer(kDrainTime));
 }
 
 TEST_F(TcpServerTest, DrainsWhileItIsDestroyed)
@@ -181,7 +181,7 @@ TEST_F(TcpServerTest, DrainsWhileItIsDestroyed)
         Start();
         const Client client(url);
         client.Send(Post("body"));
-        auto drained = std::async(std::launch::async, [] { return DrainServer(kLong); });
+        auto drained = std::async(std::launch::async, [] { return DrainServer(kDrainTime); });
         server.reset();
         EXPECT_TRUE(drained.get());
     }

@@ -38,21 +38,21 @@ TEST(Text, TakesTheNearestIntOfANumberBeyondTheRange)
 
 TEST(Text, DecodesOneCharacter)
 {
-    struct Case
+    struct Decoded
     {
         std::string text;
         char32_t character;
         std::size_t bytes;
     };
-    for (const Case& c :
-         {Case{"aa", U'a', 1}, Case{"\xC3\xA9", 0xE9, 2}, Case{"\xE2\x82\xACx", 0x20AC, 3},
-          Case{"\xF0\x9F\x98\x80", 0x1F600, 4}, Case{"\xF4\x90\x80\x80", xml::kNoCharacter, 4},
-          Case{"\xC0\xAF", xml::kNoCharacter, 2}, Case{"\xED\xA0\x80", xml::kNoCharacter, 3},
-          Case{"\xE2\x82", xml::kNoCharacter, 2},
-          Case{"\xE2"
-               "a",
-               xml::kNoCharacter, 1},
-          Case{"\x80", xml::kNoCharacter, 1}, Case{"\xFF", xml::kNoCharacter, 1}})
+    for (const Decoded& c :
+         {Decoded{"aa", U'a', 1}, Decoded{"\xC3\xA9", 0xE9, 2}, Decoded{"\xE2\x82\xACx", 0x20AC, 3},
+          Decoded{"\xF0\x9F\x98\x80", 0x1F600, 4}, Decoded{"\xF4\x90\x80\x80", xml::kNoCharacter, 4},
+          Decoded{"\xC0\xAF", xml::kNoCharacter, 2}, Decoded{"\xED\xA0\x80", xml::kNoCharacter, 3},
+          Decoded{"\xE2\x82", xml::kNoCharacter, 2},
+          Decoded{"\xE2"
+                  "a",
+                  xml::kNoCharacter, 1},
+          Decoded{"\x80", xml::kNoCharacter, 1}, Decoded{"\xFF", xml::kNoCharacter, 1}})
     {
         const xml::Utf8 first = xml::FirstCharacter(c.text);
         EXPECT_EQ(first.character, c.character) << testing::PrintToString(c.text);
