@@ -73,7 +73,9 @@ bool IsDocumentedRefusal(const std::string& text)
     analytics::xml::Check(text, error);
     const bool ascii =
         std::ranges::none_of(text, [](char c) { return static_cast<unsigned char>(c) > 0x7F; });
-    return std::ranges::find(kReasons, error.reason) != kReasons.end() || !analytics::xml::IsXmlText(text) ||
+    // A document type is refused whatever the parser finds wrong in its declaration first.
+    return std::ranges::find(kReasons, error.reason) != kReasons.end() ||
+           text.find("<!DOCTYPE") != std::string::npos || !analytics::xml::IsXmlText(text) ||
            (!ascii && error.reason == "not well-formed (invalid token)");
 }
 
