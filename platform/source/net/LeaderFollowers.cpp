@@ -14,7 +14,6 @@ using analytics::platform::FileHandle;
 using analytics::platform::MutexLock;
 using Cause = EventHandler::Cause;
 using Wish = EventHandler::Wish;
-using Clock = EventHandler::Clock;
 namespace
 {
 
@@ -291,14 +290,14 @@ void LeaderFollowers::Expire()
 {
     Drain(m_timer);
     const MutexLock hold(m_lock);
-    const Clock::time_point now = Clock::now();
+    const EventHandler::Clock::time_point now = EventHandler::Clock::now();
     while (!m_deadlines.empty() && m_deadlines.begin()->first <= now)
     {
         Task task = {nullptr, Cause::Deadline};
         Claim(m_deadlines.begin()->second, task);
         Push(std::move(task));
     }
-    m_timerSet = Clock::time_point::max();
+    m_timerSet = EventHandler::Clock::time_point::max();
     SetTimer();
 }
 
