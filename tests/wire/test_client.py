@@ -300,20 +300,41 @@ class Scenes(ClientTest):
 
 
 class Readme(ClientTest):
-    def test_the_way_to_a_zone_of_ones_own(self):
+    def typed(self, heading):
+        """Each command below the heading, with what the page shows that it prints."""
         text = (Path(os.environ["SOURCE"]) / "README.md").read_text(encoding="utf-8")
-        lines = text.partition("## A zone of your own")[2].partition("## ")[0].splitlines()
-        commands = [line[6:] for line in lines if line.startswith("    $ ")]
-        self.assertGreater(len(commands), 5)
+        shown = []
+        for line in text.partition(f"## {heading}\n")[2].partition("\n## ")[0].splitlines():
+            if line.startswith("    $ ") and "alias " not in line and "curl " not in line:
+                shown.append((line[6:], []))
+            elif line.startswith("    ") and shown:
+                shown[-1][1].append(line[4:])
+            elif line and shown and shown[-1][1]:
+                break
+        return shown
+
+    def type(self, command, complaints=subprocess.STDOUT):
         environment = {**os.environ, "VARLO_ANALYTICS_URL": self.host.url,
                        "PATH": f"{Path(CLIENT).parent}:{os.environ['PATH']}"}
-        for command in commands:
-            ran = subprocess.run(["bash", "-c", command], cwd=self.host.folder, env=environment, capture_output=True,
-                                 text=True, timeout=120)
-            self.assertEqual((ran.returncode, ran.stderr), (0, ""), command)
+        ran = subprocess.run(["bash", "-c", command], cwd=self.host.folder, env=environment, stdout=subprocess.PIPE,
+                             stderr=complaints, text=True, timeout=120)
+        self.assertEqual((ran.returncode, ran.stderr or ""), (0, ""), command)
+        return ran.stdout
+
+    def test_the_way_to_a_behavior_that_runs(self):
+        commands = self.typed("Start")
+        self.assertEqual(len(commands), 6)
+        for command, printed in commands:
+            self.assertEqual([line.rstrip() for line in self.type(command).splitlines()], printed, command)
+
+    def test_the_way_to_a_zone_of_ones_own(self):
+        commands = self.typed("A zone of your own")
+        self.assertGreater(len(commands), 5)
+        for command, _ in commands:
+            self.type(command, subprocess.PIPE)
         zone = self.client("behavior", "get", "Yard", "loitering", "--json").json["document"]["rois"][0]
         self.assertEqual((zone["name"], zone["enable"], zone["dwellTime"]), ("Gate", 1, 30))
-        self.assertEqual(self.client("profile", "list", "--json").json[0]["active"], True)
+        self.assertEqual(self.client("profile", "list", "--json").json[-1]["active"], True)
 
 
 if __name__ == "__main__":
