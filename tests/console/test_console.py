@@ -27,6 +27,15 @@ POLICY = ("default-src 'none'; script-src 'self'; style-src 'self'; connect-src 
 PATHS = ("/", "/index.html", "/main.js", "/api/console", "/api/camera?camera=0", "/picture", "/nothing", "/?token=", "//", "*")
 
 
+def cookie_of(port, token):
+    """What a browser that has come in sends from then on."""
+    connection = http.client.HTTPConnection("127.0.0.1", port, timeout=60)
+    connection.request("GET", f"/?token={token}")
+    entered = connection.getresponse()
+    entered.read()
+    return {"Cookie": entered.getheader("Set-Cookie").split(";")[0]}
+
+
 def start_console(*words, environment=None):
     """The process, its port and its token."""
     process = subprocess.Popen([CLIENT, "console", *map(str, words)], stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
@@ -311,14 +320,11 @@ class Start(unittest.TestCase):
         process, port, token = start_console("--url", "http://127.0.0.1:9/", "--picture", f"http://127.0.0.1:{listener.port}/snapshot")
         self.addCleanup(process.communicate)
         self.addCleanup(process.terminate)
-        connection = http.client.HTTPConnection("127.0.0.1", port, timeout=60)
-        connection.request("GET", f"/?token={token}")
-        entered = connection.getresponse()
-        entered.read()
+        cookie = cookie_of(port, token)
         got = []
         for _ in range(3):
             connection = http.client.HTTPConnection("127.0.0.1", port, timeout=60)
-            connection.request("GET", "/picture?url=http://127.0.0.1:9/", headers={"Cookie": entered.getheader("Set-Cookie").split(";")[0]})
+            connection.request("GET", "/picture?url=http://127.0.0.1:9/", headers=cookie)
             response = connection.getresponse()
             got.append((response.status, response.getheader("Content-Type"), response.read()))
         self.assertEqual(got[0], (200, "image/png", PNG))
@@ -367,11 +373,8 @@ class Start(unittest.TestCase):
             process, port, token = start_console("--url", host.url, "--user", "installer", "--password-file", secret)
             self.addCleanup(process.communicate)
             self.addCleanup(process.terminate)
+            cookie = cookie_of(port, token)
             connection = http.client.HTTPConnection("127.0.0.1", port, timeout=60)
-            connection.request("GET", f"/?token={token}")
-            entered = connection.getresponse()
-            entered.read()
-            cookie = {"Cookie": entered.getheader("Set-Cookie").split(";")[0]}
             loitering = "urn:varlo-com:AlgorithmId:LoiteringDetection:1"
             for path in ("console", "camera?camera=0", "behaviors?camera=0&profile=1", "document?camera=0&profile=1&behavior=scene",
                          f"document?camera=0&profile=1&behavior={loitering.replace(':', '%3A')}", "document?camera=0&profile=99&behavior=scene"):
