@@ -95,8 +95,12 @@ void Reload()
 {
     try
     {
-        analytics::platform::Reload();
-        Report("settings, users, certificates and plug-ins were read again");
+        const std::size_t mistakes = analytics::platform::Reload();
+        Report("settings, users, certificates and plug-ins were read again" +
+               (mistakes == 0 ? ", and nothing is wrong with them"
+                              : "; what is wrong with them (" + std::to_string(mistakes) +
+                                    (mistakes == 1 ? " mistake" : " mistakes") +
+                                    ") doesn't count, and --check names it"));
     }
     catch (const std::exception& e)
     {

@@ -160,7 +160,7 @@ class BadDays(unittest.TestCase):
         self.host.start()
         self.assertEqual([p.text for p in self.host.call("GetProfileList").iter("profile")], ["Day"])
 
-    def test_plugin_with_a_broken_manifest_is_named_once_and_left_out(self):
+    def test_plugin_with_a_broken_manifest_is_named_once_and_left_out_and_so_is_its_end(self):
         self.host.plugins = self.host.folder / "plugins"
         shutil.copytree(service.DATA / "plugins", self.host.plugins)
         broken = self.host.plugins / "zzz"
@@ -170,8 +170,14 @@ class BadDays(unittest.TestCase):
         for _ in range(3):
             response = self.host.call("GetBehaviorAvailability", profileId=-1)
             self.assertEqual(len(response[0]), len(list(service.DATA.glob("plugins/*.rule.*"))))
+        (broken / "manifest.xml").write_text('<manifest type="rule"><id>x</id></manifest>')
+        for _ in range(3):
+            self.host.call("GetBehaviorAvailability", profileId=-1)
         self.host.stop()
-        self.assertEqual(len([line for line in self.host.errors if "zzz" in line]), 1)
+        told = [line for line in self.host.errors if "zzz" in line]
+        self.assertEqual(len(told), 2, told)
+        self.assertIn("zzz/manifest.xml:3: ", told[0])
+        self.assertEqual(told[1], f"{broken}: what was wrong there is no longer so.")
 
     def test_settings_broken_while_running_keep_their_last_values(self):
         self.host.start()

@@ -205,23 +205,24 @@ class Operators(AccessTest):
         self.metrics_port = int(re.fullmatch(r"metrics on http://127\.0\.0\.1:(\d+)/", said).group(1))
 
     def ask(self, target, method="GET"):
+        """The status, the text and its type."""
         connection = http.client.HTTPConnection("127.0.0.1", self.metrics_port, timeout=60)
         connection.request(method, target)
         response = connection.getresponse()
         text = response.read().decode()
         connection.close()
-        return response.status, text
+        return response.status, text, response.headers["Content-Type"]
 
     def metrics(self):
-        status, text = self.ask("/metrics")
-        self.assertEqual(status, 200)
+        status, text, kind = self.ask("/metrics")
+        self.assertEqual((status, kind), (200, "text/plain; version=0.0.4; charset=utf-8"))
         return text, {name: float(value) for name, value in re.findall(r"^(\w+(?:{.*})?) (\S+)$", text, re.M)}
 
     def test_health(self):
         self.start()
         self.host.call("GetProfileList")
-        self.assertEqual(self.ask("/healthz"), (200, "ok"))
-        self.assertEqual(self.ask("/healthz", "HEAD"), (200, ""))
+        self.assertEqual(self.ask("/healthz"), (200, "ok", "text/plain; charset=utf-8"))
+        self.assertEqual(self.ask("/healthz", "HEAD")[:2], (200, ""))
         self.assertEqual(self.ask("/healthz", "POST")[0], 405)
         self.assertEqual(self.ask("/metrics", "HEAD")[0], 405)
         self.assertEqual(self.ask("/")[0], 404)
@@ -288,19 +289,23 @@ class Operators(AccessTest):
 
 
 class Files(AccessTest):
+    def wait_until_said(self, words):
+        deadline = time.monotonic() + 60
+        while not any(words in line for line in self.host.errors):
+            self.assertLess(time.monotonic(), deadline, self.host.errors)
+            time.sleep(0.05)
+
     def test_sighup_reads_again_and_ends_nothing(self):
         self.start(TLS, USERS)
         self.host.process.send_signal(signal.SIGHUP)
+        self.wait_until_said("were read again, and nothing is wrong with them")
         self.users.write_text("broken\n" + user("bob", "other"))
         self.host.process.send_signal(signal.SIGHUP)
-        deadline = time.monotonic() + 60
-        while not any("users: what is in it now was taken over" in line for line in self.host.errors):
-            self.assertLess(time.monotonic(), deadline, self.host.errors)
-            time.sleep(0.05)
+        self.wait_until_said("users: what is in it now was taken over")
+        self.wait_until_said("(1 mistake) doesn't count, and --check names it")
         self.assertEqual(self.status("bob", "other")[0], 200)
         self.assertEqual(self.status("ann", "secret")[0], 401)
         self.assertEqual(self.host.stop(), 0)
-        self.assertTrue(any("were read again" in line for line in self.host.errors), self.host.errors)
         self.assertTrue(any('users:1: the line is no "name:hash"' in line for line in self.host.errors),
                         self.host.errors)
 

@@ -73,8 +73,9 @@ std::string StoreHealth();
 bool CheckConfiguration(bool all);
 
 // Reads settings, users, certificates and plug-ins again now, and opens the audit trail anew. What can't be
-// used is named on standard error and stays as it was. Any thread.
-void Reload();
+// used stays as it was, and is named on standard error unless it was a moment ago. Returns how many mistakes
+// CheckConfiguration() would name. Any thread.
+std::size_t Reload();
 
 // Why the last server could not come up; empty if it did or none was started. Any thread.
 std::string ServerFailure();

@@ -33,12 +33,14 @@ Limits FewLimits()
     return limits;
 }
 
+constexpr const char* kSentence = "text/plain; charset=utf-8";
+constexpr const char* kMetricsFormat = "text/plain; version=0.0.4; charset=utf-8";
+
 std::string Response(const char* status, const std::string& body, const std::string& method,
-                     const char* fields = "")
+                     const char* type = kSentence, const char* fields = "")
 {
-    return std::string("HTTP/1.1 ") + status +
-           "\r\nContent-Type: text/plain; version=0.0.4; charset=utf-8\r\nContent-Length: " +
-           std::to_string(body.size()) + "\r\n" + fields +
+    return std::string("HTTP/1.1 ") + status + "\r\nContent-Type: " + type +
+           "\r\nContent-Length: " + std::to_string(body.size()) + "\r\n" + fields +
            "Cache-Control: no-store\r\nConnection: close\r\n\r\n" + (method == "HEAD" ? "" : body);
 }
 
@@ -91,7 +93,7 @@ std::string OperatorsAnswer(const std::string& request)
     line >> method >> target;
     const std::string path = target.substr(0, target.find('?'));
     if (path == "/metrics" && method == "GET")
-        return Response("200 OK", analytics::platform::MetricsText(), method);
+        return Response("200 OK", analytics::platform::MetricsText(), method, kMetricsFormat);
     if (path == "/healthz" && (method == "GET" || method == "HEAD"))
     {
         const std::string failure = analytics::platform::Health(analytics::platform::kLongestHealthCheck,
@@ -100,7 +102,7 @@ std::string OperatorsAnswer(const std::string& request)
                                : Response("503 Service Unavailable", failure + '\n', method);
     }
     if (path == "/metrics" || path == "/healthz")
-        return Response("405 Method Not Allowed", "Ask by the method GET\n", method,
+        return Response("405 Method Not Allowed", "Ask by the method GET\n", method, kSentence,
                         path == "/metrics" ? "Allow: GET\r\n" : "Allow: GET, HEAD\r\n");
     return Response("404 Not Found", "There are /healthz and /metrics\n", method);
 }

@@ -188,27 +188,34 @@ bool DrainServer(std::chrono::milliseconds limit)
     return server == nullptr || server->Drain(limit);
 }
 
-bool CheckConfiguration(bool all)
+namespace
+{
+
+std::vector<std::string> MistakesInFiles(bool all)
 {
     const std::string& path = CurrentConfiguration().settingsFile;
     std::vector<std::string> mistakes = tarno::osa::MistakesInSettings(path, ReadFile(path).text);
-    std::size_t plugins = 0;
-    if (all)
-    {
-        const auto endpoint = tarno::osa::ConfiguredEndpoint("kestrile-server", 0);
-        for (auto& found :
-             {tarno::osa::MistakesInAccess(endpoint.address), tarno::osa::MistakesInAddresses()})
-            mistakes.insert(mistakes.end(), found.begin(), found.end());
-        PluginFolder folder(CurrentConfiguration().pluginFolder);
-        folder.Current(); // which names what is wrong
-        plugins = folder.Problems();
-    }
-    for (const std::string& mistake : mistakes)
-        Say(mistake);
-    return mistakes.empty() && plugins == 0;
+    if (!all)
+        return mistakes;
+    const auto endpoint = tarno::osa::ConfiguredEndpoint("kestrile-server", 0);
+    for (auto& found : {tarno::osa::MistakesInAccess(endpoint.address), tarno::osa::MistakesInAddresses()})
+        mistakes.insert(mistakes.end(), found.begin(), found.end());
+    for (std::string& problem : PluginFolder(CurrentConfiguration().pluginFolder).Problems())
+        mistakes.push_back(std::move(problem));
+    return mistakes;
 }
 
-void Reload()
+} // namespace
+
+bool CheckConfiguration(bool all)
+{
+    const std::vector<std::string> mistakes = MistakesInFiles(all);
+    for (const std::string& mistake : mistakes)
+        Say(mistake);
+    return mistakes.empty();
+}
+
+std::size_t Reload()
 {
     RefreshSettings();
     if (const auto server = tarno::osa::RegisteredServer())
@@ -216,6 +223,7 @@ void Reload()
     ManifestArray manifests;
     PluginManager().GetManifests(manifests);
     OpenAuditTrail();
+    return MistakesInFiles(true).size();
 }
 
 } // namespace analytics::platform

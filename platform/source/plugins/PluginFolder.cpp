@@ -41,24 +41,34 @@ std::shared_ptr<const PluginCatalog> PluginFolder::Current()
 {
     const MutexLock hold(m_lock);
     if (!m_catalog || m_watch->Changed())
-        Scan();
+    {
+        m_catalog.reset();
+        ProblemMap problems;
+        auto catalog = Scan(problems);
+        Tell(std::move(problems));
+        m_catalog = std::move(catalog);
+    }
     return m_catalog;
 }
 
-std::size_t PluginFolder::Problems()
+std::vector<std::string> PluginFolder::Problems()
 {
     const MutexLock hold(m_lock);
-    return m_told.size();
+    ProblemMap problems;
+    m_catalog.reset(); // what is found goes untold
+    Scan(problems);
+    std::vector<std::string> sentences;
+    for (auto& [folder, problem] : problems)
+        sentences.push_back(std::move(problem.sentence));
+    return sentences;
 }
 
 // Watches first and reads then: what changes meanwhile shows at the next call.
-void PluginFolder::Scan()
+std::shared_ptr<const PluginCatalog> PluginFolder::Scan(ProblemMap& problems)
 {
-    m_catalog.reset();
     m_watch.reset(); // before the next one is made: the system grants few of them
     m_watch = std::make_unique<FolderWatch>(m_byStamps);
     m_watch->AddRoot(m_path);
-    ProblemMap problems;
     auto catalog = std::make_shared<PluginCatalog>();
     for (const std::string& home : Homes(problems))
     {
@@ -71,8 +81,7 @@ void PluginFolder::Scan()
         if (!ReadPlugin(home, plugin, problem) || !catalog->Add(std::move(plugin), problem))
             problems[home] = std::move(problem);
     }
-    Tell(std::move(problems));
-    m_catalog = std::move(catalog);
+    return catalog;
 }
 
 // The folders that may hold plug-ins, and links: one that leads nowhere now may lead to a folder soon.
@@ -103,6 +112,9 @@ void PluginFolder::Tell(ProblemMap problems)
         if (told == m_told.end() || told->second != problem)
             Say(problem.sentence);
     }
+    for (const auto& [folder, problem] : m_told)
+        if (!problems.contains(folder))
+            Say(folder + ": what was wrong there is no longer so.");
     m_told = std::move(problems);
 }
 

@@ -40,15 +40,15 @@ class PluginFolder
     }
 
     // The plug-ins as the folder holds them now; none if there is no folder. What is wrong with one is
-    // said on standard error, once. Throws AnalyticsFault if the folder can't be read.
+    // said on standard error once, and so is its end. Throws AnalyticsFault if the folder can't be read.
     std::shared_ptr<const PluginCatalog> Current();
-    // How many folders have something wrong.
-    std::size_t Problems();
+    // What is wrong in the folder now, said nowhere. Throws as Current() does.
+    std::vector<std::string> Problems();
 
   private:
     using ProblemMap = std::map<std::string, PluginProblem>; // by the folder that has them
 
-    void Scan() ANALYTICS_REQUIRES(m_lock);
+    std::shared_ptr<const PluginCatalog> Scan(ProblemMap& problems) ANALYTICS_REQUIRES(m_lock);
     std::vector<std::string> Homes(ProblemMap& problems) const;
     void Tell(ProblemMap problems) ANALYTICS_REQUIRES(m_lock);
 
