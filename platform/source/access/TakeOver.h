@@ -1,7 +1,7 @@
 #pragma once
 
 #include "access/Users.h"
-#include "files/WatchedFile.h"
+#include "files/FileText.h"
 
 #include <string>
 

@@ -2,7 +2,7 @@
 
 #include "access/AccessSettings.h"
 #include "access/TlsContext.h"
-#include "files/WatchedFile.h"
+#include "files/FileText.h"
 #include "threads/Mutex.h"
 
 #include <chrono>

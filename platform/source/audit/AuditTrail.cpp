@@ -177,11 +177,7 @@ void AuditTrail::WriteLine(const AuditEntry& entry) noexcept
     }
 }
 
-bool AuditTrail::IsOpen()
-{
-    struct stat status = {};
-    return m_file && fstat(m_file.Get(), &status) == 0 && StampOf(status).SameFile(StampOf(m_target));
-}
+bool AuditTrail::IsOpen() { return IsAt(m_file.Get(), m_target); }
 
 // Not to wait for the reader of a pipe.
 bool AuditTrail::OpenFile()

@@ -4,7 +4,7 @@
 
 #include "audit/AuditEntry.h"
 #include "files/FileHandle.h"
-#include "files/Outage.h"
+#include "files/StandardError.h"
 #include "threads/Mutex.h"
 #include "threads/Ticker.h"
 

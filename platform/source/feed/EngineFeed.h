@@ -3,7 +3,7 @@
 #include <analytics/ProfileSummary.h>
 
 #include "files/FileStamp.h"
-#include "files/Outage.h"
+#include "files/StandardError.h"
 #include "threads/Mutex.h"
 #include "threads/Ticker.h"
 

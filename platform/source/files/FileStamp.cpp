@@ -1,6 +1,8 @@
 #include "files/FileStamp.h"
 
-#include <algorithm>
+#include <fcntl.h>
+#include <sys/sysmacros.h>
+
 #include <cerrno>
 #include <chrono>
 #include <cstdlib>
@@ -14,6 +16,20 @@ constexpr std::int64_t kCoarsestStep = 3 * kNanoseconds;
 
 std::int64_t Nanoseconds(const timespec& time) { return time.tv_sec * kNanoseconds + time.tv_nsec; }
 } // namespace
+
+FileIdentity IdentityOf(const std::string& path)
+{
+    struct statx status = {};
+    if (statx(AT_FDCWD, path.c_str(), 0, STATX_INO, &status) != 0)
+        return {.error = errno};
+    return {0, makedev(status.stx_dev_major, status.stx_dev_minor), status.stx_ino};
+}
+
+bool IsAt(int handle, const std::string& path)
+{
+    struct stat status = {};
+    return fstat(handle, &status) == 0 && FileIdentity(StampOf(status)) == IdentityOf(path);
+}
 
 FileStamp StampOf(const struct stat& status)
 {

@@ -3,16 +3,13 @@
 #include "threads/Mutex.h"
 #include "threads/TimedCache.h"
 
-#include <chrono>
 #include <cstdio>
+#include <utility>
 
 namespace analytics::platform
 {
 namespace
 {
-
-using Clock = std::chrono::steady_clock;
-constexpr std::chrono::seconds kQuiet(10);
 constexpr std::size_t kMostSaid = 64; // that are remembered
 
 struct Said
@@ -26,7 +23,6 @@ Said& TheSaid()
     static Said said;
     return said;
 }
-
 } // namespace
 
 void Say(const std::string& sentence) { std::fputs((sentence + '\n').c_str(), stderr); }
@@ -35,11 +31,26 @@ void SayOnce(const std::string& sentence)
 {
     Said& said = TheSaid();
     const MutexLock hold(said.lock);
-    const Clock::time_point now = Clock::now();
+    const Outage::Clock::time_point now = Outage::Clock::now();
     if (said.sentences.Find(sentence, now) != nullptr)
         return;
-    said.sentences.Put(sentence, true, now + kQuiet);
+    said.sentences.Put(sentence, true, now + Outage::kQuiet);
     Say(sentence);
+}
+
+void Outage::Begin(const std::string& sentence, Clock::time_point now)
+{
+    if (m_told || (m_last && now - *m_last < kQuiet))
+        return;
+    m_told = true;
+    m_last = now;
+    Say(sentence);
+}
+
+void Outage::End(const std::string& sentence)
+{
+    if (std::exchange(m_told, false))
+        Say(sentence);
 }
 
 } // namespace analytics::platform

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <chrono>
+#include <optional>
 #include <string>
 
 namespace analytics::platform
@@ -9,5 +11,24 @@ namespace analytics::platform
 void Say(const std::string& sentence);
 // The same, unless this was said within the last 10 seconds.
 void SayOnce(const std::string& sentence);
+
+// Something that may stop working for a while. Standard error is told when that begins and when it has
+// ended, at most once in 10 seconds: what breaks and works again all the time is told of now and then. One
+// thread at a time.
+class Outage
+{
+  public:
+    using Clock = std::chrono::steady_clock;
+    static constexpr std::chrono::seconds kQuiet{10};
+
+    // At each failure.
+    void Begin(const std::string& sentence, Clock::time_point now = Clock::now());
+    // At each success.
+    void End(const std::string& sentence);
+
+  private:
+    bool m_told = false; // that it is ongoing
+    std::optional<Clock::time_point> m_last;
+};
 
 } // namespace analytics::platform

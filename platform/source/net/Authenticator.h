@@ -3,7 +3,7 @@
 #include "access/AttemptThrottle.h"
 #include "access/CredentialCache.h"
 #include "access/Users.h"
-#include "files/WatchedFile.h"
+#include "files/FileText.h"
 #include "threads/Mutex.h"
 
 #include <boost/asio/ip/address.hpp>

@@ -75,8 +75,9 @@ bool FolderWatch::Changed()
                                           [](const Place& place)
                                           {
                                               const FileStamp now = StampOf(place.path);
-                                              return place.watched ? !now.SameFile(place.stamp)
-                                                                   : now != place.stamp;
+                                              return place.watched
+                                                         ? FileIdentity(now) != FileIdentity(place.stamp)
+                                                         : now != place.stamp;
                                           });
 }
 

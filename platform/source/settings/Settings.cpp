@@ -2,8 +2,8 @@
 
 #include <analytics/Faults.h>
 
+#include "files/FileText.h"
 #include "files/StandardError.h"
-#include "files/WatchedFile.h"
 #include "request/Request.h"
 #include "settings/Configuration.h"
 #include "threads/Mutex.h"

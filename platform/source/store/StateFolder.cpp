@@ -56,8 +56,7 @@ void StateFolder::Take()
     std::filesystem::path folder(m_path);
     MakeFolder(folder.has_filename() ? folder : folder.parent_path(), 0700);
     const std::string path = m_path + "/lock";
-    struct stat status = {};
-    if (m_lock && fstat(m_lock.Get(), &status) == 0 && StampOf(status).SameFile(StampOf(path)))
+    if (IsAt(m_lock.Get(), path))
         return;
     FileHandle lock(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
     if (!lock)

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "files/FileIdentity.h"
-#include "files/Outage.h"
+#include "files/FileStamp.h"
+#include "files/StandardError.h"
 #include "store/CommitGroup.h"
 #include "store/StateFolder.h"
 #include "threads/Mutex.h"

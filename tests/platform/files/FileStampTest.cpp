@@ -1,4 +1,4 @@
-#include "files/FileIdentity.h"
+#include "files/FileStamp.h"
 
 #include "platform/PlatformTest.h"
 
