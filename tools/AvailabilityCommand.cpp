@@ -9,7 +9,7 @@ namespace client
 namespace
 {
 
-struct Arguments
+struct AvailabilityArguments
 {
     std::string profile;
     std::vector<std::string> with;
@@ -29,7 +29,7 @@ std::string Word(State state)
     return std::to_string(static_cast<int>(state));
 }
 
-std::vector<Behavior> Ask(Session& session, const Arguments& arguments)
+std::vector<Behavior> Ask(Session& session, const AvailabilityArguments& arguments)
 {
     if (!arguments.with.empty())
     {
@@ -43,7 +43,7 @@ std::vector<Behavior> Ask(Session& session, const Arguments& arguments)
     return session.Service().Availability(ExistingProfile(session.Service(), arguments.profile).id);
 }
 
-void Show(Session& session, const Arguments& arguments)
+void Show(Session& session, const AvailabilityArguments& arguments)
 {
     List list{{{"behavior", "BEHAVIOR"},
                {"name", "NAME"},
@@ -64,7 +64,7 @@ void Show(Session& session, const Arguments& arguments)
 
 void AddAvailabilityCommand(CLI::App& app, Session& session)
 {
-    auto arguments = std::make_shared<Arguments>();
+    auto arguments = std::make_shared<AvailabilityArguments>();
     CLI::App* const command = AddCommand(
         app, session, "availability", "Tell which behaviors are active and which can still be selected",
         "  varlo-analytics availability\n  varlo-analytics availability \"Car park\"\n"

@@ -17,7 +17,7 @@ namespace client
 namespace
 {
 
-struct Arguments
+struct BehaviorArguments
 {
     std::string profile;
     std::string behavior;
@@ -30,7 +30,7 @@ Record About(int profile, const std::string& id)
     return {{"profile", static_cast<long long>(profile)}, {"behavior", BehaviorCalled(id)}, {"id", id}};
 }
 
-void Get(Session& session, const Arguments& arguments)
+void Get(Session& session, const BehaviorArguments& arguments)
 {
     const std::string id = BehaviorId(arguments.behavior);
     const int profile = ProfileId(session.Service(), arguments.profile);
@@ -43,13 +43,13 @@ void Get(Session& session, const Arguments& arguments)
     session.Out().Document(About(profile, id), FindModel(id), document);
 }
 
-void Set(Session& session, const Arguments& arguments)
+void Set(Session& session, const BehaviorArguments& arguments)
 {
     const std::string id = BehaviorId(arguments.behavior);
     StoreBehavior(session, ReadSource(arguments.file), arguments.profile, id);
 }
 
-void Delete(Session& session, const Arguments& arguments)
+void Delete(Session& session, const BehaviorArguments& arguments)
 {
     const std::string id = BehaviorId(arguments.behavior);
     const int profile = ProfileId(session.Service(), arguments.profile);
@@ -58,7 +58,7 @@ void Delete(Session& session, const Arguments& arguments)
                                                  BehaviorCalled(id) + " any more.");
 }
 
-void Default(Session& session, const Arguments& arguments)
+void Default(Session& session, const BehaviorArguments& arguments)
 {
     const std::string id = BehaviorId(arguments.behavior);
     const std::string document = session.Service().DefaultBehavior(id);
@@ -68,7 +68,7 @@ void Default(Session& session, const Arguments& arguments)
     session.Out().Document({{"behavior", BehaviorCalled(id)}, {"id", id}}, FindModel(id), document);
 }
 
-void ShowExample(Session& session, const Arguments& arguments)
+void ShowExample(Session& session, const BehaviorArguments& arguments)
 {
     const std::string id = BehaviorId(arguments.behavior);
     const DocumentModel* const model = FindModel(id);
@@ -78,7 +78,7 @@ void ShowExample(Session& session, const Arguments& arguments)
     session.Out().Document({{"behavior", model->name}, {"id", id}}, model, Example(*model, session.Frame()));
 }
 
-void ShowMeaning(Session& session, const Arguments& arguments)
+void ShowMeaning(Session& session, const BehaviorArguments& arguments)
 {
     const DocumentModel* const model = FindModel(BehaviorId(arguments.behavior));
     if (model == nullptr)
@@ -87,7 +87,7 @@ void ShowMeaning(Session& session, const Arguments& arguments)
     Explain(session, *model, arguments.field);
 }
 
-void EditDocument(Session& session, const Arguments& arguments)
+void EditDocument(Session& session, const BehaviorArguments& arguments)
 {
     const std::string id = BehaviorId(arguments.behavior);
     const int profile = ExistingProfile(session.Service(), arguments.profile).id;
@@ -102,12 +102,12 @@ void EditDocument(Session& session, const Arguments& arguments)
         session.Out().Result(About(profile, id), "Nothing has been changed.");
 }
 
-using Action = void (*)(Session&, const Arguments&);
+using Action = void (*)(Session&, const BehaviorArguments&);
 
 // A command on one behavior: of a profile, if there is `ofProfile`.
 CLI::App* Add(CLI::App& group, Session& session, const std::string& name, const std::string& description,
               const std::string& examples, Action action, bool ofProfile,
-              std::shared_ptr<Arguments> arguments)
+              std::shared_ptr<BehaviorArguments> arguments)
 {
     CLI::App* const command = AddCommand(group, session, name, description, examples,
                                          [&session, action, arguments] { action(session, *arguments); });
@@ -129,7 +129,7 @@ void AddBehaviorCommands(CLI::App& app, Session& session)
         names += "\n  " + name;
     group->footer("A BEHAVIOR is an identifier, or one of these names:" + names);
 
-    const auto arguments = [] { return std::make_shared<Arguments>(); };
+    const auto arguments = [] { return std::make_shared<BehaviorArguments>(); };
     Add(*group, session, "get", "Write the document of a behavior to standard output",
         "  varlo-analytics behavior get \"Car park\" loitering >loitering.xml", Get, true, arguments());
     const auto set = arguments();

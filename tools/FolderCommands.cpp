@@ -10,7 +10,7 @@ namespace client
 namespace
 {
 
-struct Arguments
+struct FolderArguments
 {
     std::string profile;
     std::string folder;
@@ -26,7 +26,7 @@ std::string Counted(const ProfileDocuments& profile)
            (count == 1 ? " behavior document" : " behavior documents");
 }
 
-void Export(Session& session, const Arguments& arguments)
+void Export(Session& session, const FolderArguments& arguments)
 {
     const Profile profile = ExistingProfile(session.Service(), arguments.profile);
     ProfileDocuments documents = Fetch(session.Service(), profile);
@@ -41,7 +41,7 @@ void Export(Session& session, const Arguments& arguments)
                              arguments.folder + ": " + Counted(documents) + ".");
 }
 
-void Import(Session& session, const Arguments& arguments)
+void Import(Session& session, const FolderArguments& arguments)
 {
     ProfileDocuments documents = ReadFolder(arguments.folder);
     if (!arguments.name.empty())
@@ -66,7 +66,7 @@ void Import(Session& session, const Arguments& arguments)
 
 void AddFolderCommands(CLI::App& app, Session& session)
 {
-    const auto exported = std::make_shared<Arguments>();
+    const auto exported = std::make_shared<FolderArguments>();
     CLI::App* const exporting =
         AddCommand(app, session, "export", "Write a whole profile as files into a folder",
                    "  varlo-analytics export \"Car park\" backup/car-park",
@@ -75,7 +75,7 @@ void AddFolderCommands(CLI::App& app, Session& session)
     exporting->add_option("DIR", exported->folder, "The folder; made if it is missing")->required();
     exporting->add_flag("--force", exported->force, "Replace a profile that is in the folder");
 
-    const auto imported = std::make_shared<Arguments>();
+    const auto imported = std::make_shared<FolderArguments>();
     CLI::App* const importing =
         AddCommand(app, session, "import", "Make a new profile of the files in a folder",
                    "  varlo-analytics import backup/car-park\n"

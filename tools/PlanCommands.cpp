@@ -16,7 +16,7 @@ namespace client
 namespace
 {
 
-struct Arguments
+struct PlanArguments
 {
     std::string source; // a folder, or a saved plan
     std::string hosts;
@@ -39,7 +39,7 @@ struct Job
 };
 using SharedJob = std::shared_ptr<Job>;
 
-void LoadPlan(Session& session, const Arguments& arguments, Job& job)
+void LoadPlan(Session& session, const PlanArguments& arguments, Job& job)
 {
     if (!arguments.hosts.empty() || arguments.options.prune || arguments.options.run)
         throw Failure(Exit::Usage, arguments.source + " is a saved plan, which holds its hosts, --prune and "
@@ -49,7 +49,7 @@ void LoadPlan(Session& session, const Arguments& arguments, Job& job)
     job.targets = job.saved->targets;
 }
 
-void LoadFolder(Session& session, const Arguments& arguments, Job& job)
+void LoadFolder(Session& session, const PlanArguments& arguments, Job& job)
 {
     std::vector<Camera> cameras;
     if (!arguments.hosts.empty())
@@ -61,7 +61,7 @@ void LoadFolder(Session& session, const Arguments& arguments, Job& job)
     job.targets = arguments.hosts.empty() ? std::vector<Target>{otherwise} : TargetsOf(cameras, otherwise);
 }
 
-SharedJob Load(Session& session, const Arguments& arguments, bool plans)
+SharedJob Load(Session& session, const PlanArguments& arguments, bool plans)
 {
     const auto job = std::make_shared<Job>();
     std::error_code error;
@@ -124,7 +124,7 @@ class Telling
     HostResult m_last; // of those with an error
 };
 
-void Plan(Session& session, Arguments arguments)
+void Plan(Session& session, PlanArguments arguments)
 {
     const SharedJob job = Load(session, arguments, false);
     std::optional<PlanWriter> file;
@@ -148,7 +148,7 @@ void Plan(Session& session, Arguments arguments)
 }
 
 // Plans for all hosts, if it can matter, and has somebody agree. Returns false if it was interrupted.
-bool Guarded(Session& session, const Arguments& arguments, const SharedJob& job)
+bool Guarded(Session& session, const PlanArguments& arguments, const SharedJob& job)
 {
     if (session.force || !Guard::Matters(job->targets.size(), job->goal.options))
         return true;
@@ -172,7 +172,7 @@ bool Guarded(Session& session, const Arguments& arguments, const SharedJob& job)
     return true;
 }
 
-void Apply(Session& session, Arguments arguments)
+void Apply(Session& session, PlanArguments arguments)
 {
     for (const auto& [option, text, share] :
          {std::tuple("--batch", &arguments.batch, &arguments.rollout.batch),
@@ -201,8 +201,8 @@ void Apply(Session& session, Arguments arguments)
 
 // What plan and apply share.
 CLI::App* Add(CLI::App& app, Session& session, const std::string& name, const std::string& description,
-              const std::string& examples, void (*action)(Session&, Arguments),
-              const std::shared_ptr<Arguments>& arguments)
+              const std::string& examples, void (*action)(Session&, PlanArguments),
+              const std::shared_ptr<PlanArguments>& arguments)
 {
     CLI::App* const command = AddCommand(app, session, name, description, examples,
                                          [&session, action, arguments] { action(session, *arguments); });
@@ -225,7 +225,7 @@ CLI::App* Add(CLI::App& app, Session& session, const std::string& name, const st
 
 void AddPlan(CLI::App& app, Session& session)
 {
-    const auto arguments = std::make_shared<Arguments>();
+    const auto arguments = std::make_shared<PlanArguments>();
     CLI::App* const command =
         Add(app, session, "plan", "Tell what 'apply' would write, and write nothing",
             "  varlo-analytics plan backup/car-park\n"
@@ -239,7 +239,7 @@ void AddPlan(CLI::App& app, Session& session)
 
 void AddApply(CLI::App& app, Session& session)
 {
-    const auto arguments = std::make_shared<Arguments>();
+    const auto arguments = std::make_shared<PlanArguments>();
     CLI::App* const command =
         Add(app, session, "apply",
             "Write what differs between a folder and the profile of its name, on many hosts",

@@ -15,7 +15,7 @@ namespace client
 namespace
 {
 
-struct Arguments
+struct SceneArguments
 {
     std::string profile;
     std::string file = "-";
@@ -24,7 +24,7 @@ struct Arguments
 
 Record About(int profile) { return {{"profile", static_cast<long long>(profile)}}; }
 
-void Get(Session& session, const Arguments& arguments)
+void Get(Session& session, const SceneArguments& arguments)
 {
     const Profile profile = ExistingProfile(session.Service(), arguments.profile);
     const std::optional<std::string> scene = SceneOf(session.Service(), profile.id);
@@ -35,7 +35,7 @@ void Get(Session& session, const Arguments& arguments)
     session.Out().Document(About(profile.id), &SceneModel(), scene.value_or(""));
 }
 
-void Store(Session& session, const Arguments& arguments, const Source& source)
+void Store(Session& session, const SceneArguments& arguments, const Source& source)
 {
     const std::string document = Checked(source, &SceneModel(), session.Checks());
     Service& service = session.Service();
@@ -48,12 +48,12 @@ void Store(Session& session, const Arguments& arguments, const Source& source)
                          "differences", Listed(changes));
 }
 
-void Set(Session& session, const Arguments& arguments)
+void Set(Session& session, const SceneArguments& arguments)
 {
     Store(session, arguments, ReadSource(arguments.file));
 }
 
-void EditScene(Session& session, const Arguments& arguments)
+void EditScene(Session& session, const SceneArguments& arguments)
 {
     Service& service = session.Service();
     const Profile profile = ExistingProfile(service, arguments.profile);
@@ -71,7 +71,7 @@ void Default(Session& session)
     session.Out().Document({}, &SceneModel(), document);
 }
 
-void Rename(Session& session, const Arguments& arguments)
+void Rename(Session& session, const SceneArguments& arguments)
 {
     Service& service = session.Service();
     const Profile profile = ExistingProfile(service, arguments.profile);
@@ -92,10 +92,10 @@ void ShowExample(Session& session)
     session.Out().Document({}, &SceneModel(), Example(SceneModel(), session.Frame()));
 }
 
-using Action = void (*)(Session&, const Arguments&);
+using Action = void (*)(Session&, const SceneArguments&);
 
 CLI::App* Add(CLI::App& group, Session& session, const std::string& name, const std::string& description,
-              const std::string& examples, Action action, std::shared_ptr<Arguments> arguments)
+              const std::string& examples, Action action, std::shared_ptr<SceneArguments> arguments)
 {
     CLI::App* const command = AddCommand(group, session, name, description, examples,
                                          [&session, action, arguments] { action(session, *arguments); });
@@ -111,16 +111,17 @@ void AddSceneCommands(CLI::App& app, Session& session)
         app.add_subcommand("scene", "Read and write the scene of a profile, and rename the profile");
     group->require_subcommand(1);
     Add(*group, session, "get", "Write the scene document to standard output",
-        "  varlo-analytics scene get \"Car park\" >scene.xml", Get, std::make_shared<Arguments>());
+        "  varlo-analytics scene get \"Car park\" >scene.xml", Get, std::make_shared<SceneArguments>());
 
-    const auto set = std::make_shared<Arguments>();
+    const auto set = std::make_shared<SceneArguments>();
     CLI::App* const command =
         Add(*group, session, "set", "Check and store a scene document, and tell what came back different",
             "  varlo-analytics scene set \"Car park\" scene.xml", Set, set);
     command->add_option("FILE", set->file, "The document; standard input without it, or with -");
     AddChecks(*command, session);
     AddChecks(*Add(*group, session, "edit", "Change the scene in an editor, check it and store it",
-                   "  varlo-analytics scene edit \"Car park\"", EditScene, std::make_shared<Arguments>()),
+                   "  varlo-analytics scene edit \"Car park\"", EditScene,
+                   std::make_shared<SceneArguments>()),
               session);
 
     AddCommand(*group, session, "example",
@@ -136,7 +137,7 @@ void AddSceneCommands(CLI::App& app, Session& session)
     AddCommand(*group, session, "default", "Write the service's default scene to standard output",
                "  varlo-analytics scene default >scene.xml", [&session] { Default(session); });
 
-    const auto rename = std::make_shared<Arguments>();
+    const auto rename = std::make_shared<SceneArguments>();
     Add(*group, session, "rename", "Give a profile another name, which is part of its scene",
         "  varlo-analytics scene rename \"Car park\" \"Car park, night\"", Rename, rename)
         ->add_option("NAME", rename->name, "The new name, 255 bytes at most")

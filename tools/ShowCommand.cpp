@@ -13,13 +13,13 @@ namespace client
 namespace
 {
 
-struct Arguments
+struct ShowArguments
 {
     std::string profile;
     std::string file;
 };
 
-void Show(Session& session, const Arguments& arguments)
+void Show(Session& session, const ShowArguments& arguments)
 {
     Service& service = session.Service();
     const Profile profile = ExistingProfile(service, arguments.profile);
@@ -43,7 +43,7 @@ void Show(Session& session, const Arguments& arguments)
 
 void AddShowCommand(CLI::App& app, Session& session)
 {
-    const auto arguments = std::make_shared<Arguments>();
+    const auto arguments = std::make_shared<ShowArguments>();
     CLI::App* const command =
         AddCommand(app, session, "show", "Draw all zones of a profile over the frame, as SVG",
                    "  varlo-analytics show \"Car park\" --out car-park.svg\n"

@@ -15,7 +15,7 @@ namespace client
 namespace
 {
 
-struct Arguments
+struct ZoneArguments
 {
     std::string profile;
     std::string behavior;
@@ -49,7 +49,7 @@ PointList PointsIn(const std::vector<std::string>& texts)
     return points;
 }
 
-const DocumentModel& ModelOf(const std::string& behavior)
+const DocumentModel& ZonesModel(const std::string& behavior)
 {
     const DocumentModel* const model = FindModel(BehaviorId(behavior));
     if (model == nullptr)
@@ -59,7 +59,8 @@ const DocumentModel& ModelOf(const std::string& behavior)
 }
 
 // The document as it is stored, and the number of its profile; empty if the behavior is idle.
-std::pair<int, std::string> Stored(Session& session, const Arguments& arguments, const DocumentModel& model)
+std::pair<int, std::string> Stored(Session& session, const ZoneArguments& arguments,
+                                   const DocumentModel& model)
 {
     const int profile = ExistingProfile(session.Service(), arguments.profile).id;
     for (const Behavior& behavior : session.Service().Availability(profile))
@@ -69,7 +70,7 @@ std::pair<int, std::string> Stored(Session& session, const Arguments& arguments,
                                      ". 'varlo-analytics availability' shows those that it has");
 }
 
-void Store(Session& session, const Arguments& arguments, const DocumentModel& model,
+void Store(Session& session, const ZoneArguments& arguments, const DocumentModel& model,
            const std::string& document)
 {
     StoreBehavior(session, {model.name, document}, arguments.profile, model.alias);
@@ -83,9 +84,9 @@ std::string Written(const PointList& points)
     return text;
 }
 
-void ShowZones(Session& session, const Arguments& arguments)
+void ShowZones(Session& session, const ZoneArguments& arguments)
 {
-    const DocumentModel& model = ModelOf(arguments.behavior);
+    const DocumentModel& model = ZonesModel(arguments.behavior);
     List list{{{"name", "NAME"}, {"excluded", "EXCLUDED"}, {"", "POINTS"}, {"points", ""}}, {}};
     for (const NamedZone& zone : ZonesOf(model, Stored(session, arguments, model).second))
     {
@@ -100,9 +101,9 @@ void ShowZones(Session& session, const Arguments& arguments)
                                                        : " is a behavior without zones."));
 }
 
-void Add(Session& session, const Arguments& arguments)
+void Add(Session& session, const ZoneArguments& arguments)
 {
-    const DocumentModel& model = ModelOf(arguments.behavior);
+    const DocumentModel& model = ZonesModel(arguments.behavior);
     if (arguments.zone.empty())
         throw Failure(Exit::Usage, "The zone's name is empty, and it couldn't be moved or removed by it. "
                                    "Give it a name");
@@ -110,9 +111,9 @@ void Add(Session& session, const Arguments& arguments)
     Store(session, arguments, model, WithZone(model, Stored(session, arguments, model).second, zone));
 }
 
-void Move(Session& session, const Arguments& arguments)
+void Move(Session& session, const ZoneArguments& arguments)
 {
-    const DocumentModel& model = ModelOf(arguments.behavior);
+    const DocumentModel& model = ZonesModel(arguments.behavior);
     const PointList points = PointsIn(arguments.points);
     if (points.empty() == arguments.by.empty())
         throw Failure(Exit::Usage, "Give the zone new points, or say by --by DX,DY how far it is moved");
@@ -126,17 +127,17 @@ void Move(Session& session, const Arguments& arguments)
     Store(session, arguments, model, WithPoints(model, document, zone));
 }
 
-void Remove(Session& session, const Arguments& arguments)
+void Remove(Session& session, const ZoneArguments& arguments)
 {
-    const DocumentModel& model = ModelOf(arguments.behavior);
+    const DocumentModel& model = ZonesModel(arguments.behavior);
     Store(session, arguments, model,
           WithoutZone(model, Stored(session, arguments, model).second, arguments.zone));
 }
 
-using Action = void (*)(Session&, const Arguments&);
+using Action = void (*)(Session&, const ZoneArguments&);
 
 CLI::App* AddOne(CLI::App& group, Session& session, const std::string& name, const std::string& description,
-                 const std::string& examples, Action action, const std::shared_ptr<Arguments>& arguments)
+                 const std::string& examples, Action action, const std::shared_ptr<ZoneArguments>& arguments)
 {
     CLI::App* const command = AddCommand(group, session, name, description, examples,
                                          [&session, action, arguments] { action(session, *arguments); });
@@ -151,7 +152,7 @@ void AddZoneCommands(CLI::App& app, Session& session)
 {
     CLI::App* const group = app.add_subcommand("zone", "List, add, move and remove the zones of a behavior");
     group->require_subcommand(1);
-    const auto arguments = [] { return std::make_shared<Arguments>(); };
+    const auto arguments = [] { return std::make_shared<ZoneArguments>(); };
     AddOne(*group, session, "list", "List the zones of a behavior",
            "  varlo-analytics zone list \"Car park\" loitering", ShowZones, arguments());
     const auto add = arguments();

@@ -55,7 +55,7 @@ bool Flag(const Json& request, const char* key)
     return found != request.end() && found->is_boolean() && found->get<bool>();
 }
 
-const Json& Value(const Json& request, const char* key)
+const Json& Member(const Json& request, const char* key)
 {
     const auto found = request.find(key);
     if (found == request.end())
@@ -268,7 +268,7 @@ Json Console::Switch(const Json& request)
 
 Json Console::Check(const Json& request)
 {
-    return {{"findings", FindingsOf(ModelOf(Text(request, "behavior")), Value(request, "document"),
+    return {{"findings", FindingsOf(ModelOf(Text(request, "behavior")), Member(request, "document"),
                                     CameraOf(request).known.frame)}};
 }
 
@@ -277,7 +277,7 @@ Json Console::Review(const Json& request)
     Camera& camera = CameraOf(request);
     Service service(camera.known.access);
     return DocumentPage(service, Number(request, "profile"), Text(request, "behavior"))
-        .Review(Value(request, "base"), Value(request, "document"), camera.known.frame);
+        .Review(Member(request, "base"), Member(request, "document"), camera.known.frame);
 }
 
 Json Console::Save(const Json& request)
@@ -285,7 +285,7 @@ Json Console::Save(const Json& request)
     Camera& camera = CameraOf(request);
     Service service(camera.known.access);
     return DocumentPage(service, Number(request, "profile"), Text(request, "behavior"))
-        .Save(Value(request, "base"), Value(request, "document"), Flag(request, "overwrite"),
+        .Save(Member(request, "base"), Member(request, "document"), Flag(request, "overwrite"),
               camera.known.frame);
 }
 
@@ -294,7 +294,7 @@ Json Console::Scale(const Json& request)
 {
     Findings findings;
     const pugi::xml_document points =
-        FromJson(SceneModel(), {{"excludeZones", Json::array({Value(request, "points")})}}, findings);
+        FromJson(SceneModel(), {{"excludeZones", Json::array({Member(request, "points")})}}, findings);
     const std::string scaled = Scaled(XmlDocument(points).Text(), CameraOf(request, "from").known.frame,
                                       CameraOf(request, "to").known.frame);
     return {{"points", ToJson(SceneModel(), scaled).at("excludeZones").at(0)}};

@@ -16,7 +16,7 @@ namespace client
 namespace
 {
 
-struct Arguments
+struct ConsoleArguments
 {
     const CLI::Option* url = nullptr;
     std::string hosts;
@@ -40,7 +40,7 @@ void OpenBrowser(const std::string& url)
     std::thread([child] { waitpid(child, nullptr, 0); }).detach();
 }
 
-std::vector<ConsoleCamera> Cameras(Session& session, const Arguments& arguments)
+std::vector<ConsoleCamera> Cameras(Session& session, const ConsoleArguments& arguments)
 {
     if (arguments.hosts.empty())
         return {{session.Ready(), session.Frame()}};
@@ -50,7 +50,7 @@ std::vector<ConsoleCamera> Cameras(Session& session, const Arguments& arguments)
     return cameras;
 }
 
-void Serve(Session& session, const Arguments& arguments)
+void Serve(Session& session, const ConsoleArguments& arguments)
 {
     if (!arguments.hosts.empty() && arguments.url->count() > 0)
         throw Failure(Exit::Usage, "--hosts and --url both name cameras. Leave one of them out");
@@ -75,7 +75,7 @@ void Serve(Session& session, const Arguments& arguments)
 
 void AddConsoleCommand(CLI::App& app, Session& session)
 {
-    auto arguments = std::make_shared<Arguments>();
+    auto arguments = std::make_shared<ConsoleArguments>();
     arguments->url = app.get_option("--url");
     CLI::App* const command =
         AddCommand(app, session, "console", "Draw zones on the camera's picture, on a page in the browser",
