@@ -30,6 +30,13 @@ Limit& LimitOfThread()
         limit = {request, request == 0 ? kNoLimit : DocumentElements(), 0, false};
     return limit;
 }
+
+bool Admit(Limit& limit, std::size_t count)
+{
+    limit.counted = count;
+    limit.exceeded = limit.exceeded || count > limit.elements;
+    return count <= limit.elements;
+}
 } // namespace
 
 std::size_t DocumentElements()
@@ -38,15 +45,13 @@ std::size_t DocumentElements()
     return static_cast<std::size_t>(elements > 0 ? elements : kDocumentElements);
 }
 
-bool AdmitElements(std::size_t count)
+bool AdmitElements(std::size_t count) { return Admit(LimitOfThread(), count); }
+
+bool AdmitAnother()
 {
     Limit& limit = LimitOfThread();
-    limit.counted = count;
-    limit.exceeded = limit.exceeded || count > limit.elements;
-    return count <= limit.elements;
+    return Admit(limit, limit.counted + 1);
 }
-
-bool AdmitAnother() { return AdmitElements(LimitOfThread().counted + 1); }
 
 bool DocumentIsTooLarge() { return LimitOfThread().exceeded; }
 

@@ -28,12 +28,17 @@ class StoredDocument : public ProfileDoc
         if (!ParseString(text))
             return false;
         const std::string space(FirstBinding(*Content(), m_prefix));
-        Content()->spaces.clear();
-        if (space != kNamespace && !space.empty())
-            for (pugi::xml_node node = Root(*Content()); node; node = xml::Next(node, Root(*Content())))
-                for (pugi::xml_attribute attribute : node.attributes())
-                    if (xml::IsDeclaration(attribute) && attribute.value() == space)
-                        xml::Require(attribute.set_value(kNamespace));
+        if (space == kNamespace || space.empty())
+            return true;
+        Content()->plain = false;
+        xml::ForEachNode(Root(*Content()),
+                         [&space](pugi::xml_node node)
+                         {
+                             for (pugi::xml_attribute attribute : node.attributes())
+                                 if (xml::IsDeclaration(attribute) && attribute.value() == space)
+                                     xml::Require(attribute.set_value(kNamespace));
+                             return true;
+                         });
         return true;
     }
 
@@ -41,23 +46,20 @@ class StoredDocument : public ProfileDoc
     template <class Accept>
     std::string Text(const char* name, const Accept& accept)
     {
-        std::vector<pugi::xml_node> found;
-        xml::ForEach(Content(), "//" + m_prefix + ":" + name, nullptr,
-                     [&](const xml::Match& match)
-                     {
-                         if (accept(match.element.attribute(kType).value()) &&
-                             (found.empty() || !xml::Contains(found.back(), match.element)))
-                             found.push_back(match.element);
-                         return true;
-                     });
         std::string text;
-        for (const pugi::xml_node element : found)
+        pugi::xml_node last;
+        const auto stands = [&](const xml::Match& match)
+        { return accept(match.element.attribute(kType).value()); };
+        for (const auto& [element, none] : xml::All(Content(), "//" + m_prefix + ":" + name, nullptr, stands))
         {
+            if (last && xml::Contains(last, element))
+                continue;
+            last = element;
             xml::Declarations missing = xml::Missing(element, {});
             if (const auto own = missing.find(m_prefix); own != missing.end() && own->second == kNamespace)
                 missing.erase(own);
             xml::Declare(element, missing);
-            text += xml::Print(element);
+            xml::Print(element, text);
         }
         return text;
     }
@@ -71,7 +73,8 @@ std::string ActiveMark(const std::string& ruleId)
     pugi::xml_document scratch;
     const pugi::xml_node mark = xml::AppendElement(scratch, kActivePrefix + std::string(":") + kActiveRule);
     xml::SetAttribute(mark, kType, ruleId);
-    return xml::Print(mark);
+    std::string text;
+    return xml::Print(mark, text);
 }
 
 std::string Element(const std::string& name, const std::string& attributes, const std::string& content)

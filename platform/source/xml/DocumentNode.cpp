@@ -17,17 +17,24 @@ namespace
 // Whether the document can be read again with an element or attribute of that name. A prefix isn't allowed.
 bool IsName(const std::string& name)
 {
-    if (name == "xmlns" || xml::IsPlainName(name))
+    if (xml::IsPlainName(name))
         return name != "xmlns";
     xml::SyntaxError error;
     return !name.empty() && name.find_first_of(" \t\r\n<>/='\"&:?!") == std::string::npos &&
            xml::Check("<" + name + "/>", error);
 }
 
-void AddText(pugi::xml_node element, const std::string& text)
+// The element has no children. Nothing is there for an empty text.
+void SetText(pugi::xml_node element, const std::string& text)
 {
-    if (!text.empty())
-        Require(Require(element.append_child(pugi::node_pcdata)).set_value(text.c_str()));
+    if (pugi::xml_text content = element.text(); content || !text.empty())
+        Require(content.set(text.c_str()));
+}
+
+void Set(pugi::xml_node element, const std::string& name, const std::string& value)
+{
+    if (IsElement(element) && IsName(name))
+        xml::SetAttribute(element, name, value);
 }
 
 DocumentNode* AddElement(pugi::xml_node parent, const std::string& name, const std::string& text)
@@ -37,18 +44,8 @@ DocumentNode* AddElement(pugi::xml_node parent, const std::string& name, const s
     const std::string_view prefix = xml::QName(parent.name()).prefix;
     const pugi::xml_node child =
         xml::AppendElement(parent, std::string(prefix) + (prefix.empty() ? "" : ":") + name);
-    AddText(child, text);
+    SetText(child, text);
     return xml::HandleOf({child, {}});
-}
-
-// What is unlinked stays in the memory of its document, below an element without a name at the end.
-pugi::xml_node PlaceOfUnlinked(pugi::xml_node node)
-{
-    pugi::xml_node document = node.root();
-    const pugi::xml_node last = document.last_child();
-    return last.type() == pugi::node_element && !IsElement(last)
-               ? last
-               : Require(document.append_child(pugi::node_element));
 }
 
 // Behind the children of `place`, with the declarations that it needs there. Gives the place of the node.
@@ -57,7 +54,9 @@ pugi::xml_node Move(pugi::xml_node node, pugi::xml_node place)
     xml::Declare(node, xml::Missing(node, place));
     if (node.root() == place.root())
         return Require(place.append_move(node));
-    const std::string text = xml::Print(node);
+    xml::PlaceOfUnlinked(place);
+    std::string text;
+    xml::Print(node, text);
     constexpr unsigned kAsPrinted =
         pugi::parse_escapes | pugi::parse_ws_pcdata | pugi::parse_comments | pugi::parse_pi;
     Require(place.append_buffer(text.data(), text.size(), kAsPrinted, pugi::encoding_utf8));
@@ -89,7 +88,7 @@ void DocumentNode::SetValue(const std::string& value)
     if (!IsElement(node))
         return;
     node.remove_children();
-    AddText(node, text);
+    SetText(node, text);
 }
 
 int DocumentNode::GetProperty(const std::string& name, int defaultValue)
@@ -104,13 +103,12 @@ std::string DocumentNode::GetProperty(const std::string& name)
 
 void DocumentNode::SetProperty(const std::string& name, int value)
 {
-    SetProperty(name, std::to_string(value));
+    Set(NodeOf(this), name, std::to_string(value));
 }
 
 void DocumentNode::SetProperty(const std::string& name, const std::string& value)
 {
-    if (IsElement(NodeOf(this)) && IsName(name))
-        xml::SetAttribute(NodeOf(this), name.c_str(), xml::ToXmlText(value));
+    Set(NodeOf(this), name, xml::ToXmlText(value));
 }
 
 DocumentNode* DocumentNode::AddNewChild(const std::string& name, int value)
@@ -138,7 +136,7 @@ void DocumentNode::Unlink(bool destroy)
         return;
     if (!destroy)
     {
-        Move(node, PlaceOfUnlinked(node));
+        Move(node, xml::PlaceOfUnlinked(node));
         return;
     }
     node.parent().remove_child(node);
@@ -155,7 +153,8 @@ std::string DocumentNode::DumpToString()
         return GetValue();
     const xml::Declarations missing = xml::Missing(node, {});
     xml::Declare(node, missing);
-    std::string text = xml::Print(node);
+    std::string text;
+    xml::Print(node, text);
     for (std::size_t i = 0; i < missing.size(); ++i)
         node.remove_attribute(node.first_attribute());
     return text;

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <new>
 #include <optional>
+#include <set>
 
 namespace analytics::xml
 {
@@ -14,46 +15,46 @@ constexpr std::string_view kDeclaration = "xmlns";
 constexpr std::string_view kXmlPrefix = "xml"; // which nobody declares
 
 // The prefix that the attribute declares, empty for the default namespace; nothing if it is no declaration.
-std::optional<std::string_view> Declared(const char* attribute)
+std::optional<std::string_view> Declared(std::string_view attribute)
 {
-    const QName name(*attribute == kDeclaration.front() ? attribute : "");
-    if (name.prefix == kDeclaration)
-        return name.local;
-    return name.local == kDeclaration ? std::optional(name.prefix) : std::nullopt;
-}
-
-// Shows the prefixes that the element itself uses.
-template <class Visit>
-void ForEachPrefix(pugi::xml_node element, const Visit& visit)
-{
-    visit(QName(element.name()).prefix);
-    for (const pugi::xml_attribute attribute : element.attributes())
-        if (const std::string_view prefix = QName(attribute.name()).prefix;
-            !prefix.empty() && !IsDeclaration(attribute))
-            visit(prefix);
-}
-
-bool IsDeclaredWithin(pugi::xml_node top, pugi::xml_node element, std::string_view prefix)
-{
-    while (!Declaration(element, prefix) && element != top)
-        element = element.parent();
-    return !Declaration(element, prefix).empty();
+    if (!attribute.starts_with(kDeclaration))
+        return std::nullopt;
+    attribute.remove_prefix(kDeclaration.size());
+    if (attribute.starts_with(':'))
+        attribute.remove_prefix(1);
+    else if (!attribute.empty())
+        return std::nullopt;
+    return attribute;
 }
 } // namespace
 
 QName::QName(const char* name)
 {
-    const char* end = name;
-    while (*end != '\0' && *end != ':')
-        ++end;
-    const std::string_view first(name, static_cast<std::size_t>(end - name));
-    prefix = *end == ':' ? first : std::string_view();
-    local = *end == ':' ? std::string_view(end + 1) : first;
+    const std::string_view whole(name);
+    const std::size_t colon = whole.find(':');
+    prefix = whole.substr(0, colon == std::string_view::npos ? 0 : colon);
+    local = whole.substr(colon + 1); // all of it if there is none
 }
 
 bool IsElement(pugi::xml_node node) { return node.type() == pugi::node_element && *node.name() != '\0'; }
 
 pugi::xml_node Root(const Tree& tree) { return tree.document.find_child(IsElement); }
+
+bool IsPlain(const Tree& tree)
+{
+    const pugi::xml_node last = tree.document.last_child();
+    return tree.plain && (last.type() != pugi::node_element || IsElement(last));
+}
+
+bool DeclaresPlainly(pugi::xml_node root)
+{
+    std::set<std::string_view> spaces;
+    for (const pugi::xml_attribute attribute : root.attributes())
+        if (const auto prefix = Declared(attribute.name()))
+            if (prefix->empty() || !spaces.insert(attribute.value()).second)
+                return false;
+    return true;
+}
 
 bool IsDeclaration(pugi::xml_attribute attribute) { return Declared(attribute.name()).has_value(); }
 
@@ -73,37 +74,42 @@ std::string_view NamespaceAt(pugi::xml_node element, std::string_view prefix)
     return prefix == kXmlPrefix ? "http://www.w3.org/XML/1998/namespace" : "";
 }
 
-std::string_view FirstBinding(Tree& tree, std::string_view prefix)
+std::string_view FirstBinding(const Tree& tree, std::string_view prefix)
 {
-    if (const auto found = tree.spaces.find(prefix); found != tree.spaces.end())
-        return found->second;
-    for (pugi::xml_node node = Root(tree); node; node = Next(node, Root(tree)))
-        if (const pugi::xml_attribute declaration = Declaration(node, prefix))
-            return tree.spaces.emplace(prefix, declaration.value()).first->second;
-    return {};
+    pugi::xml_attribute declaration;
+    ForEachNode(Root(tree), [&](pugi::xml_node node) { return !(declaration = Declaration(node, prefix)); });
+    return declaration.value();
 }
 
-pugi::xml_attribute PlainAttribute(pugi::xml_node element, std::string_view name)
+pugi::xml_attribute PlainAttribute(pugi::xml_node element, const std::string& name)
 {
-    for (pugi::xml_attribute each = element.first_attribute(); each; each = each.next_attribute())
-        if (name == each.name())
-            return IsDeclaration(each) || name.find(':') != std::string_view::npos ? pugi::xml_attribute()
-                                                                                   : each;
-    return {};
+    const pugi::xml_attribute found = element.attribute(name.c_str());
+    return IsDeclaration(found) || name.find(':') != std::string::npos ? pugi::xml_attribute() : found;
 }
 
 Declarations Missing(pugi::xml_node element, pugi::xml_node place)
 {
     Declarations missing;
-    for (pugi::xml_node node = element; node; node = Next(node, element))
-        if (IsElement(node))
-            ForEachPrefix(node,
-                          [&](std::string_view prefix)
-                          {
-                              if (prefix != kXmlPrefix && !missing.contains(prefix) &&
-                                  !IsDeclaredWithin(element, node, prefix))
-                                  missing.emplace(prefix, NamespaceAt(element, prefix));
-                          });
+    const auto look = [&](pugi::xml_node node, std::string_view prefix)
+    {
+        if (prefix == kXmlPrefix || missing.contains(prefix))
+            return;
+        while (!Declaration(node, prefix) && node != element)
+            node = node.parent();
+        if (!Declaration(node, prefix))
+            missing.emplace(prefix, NamespaceAt(element, prefix));
+    };
+    ForEachNode(element,
+                [&](pugi::xml_node node)
+                {
+                    if (IsElement(node))
+                        look(node, QName(node.name()).prefix);
+                    for (const pugi::xml_attribute attribute : node.attributes())
+                        if (const QName name(attribute.name());
+                            !name.prefix.empty() && !IsDeclaration(attribute))
+                            look(node, name.prefix);
+                    return true;
+                });
     std::erase_if(missing, [place](const auto& one) { return NamespaceAt(place, one.first) == one.second; });
     return missing;
 }

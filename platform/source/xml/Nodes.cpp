@@ -12,9 +12,9 @@ constexpr std::uintptr_t kAttribute = 1;
 
 std::uintptr_t Bits(const DocumentNode& handle) { return reinterpret_cast<std::uintptr_t>(handle.Handle()); }
 
-class Text : public pugi::xml_writer
+struct Text : pugi::xml_writer
 {
-  public:
+    explicit Text(std::string& result) : text(result) {}
     // A return stands in texts alone, and would be read again as a line feed.
     void write(const void* data, std::size_t size) override
     {
@@ -27,7 +27,7 @@ class Text : public pugi::xml_writer
         text += rest;
     }
 
-    std::string text;
+    std::string& text;
 };
 } // namespace
 
@@ -52,12 +52,35 @@ std::vector<DocumentNode*> HandlesOf(const std::vector<Match>& matches)
     return handles;
 }
 
-void ForEach(Tree* tree, const std::string& query, const DocumentNode* context, const Path::Visit& visit)
+std::vector<Match> All(Tree* tree, const std::string& query, const DocumentNode* context,
+                       const Path::Visit& accept, std::size_t most)
 {
-    if (tree == nullptr)
-        return;
-    if (const pugi::xml_node start = context == nullptr ? tree->document : NodeOf(context))
-        Path::Of(query).ForEach(*tree, start, visit);
+    std::vector<Match> matches;
+    const auto take = [&](const Match& match)
+    {
+        if (!accept || accept(match))
+            matches.push_back(match);
+        return matches.size() < most;
+    };
+    if (tree != nullptr && (context == nullptr || NodeOf(context)))
+        Path::Of(query).ForEach(*tree, context == nullptr ? tree->document : NodeOf(context), std::ref(take));
+    return matches;
+}
+
+Match First(Tree* tree, const std::string& query, const DocumentNode* context, const Path::Visit& accept)
+{
+    const std::vector<Match> matches = All(tree, query, context, accept, 1);
+    return matches.empty() ? Match() : matches.front();
+}
+
+void Remove(const std::vector<Match>& matches)
+{
+    // Backwards, so that a match inside another one goes first.
+    for (auto match = matches.rbegin(); match != matches.rend(); ++match)
+        if (pugi::xml_node element = match->element; match->attribute)
+            element.remove_attribute(match->attribute);
+        else
+            element.parent().remove_child(element);
 }
 
 pugi::xml_node NodeOf(const DocumentNode* handle)
@@ -76,20 +99,26 @@ pugi::xml_attribute AttributeOf(const DocumentNode& handle)
 
 pugi::xml_node AppendElement(pugi::xml_node parent, const std::string& name)
 {
-    pugi::xml_node element = Require(parent.append_child(pugi::node_element));
-    Require(element.set_name(name.c_str()));
+    const pugi::xml_node element = parent.append_child(name.c_str());
+    Require(*element.name() != '\0'); // so far as it has none without memory for it
     return element;
 }
 
-void SetAttribute(pugi::xml_node element, const char* name, const std::string& value)
+void SetAttribute(pugi::xml_node element, const std::string& name, const std::string& value)
 {
     pugi::xml_attribute attribute = PlainAttribute(element, name);
     if (!attribute)
-    {
-        attribute = Require(element.append_attribute(""));
-        Require(attribute.set_name(name));
-    }
+        attribute = element.append_attribute(name.c_str());
+    Require(*attribute.name() != '\0');
     Require(attribute.set_value(value.c_str()));
+}
+
+pugi::xml_node PlaceOfUnlinked(pugi::xml_node node)
+{
+    const pugi::xml_node last = node.root().last_child();
+    return last.type() == pugi::node_element && !IsElement(last)
+               ? last
+               : Require(node.root().append_child(pugi::node_element));
 }
 
 bool Contains(pugi::xml_node outer, pugi::xml_node node)
@@ -99,11 +128,11 @@ bool Contains(pugi::xml_node outer, pugi::xml_node node)
     return !node.empty();
 }
 
-std::string Print(pugi::xml_node node)
+std::string& Print(pugi::xml_node node, std::string& text)
 {
-    Text out;
+    Text out(text);
     node.print(out, "", pugi::format_raw, pugi::encoding_utf8);
-    return std::move(out.text);
+    return text;
 }
 
 } // namespace analytics::xml

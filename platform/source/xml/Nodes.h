@@ -18,8 +18,13 @@ std::vector<DocumentNode*> HandlesOf(const std::vector<Match>& matches);
 pugi::xml_node NodeOf(const DocumentNode* handle); // null for that of an attribute, an empty or no one
 pugi::xml_attribute AttributeOf(const DocumentNode& handle); // null for that of a node or an empty one
 
-// Path::ForEach() of a query from `context`, or from the document where that is null; nothing without a tree.
-void ForEach(Tree* tree, const std::string& query, const DocumentNode* context, const Path::Visit& visit);
+// The first matches of a query from `context`, or from the document where that is null, as far as they are
+// accepted. Nothing without a tree.
+std::vector<Match> All(Tree* tree, const std::string& query, const DocumentNode* context,
+                       const Path::Visit& accept = nullptr, std::size_t most = static_cast<std::size_t>(-1));
+Match First(Tree* tree, const std::string& query, const DocumentNode* context,
+            const Path::Visit& accept = nullptr);
+void Remove(const std::vector<Match>& matches); // with all below them
 
 inline constexpr char kXmlDeclaration[] = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
 
@@ -32,14 +37,18 @@ T Require(T made)
     return made;
 }
 
-// Behind the children that the parent has. (pugixml's own takes a name for which it has no memory as none.)
+// Behind the children that the parent has.
 pugi::xml_node AppendElement(pugi::xml_node parent, const std::string& name);
 // Replaces the value of the attribute, or appends it.
-void SetAttribute(pugi::xml_node element, const char* name, const std::string& value);
+void SetAttribute(pugi::xml_node element, const std::string& name, const std::string& value);
+
+// What is unlinked stays in the memory of its document, below an element without a name at the end. A
+// document that something of another one comes into has it as well, to tell that it isn't as it was read.
+pugi::xml_node PlaceOfUnlinked(pugi::xml_node node);
 
 bool Contains(pugi::xml_node outer, pugi::xml_node node); // or is it
 
-// The node with all below it as text.
-std::string Print(pugi::xml_node node);
+// Appends the node with all below it to `text`, which is returned.
+std::string& Print(pugi::xml_node node, std::string& text);
 
 } // namespace analytics::xml

@@ -4,6 +4,8 @@
 #include "xml/Reader.h"
 
 #include <algorithm>
+#include <cstring>
+#include <map>
 #include <unordered_map>
 
 namespace analytics::xml
@@ -55,12 +57,7 @@ class PathReader
         return present;
     }
 
-    void SkipSpace()
-    {
-        while (Take(" "))
-        {
-        }
-    }
+    void SkipSpace() { m_rest.remove_prefix(std::min(m_rest.find_first_not_of(' '), m_rest.size())); }
 
     bool TakeName(std::string& name)
     {
@@ -95,6 +92,7 @@ class PathReader
                 return false;
         }
         step.any = step.name == kAny;
+        step.text = step.prefix + (step.prefix.empty() ? "" : ":") + step.name;
         return !Take("[") || TakeCondition(step);
     }
 
@@ -105,10 +103,9 @@ class PathReader
         if (!TakeName(comparison.name) || comparison.name == kAny)
             return false;
         SkipSpace();
-        if (!Take("="))
-            return false;
+        const bool equals = Take("=");
         SkipSpace();
-        return TakeLiteral(comparison.value);
+        return equals && TakeLiteral(comparison.value);
     }
 
     bool TakeCondition(Path::Step& step)
@@ -129,25 +126,33 @@ class PathReader
 class Path::Walk
 {
   public:
-    Walk(const Path& path, const Visit& visit) : m_path(path), m_steps(path.m_steps), m_visit(visit) {}
+    Walk(const Path& path, const Tree& tree, const Visit& visit)
+        : m_path(path), m_plain(IsPlain(tree)), m_visit(visit)
+    {
+    }
 
     // A path with a prefix that the document doesn't bind finds nothing.
-    bool Bind(Tree& tree)
+    bool Bind(const Tree& tree)
     {
-        const auto isPlain = [](const Step& step) { return step.prefix.empty(); };
-        if (std::ranges::all_of(m_steps, isPlain))
-            return true;
-        for (const Step& step : m_steps)
-            m_bindings.push_back({isPlain(step) ? std::string_view() : FirstBinding(tree, step.prefix)});
-        return std::ranges::equal(m_steps, m_bindings,
-                                  [&](const Step& step, const Binding& binding)
-                                  { return isPlain(step) || !binding.wanted.empty(); });
+        std::string_view prefix;
+        std::string_view space;
+        for (const Step& step : m_path.m_steps)
+        {
+            if (step.prefix != prefix)
+                space = step.prefix.empty() ? step.prefix : FirstBinding(tree, step.prefix);
+            prefix = step.prefix;
+            if (space.empty() != prefix.empty())
+                return false;
+            if (!m_plain)
+                m_wanted.push_back(space);
+        }
+        return true;
     }
 
     // False once the visitor has seen enough.
     bool Down(pugi::xml_node from, std::size_t step)
     {
-        if (step == m_steps.size())
+        if (step == m_path.m_steps.size())
             return Show(from);
         for (pugi::xml_node child = from.first_child(); child; child = child.next_sibling())
             if (Matches(step, child) && !Down(child, step + 1))
@@ -158,22 +163,11 @@ class Path::Walk
     // From `first`, which is `top` or its only element.
     void Anywhere(pugi::xml_node top, pugi::xml_node first)
     {
-        for (pugi::xml_node node = first; node; node = Next(node, first))
-            if (IsElement(node) && EndsAt(node, top) && !Show(node))
-                return;
+        ForEachNode(first, [&](pugi::xml_node node)
+                    { return !EndsAt(node, top) || !IsElement(node) || Show(node); });
     }
 
   private:
-    // The namespace of a step, and that of the node that it was last compared with: most have the prefix of
-    // the one before, below the same parent.
-    struct Binding
-    {
-        std::string_view wanted;
-        pugi::xml_node parent = {};
-        std::string_view prefix = {};
-        std::string_view space = {}; // of the prefix at the parent
-    };
-
     bool Show(pugi::xml_node element)
     {
         if (m_path.m_attribute.empty())
@@ -192,7 +186,7 @@ class Path::Walk
     // Whether the steps lead from somewhere below `top` to the node.
     bool EndsAt(pugi::xml_node node, pugi::xml_node top)
     {
-        std::size_t step = m_steps.size();
+        std::size_t step = m_path.m_steps.size();
         while (step > 0 && node != top && Matches(step - 1, node))
         {
             --step;
@@ -203,27 +197,33 @@ class Path::Walk
 
     bool Matches(std::size_t step, pugi::xml_node node)
     {
-        const Step& wanted = m_steps[step];
-        const bool any = wanted.any;
-        if ((!any && wanted.prefix.empty() && wanted.name != node.name()) || !IsElement(node))
-            return false;
-        const QName name(node.name());
-        if (!any && name.local != wanted.name)
-            return false;
-        Binding& binding = m_bindings.empty() ? m_plain : m_bindings[step];
-        if (!(any && wanted.prefix.empty()) && SpaceOf(node, name, binding) != binding.wanted)
+        const Step& wanted = m_path.m_steps[step];
+        if (m_plain && !wanted.any
+                ? node.type() != pugi::node_element || std::strcmp(wanted.text.c_str(), node.name()) != 0
+                : !IsElement(node) || !HasName(node, step))
             return false;
         return wanted.anyOf.empty() ||
                std::ranges::any_of(wanted.anyOf, [&](const Comparison& one) { return Holds(one, node); });
     }
 
-    std::string_view SpaceOf(pugi::xml_node node, const QName& name, Binding& last)
+    bool HasName(pugi::xml_node element, std::size_t step)
     {
-        if (const pugi::xml_attribute declaration = Declaration(node, name.prefix))
-            return declaration.value();
-        if (node.parent() != last.parent || name.prefix != last.prefix)
-            last = {last.wanted, node.parent(), name.prefix, NamespaceAt(node.parent(), name.prefix)};
-        return last.space;
+        const Step& wanted = m_path.m_steps[step];
+        const QName name(element.name());
+        if (m_plain || (wanted.any && wanted.prefix.empty()))
+            return wanted.prefix.empty() || name.prefix == wanted.prefix;
+        return (wanted.any || name.local == wanted.name) && SpaceAt(element, name.prefix) == m_wanted[step];
+    }
+
+    // NamespaceAt() that looks at each element once.
+    std::string_view SpaceAt(pugi::xml_node element, std::string_view prefix)
+    {
+        const auto [found, isNew] = m_spaces.try_emplace({element.internal_object(), prefix});
+        if (isNew)
+            found->second = Declaration(element, prefix) || !element.parent()
+                                ? NamespaceAt(element, prefix)
+                                : SpaceAt(element.parent(), prefix);
+        return found->second;
     }
 
     bool Holds(const Comparison& comparison, pugi::xml_node node)
@@ -236,17 +236,18 @@ class Path::Walk
         return std::ranges::any_of(node.children(),
                                    [&](pugi::xml_node child)
                                    {
-                                       return IsElement(child) && child.name() == comparison.name &&
-                                              NamespaceAt(child, "").empty() &&
+                                       return child.name() == comparison.name && IsElement(child) &&
+                                              (m_plain || SpaceAt(child, "").empty()) &&
                                               Content(child) == comparison.value;
                                    });
     }
 
     const Path& m_path;
-    const std::vector<Step>& m_steps;
+    const bool m_plain;
     const Visit& m_visit;
-    std::vector<Binding> m_bindings; // of the steps; none if no step has a prefix
-    Binding m_plain = {};
+    // For a document that isn't plain: the namespaces of the steps, and of prefixes at elements.
+    std::vector<std::string_view> m_wanted;
+    std::map<std::pair<const void*, std::string_view>, std::string_view> m_spaces;
 };
 
 std::string Match::Text() const { return attribute ? attribute.value() : Content(element); }
@@ -273,10 +274,10 @@ const Path& Path::Of(const std::string& query)
     return found->second ? *found->second : kNowhere;
 }
 
-void Path::ForEach(Tree& tree, pugi::xml_node context, const Visit& visit) const
+void Path::ForEach(const Tree& tree, pugi::xml_node context, const Visit& visit) const
 {
-    Walk walk(*this, visit);
-    const pugi::xml_node start = m_fromRoot ? tree.document : context;
+    Walk walk(*this, tree, visit);
+    const pugi::xml_node start = m_fromRoot ? tree.document.root() : context;
     if (!walk.Bind(tree))
         return;
     if (m_anywhere)

@@ -37,7 +37,7 @@ class Path
 
     // Shows the matches in document order until `visit` returns false. It may not change the tree.
     using Visit = std::function<bool(const Match&)>;
-    void ForEach(Tree& tree, pugi::xml_node context, const Visit& visit) const;
+    void ForEach(const Tree& tree, pugi::xml_node context, const Visit& visit) const;
 
   private:
     friend class PathReader;
@@ -53,6 +53,7 @@ class Path
     struct Step
     {
         bool any = false; // of the names
+        std::string text; // as it stands in the path: prefix and name
         std::string prefix;
         std::string name;
         std::vector<Comparison> anyOf; // empty: no condition

@@ -88,7 +88,9 @@ class Judge
     // Called ahead of the element that declares it.
     static void Declare(void* self, const char* /*prefix*/, const char* /*space*/)
     {
-        ++Self(self).m_declared;
+        Judge& judge = Self(self);
+        ++judge.m_declared;
+        judge.m_survey.innerSpaces = judge.m_survey.innerSpaces || judge.m_depth > 0;
     }
 
     static void Type(void* self, const char* /*name*/, const char* system, const char* publicId, int inner)
@@ -167,12 +169,13 @@ std::string WithPlainLineEnds(std::string_view text)
     return plain;
 }
 
-pugi::xml_parse_result Load(std::string_view text, pugi::xml_document& tree)
+pugi::xml_parse_result Load(std::string_view text, pugi::xml_document& tree, bool embed)
 {
     constexpr unsigned kParts = pugi::parse_cdata | pugi::parse_escapes | pugi::parse_wconv_attribute |
                                 pugi::parse_ws_pcdata | pugi::parse_comments | pugi::parse_pi |
                                 pugi::parse_doctype;
-    const auto result = tree.load_buffer(text.data(), text.size(), kParts, pugi::encoding_utf8);
+    const auto result = tree.load_buffer(
+        text.data(), text.size(), embed ? kParts | pugi::parse_embed_pcdata : kParts, pugi::encoding_utf8);
     if (result.status == pugi::status_out_of_memory)
         throw std::bad_alloc();
     return result;
@@ -181,12 +184,16 @@ pugi::xml_parse_result Load(std::string_view text, pugi::xml_document& tree)
 // Makes texts of them.
 void ReplaceSections(pugi::xml_document& tree)
 {
-    for (pugi::xml_node node = tree.first_child(); node;)
+    std::vector<pugi::xml_node> sections;
+    ForEachNode(tree,
+                [&sections](pugi::xml_node node)
+                {
+                    if (node.type() == pugi::node_cdata)
+                        sections.push_back(node);
+                    return true;
+                });
+    for (const pugi::xml_node section : sections)
     {
-        const pugi::xml_node section = node;
-        node = Next(node, tree);
-        if (section.type() != pugi::node_cdata)
-            continue;
         if (*section.value() != '\0' &&
             !section.parent().insert_child_before(pugi::node_pcdata, section).set_value(section.value()))
             throw std::bad_alloc();
@@ -212,13 +219,13 @@ std::optional<Survey> Check(std::string_view text, SyntaxError& error, const Lim
     return survey;
 }
 
-bool Build(std::string_view text, const Survey& survey, pugi::xml_document& tree)
+bool Build(std::string_view text, const Survey& survey, pugi::xml_document& tree, bool embed)
 {
-    if (!(text.find('\r') == std::string_view::npos ? Load(text, tree) : Load(WithPlainLineEnds(text), tree)))
-        return false;
+    const std::string plain = text.find('\r') == std::string_view::npos ? "" : WithPlainLineEnds(text);
+    const bool loaded = Load(plain.empty() ? text : plain, tree, embed);
     if (survey.sections)
         ReplaceSections(tree);
-    return true;
+    return loaded;
 }
 
 bool Read(std::string_view text, pugi::xml_document& tree, SyntaxError& error, const Limits& limits)
@@ -233,20 +240,17 @@ bool Read(std::string_view text, pugi::xml_document& tree, SyntaxError& error, c
 
 std::string Content(pugi::xml_node node)
 {
+    if (!node.first_child())
+        return node.value();
     std::string text;
-    for (pugi::xml_node each = Next(node, node); each; each = Next(each, node))
-        if (each.type() == pugi::node_pcdata || each.type() == pugi::node_cdata)
-            text += each.value();
+    ForEachNode(node,
+                [&text](pugi::xml_node each)
+                {
+                    if (each.type() != pugi::node_comment && each.type() != pugi::node_pi)
+                        text += each.value();
+                    return true;
+                });
     return text;
-}
-
-pugi::xml_node Next(pugi::xml_node from, pugi::xml_node top)
-{
-    if (const pugi::xml_node child = from.first_child())
-        return child;
-    while (from != top && !from.next_sibling())
-        from = from.parent();
-    return from == top ? pugi::xml_node() : from.next_sibling();
 }
 
 Lines::Lines(std::string_view text)

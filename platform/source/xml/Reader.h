@@ -38,7 +38,8 @@ struct Limits
 struct Survey
 {
     std::size_t elements = 0;
-    bool sections = false; // there are CDATA sections
+    bool sections = false;    // there are CDATA sections
+    bool innerSpaces = false; // elements below the root declare namespaces
 };
 
 // Judges the text alone, at about a third of the cost of Read() and without memory that grows with it.
@@ -46,9 +47,10 @@ struct Survey
 std::optional<Survey> Check(std::string_view text, SyntaxError& error, const Limits& limits = {});
 
 // Reads a text that has passed into `tree`: elements, texts with all their white space (CDATA sections too),
-// comments, processing instructions and the document type, but no XML declaration. False if pugixml refuses
-// what expat has let pass.
-bool Build(std::string_view text, const Survey& survey, pugi::xml_document& tree);
+// comments, processing instructions and the document type, but no XML declaration. With `embed` a text that
+// an element begins with is the value of the element and no node: half the nodes of most documents. False if
+// pugixml refuses what expat has let pass.
+bool Build(std::string_view text, const Survey& survey, pugi::xml_document& tree, bool embed = false);
 
 // Both.
 bool Read(std::string_view text, pugi::xml_document& tree, SyntaxError& error, const Limits& limits = {});
@@ -56,8 +58,21 @@ bool Read(std::string_view text, pugi::xml_document& tree, SyntaxError& error, c
 // All text below the node.
 std::string Content(pugi::xml_node node);
 
-// The next node in document order below `top`, `from` being `top` or one below; null at the end.
-pugi::xml_node Next(pugi::xml_node from, pugi::xml_node top);
+// Shows `top` and all nodes below it in document order until `visit` returns false. It may not add or remove
+// nodes.
+template <class Visit>
+void ForEachNode(pugi::xml_node top, Visit visit)
+{
+    struct Walker : pugi::xml_tree_walker
+    {
+        explicit Walker(Visit& visitor) : m_visit(visitor) {}
+        bool begin(pugi::xml_node& node) override { return m_visit(node); }
+        bool for_each(pugi::xml_node& node) override { return m_visit(node); }
+        Visit& m_visit;
+    };
+    Walker walker(visit);
+    top.traverse(walker);
+}
 
 // The lines in which the nodes of a tree stand that Read() has read from `text` and nobody has changed.
 class Lines

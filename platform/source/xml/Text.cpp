@@ -85,9 +85,11 @@ std::string_view Trimmed(std::string_view text)
 
 int ToInt(std::string_view text, int defaultValue)
 {
-    text = Trimmed(text);
     int value = defaultValue;
-    if (ReadInteger(text, value) != std::errc::result_out_of_range)
+    std::errc error = ReadInteger(text, value);
+    if (error == std::errc::invalid_argument)
+        error = ReadInteger(text = Trimmed(text), value);
+    if (error != std::errc::result_out_of_range)
         return value;
     return text.front() == '-' ? std::numeric_limits<int>::min() : std::numeric_limits<int>::max();
 }

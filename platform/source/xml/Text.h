@@ -26,14 +26,14 @@ std::string ToXmlText(std::string_view text, std::string_view replacement = "\xE
 
 std::string_view Trimmed(std::string_view text); // without white space in front and behind
 
-// The whole text as a decimal integer with an optional sign. Anything but std::errc() leaves `value` alone.
+// The whole text as an integer with an optional sign. Anything but std::errc() leaves `value` alone.
 template <class T>
-std::errc ReadInteger(std::string_view text, T& value)
+std::errc ReadInteger(std::string_view text, T& value, int base = 10)
 {
     if (text.size() > 1 && text[0] == '+' && text[1] != '-')
         text.remove_prefix(1);
     T read = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), read);
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), read, base);
     if (error == std::errc() && end == text.data() + text.size())
         value = read;
     return end == text.data() + text.size() ? error : std::errc::invalid_argument;

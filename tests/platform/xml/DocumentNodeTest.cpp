@@ -104,6 +104,24 @@ TEST_F(DocumentNodeTest, SetsText)
     EXPECT_EQ(root->GetValue(3), 3);
 }
 
+TEST(DocumentNode, KeepsTextInItsPlace)
+{
+    Document doc;
+    ASSERT_TRUE(doc.ParseString("<a>1<b> 2 </b>3<c><!--4-->5<?p 6?></c></a>"));
+    const Node a = Select(doc, "a");
+    const Node b = Select(doc, "a/b");
+    EXPECT_EQ(a->GetValue(), "1 2 35");
+    delete b->AddNewChild("d", "7");
+    EXPECT_EQ(Body(doc), "<a>1<b> 2 <d>7</d></b>3<c><!--4-->5<?p 6?></c></a>");
+    b->SetValue("8");
+    EXPECT_EQ(b->DumpToString(), "<b>8</b>");
+    b->SetValue("");
+    EXPECT_EQ(b->DumpToString(), "<b/>");
+    EXPECT_EQ(b->GetValue(), "");
+    b->SetValue(9);
+    EXPECT_EQ(a->GetValue(), "1935");
+}
+
 TEST_F(DocumentNodeTest, StandsForAnAttributeToo)
 {
     const Node attribute = Select(doc, "a/@n");

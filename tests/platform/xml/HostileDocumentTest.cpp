@@ -167,6 +167,14 @@ TEST_F(HostileDocument, ManyParentsAreWalkedInLinearTime)
     EXPECT_EQ(SelectAll(doc, "//roi[name='n']/v/x").size(), 100000U);
 }
 
+TEST_F(HostileDocument, NamespacesAreLookedForOnceInEachElement)
+{
+    Document doc;
+    ASSERT_TRUE(doc.ParseString(Repeat("<b" + Attributes(250) + ">", 250) + "<c xmlns:p='u'/>" +
+                                Repeat("<c><b/></c>", 50000) + Repeat("</b>", 250)));
+    EXPECT_EQ(SelectAll(doc, "//b").size(), 50250U);
+}
+
 TEST_F(HostileDocument, GrowthIsWrittenWhole)
 {
     Document doc;

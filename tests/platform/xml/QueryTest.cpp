@@ -139,5 +139,33 @@ TEST(Query, SeesWhatWasAddedAndMoved)
     EXPECT_EQ(Texts(doc, "//x"), "0 2 1 3");
     EXPECT_EQ(Texts(doc, "a/x"), "2 1 3");
 }
+
+TEST(Query, KnowsTheNamespacesOfWhatComesFromAnotherDocument)
+{
+    Document doc;
+    Document other;
+    ASSERT_TRUE(doc.ParseString("<a><b>1</b></a>"));
+    ASSERT_TRUE(other.ParseString("<a xmlns='u'><b>2</b><p:b xmlns:p='v'>3</p:b></a>"));
+    EXPECT_EQ(Texts(doc, "//b"), "1");
+    Select(doc, "a")->AddChild(Select(other, "*").get());
+    EXPECT_EQ(Texts(doc, "//b"), "1");
+    EXPECT_EQ(Texts(doc, "//p:b"), "3");
+    EXPECT_EQ(Texts(doc, "//*[b='2']"), "");
+}
+
+TEST(Query, FindsElementsByNamespaceWhateverTheirPrefix)
+{
+    for (const char* text :
+         {"<p:a xmlns:p='u' xmlns:q='u'><q:b>1</q:b></p:a>", "<p:a xmlns:p='u'><b xmlns='u'>1</b></p:a>",
+          "<a xmlns='u' xmlns:p='u'><b>1</b></a>", "<p:a xmlns:p='u'><q:b xmlns:q='u'>1</q:b></p:a>"})
+    {
+        Document doc;
+        ASSERT_TRUE(doc.ParseString(text));
+        EXPECT_EQ(Texts(doc, "p:a/p:b"), "1") << text;
+        EXPECT_EQ(SelectAll(doc, "//p:*").size(), 2U) << text;
+        EXPECT_EQ(Texts(doc, "//b"), "") << text;
+    }
+}
+
 } // namespace
 } // namespace analytics::test
