@@ -57,12 +57,12 @@ std::optional<Unavailability> WhyUnavailable(Service& service, const std::vector
     if (behavior == nullptr || behavior->state != State::Unavailable)
         return std::nullopt;
     if (active.empty())
-        return Unavailability{Unavailability::Budget,
+        return Unavailability{Unavailability::Reason::Budget,
                               "can't be active: it costs more than the camera has, or none can be selected"};
     const std::string beside = "can't be active beside " + Named(active) + ": ";
     if (const std::vector<std::string> others = OfOtherKind(all, active, *behavior); !others.empty())
         return Unavailability{
-            Unavailability::Camera,
+            Unavailability::Reason::Camera,
             beside +
                 (behavior->stillCamera
                      ? "it needs a camera that stands still, and " + Named(others) + " lets it move"
@@ -74,12 +74,12 @@ std::optional<Unavailability> WhyUnavailable(Service& service, const std::vector
             ? IsUnavailable(service, places, id) && !IsUnavailable(service, {active.front()}, id)
             : IsUnavailable(service, {kNobody}, id) && behavior->stillCamera)
         return Unavailability{
-            Unavailability::Number,
+            Unavailability::Reason::Number,
             beside + "no more than " + std::to_string(active.size()) +
                 " can be selected (the motion detection, while it is on, takes a place as well); switch "
                 "one of them off with active=\"0\""};
     return Unavailability{
-        Unavailability::Budget,
+        Unavailability::Reason::Budget,
         beside + "together they cost more than the camera has; switch one of them off with active=\"0\""};
 }
 

@@ -12,7 +12,7 @@ class Service;
 // Why a behavior can't be active beside others.
 struct Unavailability
 {
-    enum Reason
+    enum class Reason
     {
         Camera, // some need a camera that stands still, others don't
         Number, // no more can be selected

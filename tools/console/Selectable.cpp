@@ -12,11 +12,11 @@ const char* Word(Unavailability::Reason reason)
 {
     switch (reason)
     {
-    case Unavailability::Camera:
+    case Unavailability::Reason::Camera:
         return "camera";
-    case Unavailability::Number:
+    case Unavailability::Reason::Number:
         return "number";
-    case Unavailability::Budget:
+    case Unavailability::Reason::Budget:
         return "budget";
     }
     return "";
