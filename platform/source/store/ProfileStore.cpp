@@ -86,6 +86,13 @@ void DescribeIn(StoreConnection& connection, int profile, const std::optional<st
         Query(connection, "UPDATE profile SET preset = ? WHERE id = ?", *preset, profile).Run();
 }
 
+// Of what was in memory before, perhaps.
+void BeginHolding(const std::string& document)
+{
+    platform::LiftDocumentLimit();
+    platform::ClaimForStored(document.size());
+}
+
 std::optional<std::string> Given(const std::string& text)
 {
     return text.empty() ? std::nullopt : std::optional(text);
@@ -230,12 +237,12 @@ std::vector<ProfileSummary> ProfileStore::List()
 
 std::optional<ProfileSummary> ProfileStore::Find(int profile)
 {
-    return m_store.Get(
-        [&](StoreConnection& connection)
-        {
-            Query row(connection, kFind, profile);
-            return row.Next() ? std::optional(SummaryOf(row)) : std::nullopt;
-        });
+    const auto read = [profile](StoreConnection& connection)
+    {
+        Query row(connection, kFind, profile);
+        return row.Next() ? std::optional(SummaryOf(row)) : std::nullopt;
+    };
+    return *m_found.Get(profile, [&] { return m_store.Get(read); });
 }
 
 void ProfileStore::Require(int profile)
@@ -299,9 +306,18 @@ std::optional<std::string> ProfileStore::Document(int profile, PluginType kind, 
                 return row.Next() ? std::optional(row.Text(0)) : std::nullopt;
             });
     };
-    if (const auto bytes = read(kDocumentBytes))
-        BeginReading(profile, std::stoll(*bytes));
-    return read(kDocument);
+    const auto document = m_documents.Get(
+        {profile, kind, id},
+        [&]
+        {
+            if (const auto bytes = read(kDocumentBytes))
+                BeginReading(profile, std::stoll(*bytes));
+            return read(kDocument);
+        },
+        [](const std::optional<std::string>& text) { return text ? text->size() : 0; });
+    if (*document)
+        BeginHolding(**document);
+    return *document;
 }
 
 // Before any of it is in memory.
@@ -320,8 +336,7 @@ std::string ProfileStore::Merged(int profile)
         return Merge(m_store.Get([&](StoreConnection& c) { return ConfigurationsIn(c, profile); }));
     };
     const auto merged = m_merged.Get(profile, merge, &std::string::size);
-    platform::LiftDocumentLimit();
-    platform::ClaimForStored(merged->size());
+    BeginHolding(*merged);
     return *merged;
 }
 

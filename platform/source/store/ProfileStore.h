@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace analytics
@@ -81,6 +82,9 @@ class ProfileStore
     platform::ReadCache<std::optional<int>> m_active{m_store};
     platform::ReadCache<bool> m_switches{m_store}; // by ProfileSwitch
     platform::ReadCache<std::string> m_merged{m_store};
+    platform::ReadCache<std::optional<ProfileSummary>> m_found{m_store};
+    platform::ReadCache<std::optional<std::string>, std::tuple<int, PluginType, std::string>> m_documents{
+        m_store};
 };
 
 } // namespace analytics

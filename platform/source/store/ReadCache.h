@@ -12,9 +12,9 @@
 namespace analytics::platform
 {
 
-// What was last read of a store, by a number, for as long as the store doesn't change. Bounded: those that
+// What was last read of a store, by a key, for as long as the store doesn't change. Bounded: those that
 // were used last stay. Any thread.
-template <class Value>
+template <class Value, class Key = int>
 class ReadCache
 {
   public:
@@ -26,7 +26,7 @@ class ReadCache
     // `read` reads the value from the store if it isn't here; what it throws passes through, and so does what
     // the look at the store throws. `size` tells the bytes of a value.
     std::shared_ptr<const Value> Get(
-        int key, const std::function<Value()>& read,
+        const Key& key, const std::function<Value()>& read,
         const std::function<std::size_t(const Value&)>& size = [](const Value&) { return sizeof(Value); })
     {
         m_store.Look();
@@ -41,13 +41,13 @@ class ReadCache
   private:
     struct Entry
     {
-        int key;
+        Key key;
         std::uint64_t version; // of the store, before it was read
         std::size_t bytes;
         std::shared_ptr<const Value> value;
     };
 
-    std::shared_ptr<const Value> Find(int key, std::uint64_t version)
+    std::shared_ptr<const Value> Find(const Key& key, std::uint64_t version)
     {
         const MutexLock hold(m_lock);
         for (auto entry = m_entries.begin(); entry != m_entries.end(); ++entry)
