@@ -83,8 +83,8 @@ std::string_view FirstBinding(const Tree& tree, std::string_view prefix)
 
 pugi::xml_attribute PlainAttribute(pugi::xml_node element, const std::string& name)
 {
-    const pugi::xml_attribute found = element.attribute(name.c_str());
-    return IsDeclaration(found) || name.find(':') != std::string::npos ? pugi::xml_attribute() : found;
+    const pugi::xml_attribute own = element.attribute(name.c_str());
+    return own && (IsDeclaration(own) || !QName(name.c_str()).prefix.empty()) ? pugi::xml_attribute() : own;
 }
 
 Declarations Missing(pugi::xml_node element, pugi::xml_node place)
