@@ -3,11 +3,14 @@
 #include "Failure.h"
 #include "Text.h"
 
+#include <xml/Text.h>
+
 #include <arpa/inet.h>
 #include <fcntl.h>
 #include <termios.h>
 #include <unistd.h>
 
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
@@ -104,8 +107,9 @@ std::string WholeUrl(const std::string& text)
     if (colon == std::string::npos)
         return url;
     const std::string port = authority.substr(colon + 1);
-    if (port.empty() || port.size() > 5 || port.find_first_not_of("0123456789") != std::string::npos ||
-        std::stoi(port) < 1 || std::stoi(port) > 65535)
+    std::uint16_t number = 0;
+    if (port.size() > 5 || port.starts_with('+') ||
+        analytics::xml::ReadInteger(port, number) != std::errc() || number == 0)
         RefuseUrl(text, "its port is no number from 1 to 65535");
     return url;
 }

@@ -10,6 +10,9 @@
 #include "console/Selectable.h"
 #include "documents/Models.h"
 
+#include <xml/Text.h>
+
+#include <cstdint>
 #include <limits>
 
 namespace client
@@ -74,12 +77,10 @@ Json Query(std::string_view query)
         std::string text;
         for (std::size_t i = 0; i < pair.size(); ++i)
         {
-            const bool escaped = pair[i] == '%' && i + 2 < pair.size();
-            text +=
-                escaped
-                    ? static_cast<char>(std::strtol(std::string(pair.substr(i + 1, 2)).c_str(), nullptr, 16))
-                : pair[i] == '+' ? ' '
-                                 : pair[i];
+            std::uint8_t code = 0;
+            const bool escaped = pair[i] == '%' && i + 2 < pair.size() &&
+                                 analytics::xml::ReadInteger(pair.substr(i + 1, 2), code, 16) == std::errc();
+            text += escaped ? static_cast<char>(code) : pair[i] == '+' ? ' ' : pair[i];
             i += escaped ? 2 : 0;
         }
         const std::size_t equals = std::min(text.find('='), text.size());
