@@ -7,7 +7,9 @@
 
 #include <analytics/Platform.h>
 
+#ifdef WITH_SYSTEMD
 #include <systemd/sd-daemon.h>
+#endif
 
 #include <malloc.h>
 #include <signal.h>
@@ -67,10 +69,17 @@ void SetUpAllocator()
     mallopt(M_TRIM_THRESHOLD, kKeptBytes);
 }
 
+void TellSystemd([[maybe_unused]] const std::string& state)
+{
+#ifdef WITH_SYSTEMD
+    sd_notify(0, state.c_str());
+#endif
+}
+
 void ReportListening(const std::string& url)
 {
     std::fprintf(stderr, "listening on %s\n", url.c_str());
-    sd_notifyf(0, "READY=1\nSTATUS=Listening on %s", url.c_str());
+    TellSystemd("READY=1\nSTATUS=Listening on " + url);
 }
 
 void Report(const std::string& sentence)
@@ -136,7 +145,7 @@ int Run(Options options)
         Report(service.Failure());
         return 1;
     }
-    sd_notify(0, "STOPPING=1");
+    TellSystemd("STOPPING=1");
     // First no request, then no manager: the library destroys it before it stops its server.
     analytics::platform::DrainServer(kDrainLimit);
     service.End();

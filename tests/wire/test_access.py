@@ -255,6 +255,33 @@ class Tls(AccessTest):
         self.assertIn("camera.key: what is in it now was taken over", said[1])
         self.assertIn("camera.key: it can't be read (No such file", said[2])
 
+    def test_a_handshake_goes_on_while_the_certificate_changes(self):
+        self.start(TLS)
+        received, sent = ssl.MemoryBIO(), ssl.MemoryBIO()
+        client = self.host.tls.wrap_bio(received, sent, server_hostname="127.0.0.1")
+        with socket.create_connection(("127.0.0.1", self.host.port), timeout=60) as connection:
+            def exchange():
+                connection.sendall(sent.read())
+                received.write(connection.recv(65536))
+            with self.assertRaises(ssl.SSLWantReadError):
+                client.do_handshake()
+            exchange()  # now the service has begun
+            before = ssl.get_server_certificate(("127.0.0.1", self.host.port), timeout=60)
+            for kind in "pem", "key":
+                (self.tls / f"renewed.{kind}").replace(self.tls / f"camera.{kind}")
+            self.assertNotEqual(ssl.get_server_certificate(("127.0.0.1", self.host.port), timeout=60), before)
+            answer = b""
+            while not answer:
+                try:
+                    client.do_handshake()
+                    client.write(b"GET /health HTTP/1.1\r\nHost: camera\r\nConnection: close\r\n\r\n")
+                    exchange()
+                    answer = client.read()
+                except ssl.SSLWantReadError:
+                    exchange()
+            self.assertTrue(answer.startswith(b"HTTP/1.1 "), answer)
+        self.host.call("GetProfileList")
+
     def test_a_changed_authority_is_taken_over(self):
         self.start(MUTUAL, client="client")
         self.host.call("GetProfileList")

@@ -1,11 +1,9 @@
 #include "access/BasicCredentials.h"
 
 #include <crypt.h>
-#include <openssl/crypto.h>
-#include <openssl/evp.h>
+#include <nettle/base64.h>
+#include <string.h>
 #include <strings.h>
-
-#include <algorithm>
 
 namespace tarno::osa
 {
@@ -16,18 +14,19 @@ constexpr char kScheme[] = "Basic ";
 constexpr std::size_t kSchemeLength = sizeof(kScheme) - 1;
 constexpr std::size_t kMostEncoded = 4096; // well above the longest name and password
 
-void Wipe(std::string& text) { OPENSSL_cleanse(text.data(), text.size()); }
+void Wipe(std::string& text) { explicit_bzero(text.data(), text.size()); }
 
 // Empty if it is no base64.
 std::string Decoded(const std::string& encoded)
 {
-    std::string text(encoded.size() / 4 * 3 + 3, '\0');
-    const int size = EVP_DecodeBlock(reinterpret_cast<unsigned char*>(text.data()),
-                                     reinterpret_cast<const unsigned char*>(encoded.data()),
-                                     static_cast<int>(encoded.size()));
-    // The padding comes out as zeros.
-    const auto padding = std::min<std::ptrdiff_t>(2, std::count(encoded.begin(), encoded.end(), '='));
-    text.resize(size > padding ? static_cast<std::size_t>(size - padding) : 0);
+    base64_decode_ctx context;
+    base64_decode_init(&context);
+    std::string text(BASE64_DECODE_LENGTH(encoded.size()), '\0');
+    std::size_t size = 0;
+    const bool decoded = base64_decode_update(&context, &size, reinterpret_cast<std::uint8_t*>(text.data()),
+                                              encoded.size(), encoded.data()) == 1 &&
+                         base64_decode_final(&context) == 1;
+    text.resize(decoded ? size : 0);
     return text;
 }
 

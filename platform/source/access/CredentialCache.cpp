@@ -1,8 +1,8 @@
 #include "access/CredentialCache.h"
 
-#include <openssl/evp.h>
-#include <openssl/hmac.h>
-#include <openssl/rand.h>
+#include <nettle/hmac.h>
+#include <string.h>
+#include <unistd.h>
 
 #include <stdexcept>
 
@@ -13,13 +13,13 @@ namespace
 
 constexpr std::size_t kSecretBytes = 32;
 
-unsigned char* Bytes(std::string& text) { return reinterpret_cast<unsigned char*>(text.data()); }
+std::uint8_t* Bytes(std::string& text) { return reinterpret_cast<std::uint8_t*>(text.data()); }
 
 } // namespace
 
 CredentialCache::CredentialCache() : m_secret(kSecretBytes, '\0')
 {
-    if (RAND_bytes(Bytes(m_secret), kSecretBytes) != 1)
+    if (getentropy(m_secret.data(), m_secret.size()) != 0)
         throw std::runtime_error("The system gives no random numbers");
 }
 
@@ -27,14 +27,12 @@ std::string CredentialCache::KeyOf(const BasicCredentials& credentials, const st
 {
     // None of the three holds a NUL.
     std::string text = credentials.name + '\0' + hash + '\0' + credentials.password;
-    std::string key(EVP_MAX_MD_SIZE, '\0');
-    unsigned int size = 0;
-    const unsigned char* const made =
-        HMAC(EVP_sha256(), m_secret.data(), kSecretBytes, Bytes(text), text.size(), Bytes(key), &size);
-    OPENSSL_cleanse(text.data(), text.size());
-    if (made == nullptr)
-        throw std::runtime_error("The credentials can't be hashed");
-    key.resize(size);
+    hmac_sha256_ctx context;
+    hmac_sha256_set_key(&context, m_secret.size(), reinterpret_cast<const std::uint8_t*>(m_secret.data()));
+    hmac_sha256_update(&context, text.size(), Bytes(text));
+    explicit_bzero(text.data(), text.size());
+    std::string key(SHA256_DIGEST_SIZE, '\0');
+    hmac_sha256_digest(&context, key.size(), Bytes(key));
     return key;
 }
 

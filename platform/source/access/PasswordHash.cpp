@@ -1,7 +1,8 @@
 #include "access/PasswordHash.h"
 
 #include <crypt.h>
-#include <openssl/crypto.h>
+#include <nettle/memops.h>
+#include <string.h>
 
 #include <algorithm>
 #include <array>
@@ -46,9 +47,9 @@ bool PasswordMatches(const std::string& password, const std::string& hash)
     const auto room = std::make_unique<crypt_data>(); // 32 KiB
     const char* const made = crypt_r(password.c_str(), hash.c_str(), room.get());
     const std::string own = made == nullptr ? "*" : made;
-    OPENSSL_cleanse(room.get(), sizeof(crypt_data));
+    explicit_bzero(room.get(), sizeof(crypt_data));
     return own.size() == hash.size() && own.front() != '*' &&
-           CRYPTO_memcmp(own.data(), hash.data(), own.size()) == 0;
+           memeql_sec(own.data(), hash.data(), own.size()) == 1;
 }
 
 } // namespace tarno::osa

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "access/TlsSession.h"
 #include "access/Users.h"
 
 #include <chrono>
@@ -7,8 +8,6 @@
 #include <memory>
 #include <optional>
 #include <string>
-
-struct ssl_ctx_st;
 
 namespace tarno::osa
 {
@@ -29,15 +28,23 @@ struct TlsFiles
     std::optional<PemFile> revoked;   // and only with one that no list in it revokes
 };
 
-// What all TLS sessions of an endpoint have in common: TLS 1.2 and later, the certificate and its key.
-// Sessions can be resumed for `sessionTime`, none at 0. Throws AccessFault, with the file.
-std::shared_ptr<ssl_ctx_st> MakeTlsContext(const TlsFiles& files, std::chrono::seconds sessionTime);
+// What all TLS sessions of an endpoint have in common: TLS 1.2 and later, the certificate and its key. Any
+// thread.
+class TlsContext
+{
+  public:
+    virtual ~TlsContext() = default;
 
-// When the first certificate of a file ends, in seconds since 1970. Throws AccessFault.
-std::time_t EndOfCertificate(const PemFile& file);
+    // Throws std::bad_alloc.
+    virtual std::unique_ptr<TlsSession> NewSession(int socket) = 0;
+    // When the first certificate of its file ends, in seconds since 1970.
+    virtual std::time_t EndOfCertificate() const = 0;
+    // Which of the revocation lists has expired, as a name for a person; empty if none has.
+    virtual std::string ExpiredRevocationList() const = 0;
+};
 
-// Which of the lists in a file of revocation lists has expired, as a name for a person; empty if none has.
-// Throws AccessFault.
-std::string ExpiredRevocationList(const PemFile& file);
+// Sessions can be resumed for `sessionTime`, none at 0. Throws AccessFault, with the file, if one can't be
+// used, or if this build has no TLS (WITH_TLS).
+std::shared_ptr<TlsContext> MakeTlsContext(const TlsFiles& files, std::chrono::seconds sessionTime);
 
 } // namespace tarno::osa

@@ -2,13 +2,9 @@
 
 #include "access/StreamResult.h"
 
-#include <memory>
 #include <span>
 #include <string>
 #include <string_view>
-
-struct ssl_ctx_st;
-struct ssl_st;
 
 namespace tarno::osa
 {
@@ -17,32 +13,21 @@ namespace tarno::osa
 class TlsSession
 {
   public:
-    // Throws std::bad_alloc.
-    TlsSession(ssl_ctx_st& context, int socket);
+    virtual ~TlsSession() = default;
 
     // Again until it yields something else than waiting. After Failed the peer has been told why.
-    StreamResult Handshake();
-    StreamResult Read(std::span<char> room);
+    virtual StreamResult Handshake() = 0;
+    virtual StreamResult Read(std::span<char> room) = 0;
     // After WaitWrite the next call has to begin with the same bytes.
-    StreamResult Write(std::string_view bytes);
+    virtual StreamResult Write(std::string_view bytes) = 0;
     // Whether the peer has sent anything.
-    bool Begun() const;
+    virtual bool Begun() const = 0;
     // After the handshake: whether it went on with an earlier session.
-    bool Resumed() const;
+    virtual bool Resumed() const = 0;
     // After the handshake: the last common name of the client's certificate as "CN=..."; empty without one.
-    std::string PeerName() const;
+    virtual std::string PeerName() const = 0;
     // Tells the peer that nothing more will come, if it can be told without waiting.
-    void End();
-
-  private:
-    StreamResult Outcome(int result);
-
-    struct Free
-    {
-        void operator()(ssl_st* session) const;
-    };
-    std::unique_ptr<ssl_st, Free> m_session;
-    bool m_sound = false; // from the end of the handshake to the first failure
+    virtual void End() = 0;
 };
 
 } // namespace tarno::osa

@@ -51,7 +51,7 @@ std::vector<std::string> TlsSource::Renew()
     return changed;
 }
 
-std::shared_ptr<ssl_ctx_st> TlsSource::Current()
+std::shared_ptr<TlsContext> TlsSource::Current()
 {
     const MutexLock hold(m_lock);
     std::vector<std::string> changed = Renew();
@@ -85,13 +85,11 @@ TlsFiles TlsSource::Files() const
             pem(m_settings.revoked)};
 }
 
-std::shared_ptr<ssl_ctx_st> TlsSource::Make()
+std::shared_ptr<TlsContext> TlsSource::Make()
 {
-    TlsFiles files = Files();
-    auto context = MakeTlsContext(files, m_settings.sessionTime);
-    gCertificateEnds.Set(static_cast<double>(EndOfCertificate(files.certificate)));
+    auto context = MakeTlsContext(Files(), m_settings.sessionTime);
+    gCertificateEnds.Set(static_cast<double>(context->EndOfCertificate()));
     m_warned = {}; // what is new may be about to end as well
-    m_inForce = std::move(files);
     return context;
 }
 
@@ -101,15 +99,15 @@ void TlsSource::Warn(std::chrono::system_clock::time_point now)
     if (now - m_warned < kDay)
         return;
     m_warned = now;
-    const std::time_t end = EndOfCertificate(m_inForce.certificate);
+    const std::time_t end = m_context->EndOfCertificate();
     const auto left = std::chrono::system_clock::from_time_t(end) - now;
     if (left < kDaysOfWarning * kDay)
-        analytics::platform::Say(m_inForce.certificate.path + ": the certificate " +
+        analytics::platform::Say(m_settings.certificate + ": the certificate " +
                                  (left.count() > 0 ? "ends" : "has ended") + " on " + Date(end) +
                                  "; put a new one in its place");
-    const std::string expired = m_inForce.revoked ? ExpiredRevocationList(*m_inForce.revoked) : "";
+    const std::string expired = m_context->ExpiredRevocationList();
     if (!expired.empty())
-        analytics::platform::Say(m_inForce.revoked->path + ": the revocation list of " + expired +
+        analytics::platform::Say(m_settings.revoked + ": the revocation list of " + expired +
                                  " has expired, and still counts; put a new one in its place");
 }
 

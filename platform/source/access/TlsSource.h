@@ -11,8 +11,6 @@
 #include <string>
 #include <vector>
 
-struct ssl_ctx_st;
-
 namespace tarno::osa
 {
 
@@ -25,7 +23,7 @@ class TlsSource
     // Throws AccessFault.
     explicit TlsSource(const AccessSettings& settings);
 
-    std::shared_ptr<ssl_ctx_st> Current();
+    std::shared_ptr<TlsContext> Current();
     // To be called now and then: says once a day what ends soon or has expired.
     void Warn(std::chrono::system_clock::time_point now);
 
@@ -34,14 +32,13 @@ class TlsSource
 
     std::vector<std::string> Renew() ANALYTICS_REQUIRES(m_lock);
     TlsFiles Files() const ANALYTICS_REQUIRES(m_lock);
-    std::shared_ptr<ssl_ctx_st> Make() ANALYTICS_REQUIRES(m_lock);
+    std::shared_ptr<TlsContext> Make() ANALYTICS_REQUIRES(m_lock);
 
     const AccessSettings m_settings;
     analytics::platform::Mutex m_lock;
     std::list<WatchedFile> m_files ANALYTICS_GUARDED_BY(m_lock); // those that the settings name
     std::string m_roles ANALYTICS_GUARDED_BY(m_lock);
-    TlsFiles m_inForce ANALYTICS_GUARDED_BY(m_lock);
-    std::shared_ptr<ssl_ctx_st> m_context ANALYTICS_GUARDED_BY(m_lock);
+    std::shared_ptr<TlsContext> m_context ANALYTICS_GUARDED_BY(m_lock);
     std::chrono::system_clock::time_point m_warned ANALYTICS_GUARDED_BY(m_lock);
 };
 

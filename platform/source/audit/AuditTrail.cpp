@@ -2,24 +2,18 @@
 
 #include <analytics/Settings.h>
 
+#include "audit/Journal.h"
 #include "files/FileStamp.h"
 #include "files/StandardError.h"
 #include "metrics/Metrics.h"
 #include "settings/Configuration.h"
 #include "threads/PerPath.h"
 
-#define SD_JOURNAL_SUPPRESS_LOCATION
-#include <systemd/sd-journal.h>
-
 #include <fcntl.h>
-#include <sys/uio.h>
-#include <syslog.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <system_error>
-#include <vector>
 
 namespace analytics::platform
 {
@@ -68,29 +62,6 @@ std::vector<AuditEntry> AccessRefusals::Rest()
 namespace
 {
 constexpr std::chrono::seconds kTick{1};
-constexpr const char* kJournalSocket = "/run/systemd/journal/socket";
-
-// libsystemd reports a line as sent where there is no journal.
-bool SendToJournal(const AuditLine& line)
-{
-    if (access(kJournalSocket, W_OK) != 0)
-        return false;
-    std::vector<std::string> texts = {"MESSAGE=" + line.text, "PRIORITY=" + std::to_string(LOG_NOTICE),
-                                      "SYSLOG_IDENTIFIER=varlo-analytics-host"};
-    texts.reserve(texts.size() + line.fields.size());
-    for (const auto& [name, value] : line.fields)
-    {
-        std::string field = "VARLO_" + name;
-        std::ranges::transform(field, field.begin(),
-                               [](char c) { return c >= 'a' && c <= 'z' ? char(c - 32) : c; });
-        texts.push_back(field + '=' + value);
-    }
-    std::vector<iovec> fields;
-    fields.reserve(texts.size());
-    for (std::string& text : texts)
-        fields.push_back({text.data(), text.size()});
-    return sd_journal_sendv(fields.data(), static_cast<int>(fields.size())) == 0;
-}
 
 // None if the settings name none.
 std::shared_ptr<AuditTrail> CurrentTrail()

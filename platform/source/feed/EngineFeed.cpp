@@ -8,15 +8,15 @@
 #include "settings/Configuration.h"
 
 #include <fcntl.h>
+#include <nettle/sha2.h>
 #include <nlohmann/json.hpp>
-#include <openssl/evp.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <chrono>
 #include <filesystem>
-#include <stdexcept>
 #include <system_error>
 
 namespace analytics::platform
@@ -31,13 +31,14 @@ constexpr std::int64_t kMostSequence = std::int64_t{1} << 53;
 
 std::string Sha256(const std::string& text)
 {
-    unsigned char digest[EVP_MAX_MD_SIZE];
-    std::size_t length = 0;
-    if (EVP_Q_digest(nullptr, "SHA256", nullptr, text.data(), text.size(), digest, &length) != 1)
-        throw std::runtime_error("no SHA-256 could be computed");
+    sha256_ctx context;
+    sha256_init(&context);
+    sha256_update(&context, text.size(), reinterpret_cast<const std::uint8_t*>(text.data()));
+    std::array<std::uint8_t, SHA256_DIGEST_SIZE> digest = {};
+    sha256_digest(&context, digest.size(), digest.data());
     std::string hexadecimal;
-    for (std::size_t at = 0; at < length; ++at)
-        for (const int digit : {digest[at] >> 4, digest[at] & 15})
+    for (const std::uint8_t byte : digest)
+        for (const int digit : {byte >> 4, byte & 15})
             hexadecimal += "0123456789abcdef"[digit];
     return hexadecimal;
 }

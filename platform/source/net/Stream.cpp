@@ -35,11 +35,11 @@ StreamResult ReadPlain(int socket, std::span<char> room)
 
 } // namespace
 
-Stream::Stream(analytics::platform::FileHandle socket, const std::shared_ptr<ssl_ctx_st>& tls)
-    : m_socket(std::move(socket))
+Stream::Stream(analytics::platform::FileHandle socket, std::shared_ptr<TlsContext> tls)
+    : m_socket(std::move(socket)), m_context(std::move(tls))
 {
-    if (tls != nullptr)
-        m_tls = std::make_unique<TlsSession>(*tls, m_socket.Get());
+    if (m_context != nullptr)
+        m_tls = m_context->NewSession(m_socket.Get());
 }
 
 StreamResult Stream::Open()

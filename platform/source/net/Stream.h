@@ -1,6 +1,6 @@
 #pragma once
 
-#include "access/TlsSession.h"
+#include "access/TlsContext.h"
 #include "files/FileHandle.h"
 
 #include <memory>
@@ -15,9 +15,8 @@ namespace tarno::osa
 class Stream
 {
   public:
-    // A socket that doesn't block. With `tls`, the context of its sessions, everything goes through TLS.
-    // Throws std::bad_alloc.
-    Stream(analytics::platform::FileHandle socket, const std::shared_ptr<ssl_ctx_st>& tls);
+    // A socket that doesn't block. With `tls` everything goes through TLS. Throws std::bad_alloc.
+    Stream(analytics::platform::FileHandle socket, std::shared_ptr<TlsContext> tls);
 
     // What has to be agreed on first; to be repeated until it is Done.
     StreamResult Open();
@@ -44,7 +43,8 @@ class Stream
 
   private:
     analytics::platform::FileHandle m_socket;
-    std::unique_ptr<TlsSession> m_tls; // goes before the socket
+    std::shared_ptr<TlsContext> m_context;
+    std::unique_ptr<TlsSession> m_tls; // goes before the socket and the context
 };
 
 } // namespace tarno::osa

@@ -1,6 +1,7 @@
 #include "access/TlsContext.h"
 
-#include "access/SessionCache.h"
+#include "tls/OpenSslSession.h"
+#include "tls/SessionCache.h"
 
 #include <openssl/err.h>
 #include <openssl/pem.h>
@@ -172,33 +173,11 @@ void SetRules(SSL_CTX* context)
                                   SSL_MODE_ACCEPT_MOVING_WRITE_BUFFER);
 }
 
-} // namespace
-
-std::shared_ptr<ssl_ctx_st> MakeTlsContext(const TlsFiles& files, std::chrono::seconds sessionTime)
-{
-    const auto cache = std::make_shared<SessionCache>();
-    // The context goes first.
-    const std::shared_ptr<SSL_CTX> context(SSL_CTX_new(TLS_server_method()),
-                                           [cache](SSL_CTX* made) { SSL_CTX_free(made); });
-    if (context == nullptr)
-        throw std::bad_alloc();
-    SetRules(context.get());
-    UseCertificate(context.get(), files.certificate);
-    UseKey(context.get(), files.privateKey, files.certificate);
-    if (files.authority)
-        RequireClientCertificates(context.get(), *files.authority);
-    if (files.revoked)
-        RefuseRevoked(context.get(), *files.revoked);
-    if (sessionTime.count() > 0)
-        cache->Serve(*context, sessionTime);
-    return context;
-}
-
-std::time_t EndOfCertificate(const PemFile& file)
+std::time_t EndOf(const PemFile& certificates)
 {
     tm end = {};
     bool first = true;
-    ForEachCertificate(file,
+    ForEachCertificate(certificates,
                        [&](X509* certificate)
                        {
                            if (std::exchange(first, false))
@@ -207,10 +186,47 @@ std::time_t EndOfCertificate(const PemFile& file)
     return timegm(&end);
 }
 
-std::string ExpiredRevocationList(const PemFile& file)
+class OpenSslContext : public TlsContext
+{
+  public:
+    OpenSslContext(const TlsFiles& files, std::chrono::seconds sessionTime)
+        : m_endOfCertificate(EndOf(files.certificate)),
+          m_revoked(files.revoked),
+          m_context(SSL_CTX_new(TLS_server_method()))
+    {
+        if (m_context == nullptr)
+            throw std::bad_alloc();
+        SetRules(m_context.get());
+        UseCertificate(m_context.get(), files.certificate);
+        UseKey(m_context.get(), files.privateKey, files.certificate);
+        if (files.authority)
+            RequireClientCertificates(m_context.get(), *files.authority);
+        if (files.revoked)
+            RefuseRevoked(m_context.get(), *files.revoked);
+        if (sessionTime.count() > 0)
+            m_cache.Serve(*m_context, sessionTime);
+    }
+
+    std::unique_ptr<TlsSession> NewSession(int socket) override
+    {
+        return std::make_unique<OpenSslSession>(*m_context, socket);
+    }
+    std::time_t EndOfCertificate() const override { return m_endOfCertificate; }
+    std::string ExpiredRevocationList() const override;
+
+  private:
+    const std::time_t m_endOfCertificate;
+    const std::optional<PemFile> m_revoked;
+    SessionCache m_cache;
+    const std::unique_ptr<SSL_CTX, Free<SSL_CTX_free>> m_context; // goes before the cache
+};
+
+std::string OpenSslContext::ExpiredRevocationList() const
 {
     std::string expired;
-    ForEachList(file,
+    if (!m_revoked)
+        return expired;
+    ForEachList(*m_revoked,
                 [&expired](X509_CRL* list)
                 {
                     const ASN1_TIME* const end = X509_CRL_get0_nextUpdate(list);
@@ -225,6 +241,13 @@ std::string ExpiredRevocationList(const PemFile& file)
                     expired.assign(name, static_cast<std::size_t>(size));
                 });
     return expired;
+}
+
+} // namespace
+
+std::shared_ptr<TlsContext> MakeTlsContext(const TlsFiles& files, std::chrono::seconds sessionTime)
+{
+    return std::make_shared<OpenSslContext>(files, sessionTime);
 }
 
 } // namespace tarno::osa

@@ -1,4 +1,4 @@
-#include "access/SessionCache.h"
+#include "tls/SessionCache.h"
 
 #include <openssl/ssl.h>
 

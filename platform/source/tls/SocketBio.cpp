@@ -1,4 +1,4 @@
-#include "access/SocketBio.h"
+#include "tls/SocketBio.h"
 
 #include <openssl/bio.h>
 #include <sys/socket.h>

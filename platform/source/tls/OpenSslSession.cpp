@@ -1,6 +1,6 @@
-#include "access/TlsSession.h"
+#include "tls/OpenSslSession.h"
 
-#include "access/SocketBio.h"
+#include "tls/SocketBio.h"
 
 #include <openssl/err.h>
 #include <openssl/ssl.h>
@@ -10,9 +10,9 @@
 namespace tarno::osa
 {
 
-void TlsSession::Free::operator()(ssl_st* session) const { SSL_free(session); }
+void OpenSslSession::Free::operator()(ssl_st* session) const { SSL_free(session); }
 
-TlsSession::TlsSession(ssl_ctx_st& context, int socket) : m_session(SSL_new(&context))
+OpenSslSession::OpenSslSession(ssl_ctx_st& context, int socket) : m_session(SSL_new(&context))
 {
     if (m_session == nullptr)
         throw std::bad_alloc();
@@ -21,7 +21,7 @@ TlsSession::TlsSession(ssl_ctx_st& context, int socket) : m_session(SSL_new(&con
     SSL_set_accept_state(m_session.get());
 }
 
-StreamResult TlsSession::Outcome(int result)
+StreamResult OpenSslSession::Outcome(int result)
 {
     const auto done = static_cast<std::size_t>(result > 0 ? result : 0);
     switch (SSL_get_error(m_session.get(), result))
@@ -45,7 +45,7 @@ StreamResult TlsSession::Outcome(int result)
     return {reason == SSL_R_HTTP_REQUEST ? StreamState::NotTls : StreamState::Failed};
 }
 
-StreamResult TlsSession::Handshake()
+StreamResult OpenSslSession::Handshake()
 {
     ERR_clear_error();
     const StreamResult result = Outcome(SSL_do_handshake(m_session.get()));
@@ -53,13 +53,13 @@ StreamResult TlsSession::Handshake()
     return result;
 }
 
-StreamResult TlsSession::Read(std::span<char> room)
+StreamResult OpenSslSession::Read(std::span<char> room)
 {
     ERR_clear_error();
     return Outcome(SSL_read(m_session.get(), room.data(), static_cast<int>(room.size())));
 }
 
-StreamResult TlsSession::Write(std::string_view bytes)
+StreamResult OpenSslSession::Write(std::string_view bytes)
 {
     constexpr std::size_t kRecord = SSL3_RT_MAX_PLAIN_LENGTH;
     ERR_clear_error();
@@ -67,11 +67,11 @@ StreamResult TlsSession::Write(std::string_view bytes)
                              static_cast<int>(bytes.size() < kRecord ? bytes.size() : kRecord)));
 }
 
-bool TlsSession::Begun() const { return BIO_number_read(SSL_get_rbio(m_session.get())) > 0; }
+bool OpenSslSession::Begun() const { return BIO_number_read(SSL_get_rbio(m_session.get())) > 0; }
 
-bool TlsSession::Resumed() const { return SSL_session_reused(m_session.get()) == 1; }
+bool OpenSslSession::Resumed() const { return SSL_session_reused(m_session.get()) == 1; }
 
-std::string TlsSession::PeerName() const
+std::string OpenSslSession::PeerName() const
 {
     X509* const certificate = SSL_get0_peer_certificate(m_session.get());
     if (certificate == nullptr)
@@ -91,7 +91,7 @@ std::string TlsSession::PeerName() const
     return name;
 }
 
-void TlsSession::End()
+void OpenSslSession::End()
 {
     if (!m_sound)
         return;
