@@ -35,7 +35,8 @@ class Build:
         self.folder = Path(folder).resolve()
         cache = (self.folder / "CMakeCache.txt").read_text(encoding="utf-8")
         self.strip = re.search(r"^CMAKE_STRIP:\w+=(.*)$", cache, re.M).group(1)
-        self.triplet = output(re.search(r"^CMAKE_CXX_COMPILER:\w+=(.*)$", cache, re.M).group(1), "-dumpmachine").strip()
+        compiler = next(self.folder.glob("CMakeFiles/*/CMakeCXXCompiler.cmake")).read_text(encoding="utf-8")
+        self.triplet = output(re.search(r'set\(CMAKE_CXX_COMPILER "(.*)"\)', compiler).group(1), "-dumpmachine").strip()
 
     def ours(self):
         return {Path(file).name: self.folder / file for file in OURS}
