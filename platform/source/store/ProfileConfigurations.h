@@ -2,6 +2,7 @@
 
 #include <analytics/Manifest.h>
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -22,6 +23,15 @@ struct StoredConfiguration
     bool active = false;
 };
 
+// ClientFault unless the profile exists, and then with `refusal` if it isn't empty.
+void RequireIn(platform::StoreConnection& connection, int profile, const std::string& refusal = "");
+
+void PutIn(platform::StoreConnection& connection, int profile, const StoredConfiguration& stored);
+// False if the profile holds it already.
+bool AddIn(platform::StoreConnection& connection, int profile, const StoredConfiguration& stored);
+// Of the rules or engines that a profile holds, in order; nothing if there is no such profile.
+std::optional<std::vector<std::string>> IdsIn(platform::StoreConnection& connection, int profile,
+                                              PluginType kind, bool onlyActive);
 // All that a profile holds.
 std::vector<StoredConfiguration> ConfigurationsIn(platform::StoreConnection& connection, int profile);
 // The engine document of a profile that holds these.

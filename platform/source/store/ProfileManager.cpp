@@ -4,27 +4,23 @@
 #include <analytics/PluginManager.h>
 #include <analytics/Settings.h>
 
-#include "audit/AuditTrail.h"
-#include "files/StandardError.h"
-#include "metrics/Metrics.h"
-#include "request/Request.h"
+#include "request/DocumentLimit.h"
+#include "request/WorkMemory.h"
 #include "settings/Configuration.h"
 #include "store/ProfileStore.h"
 #include "store/SizeLimits.h"
-#include "xml/Text.h"
+#include "store/StoreConnection.h"
 
 #include <iterator>
-#include <optional>
-#include <utility>
 
 namespace analytics
 {
 namespace
 {
 using platform::AuditEntry;
+using platform::Query;
 using platform::Role;
-
-constexpr std::size_t kTextBytes = 255;
+using platform::StoreConnection;
 
 struct Kind
 {
@@ -35,129 +31,44 @@ struct Kind
 constexpr Kind kRuleKind = {RulePlugin, "rule", "behavior"};
 constexpr Kind kEngineKind = {EnginePlugin, "engine", "engine"};
 
-struct Command
-{
-    ProfileSwitch which;
-    bool on;
-};
 // The number of a command is its place.
-constexpr Command kCommands[] = {
-    {ProfileSwitch::Analytics, false},
-    {ProfileSwitch::Analytics, true},
-    {ProfileSwitch::MD, false},
-    {ProfileSwitch::MD, true},
+constexpr const char* kCommands[] = {
+    "UPDATE state SET analytics_run = 0",
+    "UPDATE state SET analytics_run = 1",
+    "UPDATE state SET md_active = 0",
+    "UPDATE state SET md_active = 1",
 };
 
-constexpr const char* MayNot(Role needed)
-{
-    return needed == Role::Administrator ? " may not change profiles" : " may not run or stop anything";
-}
+constexpr const char* kList =
+    "SELECT profile.id, name, preset, profile.id IS active_profile FROM profile, state ORDER BY profile.id";
+constexpr const char* kFind =
+    "SELECT profile.id, name, preset, profile.id IS active_profile FROM profile, state WHERE profile.id = ?";
+constexpr const char* kDocument =
+    "SELECT document FROM configuration WHERE profile = ? AND kind = ? AND plugin = ?";
+constexpr const char* kDocumentBytes = "SELECT length(CAST(document AS BLOB)) FROM configuration"
+                                       " WHERE profile = ? AND kind = ? AND plugin = ?";
 
-void RequireRole(Role needed)
+// An operation of one statement; RequireIn() comes first. Keeps references to the values.
+template <class... Values>
+auto OnProfile(int profile, const std::string& refusal, const char* sql, const Values&... values)
 {
-    const platform::Caller* const caller = platform::CurrentCaller();
-    if (caller == nullptr || caller->role >= needed)
-        return;
-    platform::gRefusedByRole.Add();
-    throw ClientFault((caller->name.empty() ? "Nobody" : caller->name) + MayNot(needed));
-}
-
-// One call that changes the store, with its line in the audit trail. `action` may fill in the entry.
-template <class Action>
-bool Change(Role needed, AuditEntry entry, const Action& action)
-{
-    platform::Audited(entry,
-                      [&]
-                      {
-                          RequireRole(needed);
-                          action(entry);
-                      });
-    platform::gStoreChanges.Add();
-    return true;
-}
-
-// Why a text can't be a profile's name or camera preset; empty if it can. Both go out in XML documents.
-std::string TextRefusal(const std::string& what, const std::string& text)
-{
-    if (text.size() > kTextBytes)
-        return what + " is longer than " + std::to_string(kTextBytes) + " bytes";
-    return xml::IsXmlText(text) ? "" : what + " holds a character that XML does not allow";
-}
-std::string NameRefusal(const std::string& name) { return TextRefusal("The profile name", name); }
-std::string PresetRefusal(const std::string& preset) { return TextRefusal("The camera preset", preset); }
-
-// A profile that doesn't exist is said before anything else that is wrong.
-void Refuse(ProfileStore& store, int profileId, const std::string& refusal)
-{
-    if (refusal.empty())
-        return;
-    store.Require(profileId);
-    throw ClientFault(refusal);
-}
-
-// The engine's part of a behavior comes before its rule, in a call of its own. It is held until the request
-// brings the rule, so that both are stored or neither; without a rule it is stored by itself, before the
-// request does anything else with a store, or when it ends.
-struct HeldEngine
-{
-    ProfileStore* store = nullptr; // null: none is held
-    int profile = 0;
-    StoredConfiguration engine;
-};
-thread_local HeldEngine gHeld;
-
-AuditEntry EntryOf(int profile, const StoredConfiguration& engine)
-{
-    return {.change = "SetEngineConfig", .profile = profile, .plugin = engine.id};
-}
-
-void StoreHeld()
-{
-    if (gHeld.store == nullptr)
-        return;
-    const HeldEngine held = std::exchange(gHeld, {});
-    Change(Role::Administrator, EntryOf(held.profile, held.engine),
-           [&held](AuditEntry& /*entry*/) { held.store->Put(held.profile, {held.engine}); });
-}
-
-// `store`, after what is held.
-ProfileStore& Settled(ProfileStore& store)
-{
-    StoreHeld();
-    return store;
-}
-
-void StoreHeldAtEnd()
-{
-    try
+    return [profile, refusal, sql, &values...](StoreConnection& connection)
     {
-        StoreHeld();
-    }
-    catch (const std::exception& error)
-    {
-        platform::Say(std::string("The configuration of an engine was not stored: ") + error.what());
-    }
+        RequireIn(connection, profile, refusal);
+        Query(connection, sql, values...).Run();
+    };
 }
 
-// Adds the plug-in to the profile with its default configuration, not active.
-void AddPlugin(ProfileStore& store, int profileId, const Kind& kind, const std::string& id)
+// The text in the first row; nothing if there is none.
+template <class... Values>
+std::optional<std::string> TextOf(ProfileStore& store, const char* sql, const Values&... values)
 {
-    store.Require(profileId);
-    const Manifest manifest = platform::ManifestOf(id);
-    if (manifest.Type() != kind.typeName)
-        throw ClientFault("There is no " + std::string(kind.word) + " " + id + " on this camera");
-    const std::string config = PluginManager().GetDefaultConfiguration(id);
-    if (config.empty())
-        throw AnalyticsFault("The plug-in " + id + " brings no default configuration; set one instead");
-    if (!store.Add(profileId, {kind.type, manifest.Id(), config, false}))
-        throw ClientFault("Profile " + std::to_string(profileId) + " has the " + kind.word + " " + id +
-                          " already");
-}
-
-void DeletePlugin(ProfileStore& store, int profileId, const Kind& kind, const std::string& id)
-{
-    if (!store.Remove(profileId, kind.type, id))
-        throw ClientFault("Profile " + std::to_string(profileId) + " has no " + kind.word + " " + id);
+    return store.Get(
+        [&](StoreConnection& connection)
+        {
+            Query row(connection, sql, values...);
+            return row.Next() ? std::optional(row.Text(0)) : std::nullopt;
+        });
 }
 
 template <class Value>
@@ -167,6 +78,102 @@ bool Take(std::optional<Value> found, Value& target)
         target = std::move(*found);
     return found.has_value();
 }
+
+// False if there is no such profile.
+bool TakeIds(ProfileStore& store, int profile, const Kind& kind, bool onlyActive,
+             std::vector<std::string>& target)
+{
+    return Take(store.Get([&](StoreConnection& c) { return IdsIn(c, profile, kind.type, onlyActive); }),
+                target);
+}
+
+// Of what is given back, which may have been in memory before.
+void BeginHolding(std::int64_t bytes)
+{
+    platform::LiftDocumentLimit();
+    platform::ClaimForStored(static_cast<std::size_t>(bytes));
+}
+
+// Before any of it is in memory.
+void BeginReading(int profile, std::int64_t bytes)
+{
+    platform::RequireReadable(profile, bytes);
+    BeginHolding(bytes);
+}
+
+bool TakeDocument(ProfileStore& store, int profile, const Kind& kind, const std::string& id,
+                  std::string& target)
+{
+    const auto read = [&]
+    {
+        if (const auto bytes = TextOf(store, kDocumentBytes, profile, int{kind.type}, id))
+            BeginReading(profile, std::stoll(*bytes));
+        return TextOf(store, kDocument, profile, int{kind.type}, id);
+    };
+    const auto size = [](const std::optional<std::string>& text) { return text ? text->size() : 0; };
+    auto document = store.Cached(&ProfileStore::documents, std::tuple(profile, kind.type, id), read, size);
+    if (document)
+        BeginHolding(std::ssize(*document));
+    return Take(std::move(document), target);
+}
+
+ProfileSummary SummaryOf(Query& row) { return {row.Number(0), row.Text(1), row.Text(2), row.Flag(3)}; }
+
+// An empty one if there is no such profile.
+ProfileSummary Find(ProfileStore& store, int profile)
+{
+    const auto read = [profile](StoreConnection& connection)
+    {
+        Query row(connection, kFind, profile);
+        return row.Next() ? std::optional(SummaryOf(row)) : std::nullopt;
+    };
+    return store.Cached(&ProfileStore::found, profile, [&] { return store.Get(read); })
+        .value_or(ProfileSummary());
+}
+
+// Adds the plug-in to the profile with its default configuration, not active.
+bool AddPlugin(ProfileStore& store, AuditEntry entry, const Kind& kind)
+{
+    const int profile = entry.profile.value();
+    const std::string& id = entry.plugin;
+    const auto add = [&]
+    {
+        store.Require(profile);
+        const Manifest manifest = platform::ManifestOf(id);
+        if (manifest.Type() != kind.typeName)
+            throw ClientFault("There is no " + std::string(kind.word) + " " + id + " on this camera");
+        const std::string config = PluginManager().GetDefaultConfiguration(id);
+        if (config.empty())
+            throw AnalyticsFault("The plug-in " + id + " brings no default configuration; set one instead");
+        const std::int64_t limit = platform::ProfileBytes();
+        store.Write(profile,
+                    [&](StoreConnection& connection)
+                    {
+                        RequireIn(connection, profile);
+                        if (!AddIn(connection, profile, {kind.type, manifest.Id(), config, false}))
+                            throw ClientFault("Profile " + std::to_string(profile) + " has the " + kind.word +
+                                              " " + id + " already");
+                        platform::RequireStorable(platform::BytesIn(connection, profile), limit);
+                    });
+    };
+    return store.Audited(Role::Administrator, entry, add);
+}
+
+bool DeletePlugin(ProfileStore& store, const AuditEntry& entry, const Kind& kind)
+{
+    return store.Change(
+        Role::Administrator, entry,
+        [&](StoreConnection& connection)
+        {
+            const int profile = entry.profile.value();
+            RequireIn(connection, profile);
+            if (Query(connection, "DELETE FROM configuration WHERE profile = ? AND kind = ? AND plugin = ?",
+                      profile, static_cast<int>(kind.type), entry.plugin)
+                    .Run() == 0)
+                throw ClientFault("Profile " + std::to_string(profile) + " has no " + kind.word + " " +
+                                  entry.plugin);
+        });
+}
 } // namespace
 
 ProfileManager::ProfileManager()
@@ -174,215 +181,214 @@ ProfileManager::ProfileManager()
 {
 }
 
-ProfileManager::~ProfileManager()
-{
-    if (gHeld.store == m_store.get())
-        StoreHeldAtEnd();
-}
+ProfileManager::~ProfileManager() = default;
 
 bool ProfileManager::CreateProfile(int& profileId, const std::string& name)
 {
-    return Change(Role::Administrator, {.change = "CreateProfile"},
-                  [&](AuditEntry& entry)
-                  {
-                      if (const std::string refusal = NameRefusal(name); !refusal.empty())
-                          throw ClientFault(refusal);
-                      profileId = Settled(*m_store).Create(name);
-                      entry.profile = profileId;
-                  });
+    AuditEntry entry{.change = "CreateProfile"};
+    const auto create = [&]
+    {
+        if (const std::string refusal = platform::NameRefusal(name); !refusal.empty())
+            throw ClientFault(refusal);
+        int created = 0;
+        m_store->Write(INVALID_PROFILE_ID,
+                       [&](StoreConnection& connection)
+                       {
+                           Query(connection, "INSERT INTO profile (name) VALUES (?)", name).Run();
+                           created = static_cast<int>(connection.Database().getLastInsertRowid());
+                       });
+        profileId = created;
+        entry.profile = created;
+    };
+    return m_store->Audited(Role::Administrator, entry, create);
 }
 
+// The database's own references stop the profile and take its configurations along.
 bool ProfileManager::DeleteProfile(int profileId)
 {
-    return Change(Role::Administrator, {.change = "DeleteProfile", .profile = profileId},
-                  [&](AuditEntry& /*entry*/) { Settled(*m_store).Delete(profileId); });
+    return m_store->Change(Role::Administrator, {.change = "DeleteProfile", .profile = profileId},
+                           OnProfile(profileId, "", "DELETE FROM profile WHERE id = ?", profileId));
 }
 
 bool ProfileManager::ExecuteProfile(int profileId)
 {
-    return Change(Role::Operator, {.change = "ExecuteProfile", .profile = profileId},
-                  [&](AuditEntry& /*entry*/) { Settled(*m_store).Activate(profileId); });
+    return m_store->Change(Role::Operator, {.change = "ExecuteProfile", .profile = profileId},
+                           OnProfile(profileId, "", "UPDATE state SET active_profile = ?", profileId));
 }
 
 bool ProfileManager::StopProfile(int profileId)
 {
     const auto profile = profileId == INVALID_PROFILE_ID ? std::nullopt : std::optional(profileId);
-    return Change(Role::Operator, {.change = "StopProfile", .profile = profileId},
-                  [&](AuditEntry& /*entry*/) { Settled(*m_store).Deactivate(profile); });
+    const auto stop = [&](StoreConnection& connection)
+    {
+        if (profile)
+            RequireIn(connection, *profile);
+        Query(connection,
+              "UPDATE state SET active_profile = NULL WHERE active_profile = ifnull(?, active_profile)",
+              profile)
+            .Run();
+    };
+    return m_store->Change(Role::Operator, {.change = "StopProfile", .profile = profileId}, stop);
 }
 
 bool ProfileManager::AlgorithmControl(int command)
 {
-    return Change(Role::Operator, {.change = "AlgorithmControl", .command = command},
-                  [&](AuditEntry& /*entry*/)
-                  {
-                      if (command < 0 || command >= std::ssize(kCommands))
-                          throw ClientFault("Unknown algorithm command " + std::to_string(command));
-                      Settled(*m_store).Switch(kCommands[command].which, kCommands[command].on);
-                  });
+    return m_store->Change(Role::Operator, {.change = "AlgorithmControl", .command = command},
+                           [&](StoreConnection& connection)
+                           {
+                               if (command < 0 || command >= std::ssize(kCommands))
+                                   throw ClientFault("Unknown algorithm command " + std::to_string(command));
+                               Query(connection, kCommands[command]).Run();
+                           });
 }
 
 bool ProfileManager::GetActiveProfile(int& profileId) const
 {
-    profileId = Settled(*m_store).Active().value_or(profileId);
+    if (const auto active =
+            TextOf(*m_store, "SELECT active_profile FROM state WHERE active_profile IS NOT NULL"))
+        profileId = std::stoi(*active);
     return true;
 }
 
 bool ProfileManager::GetProfileList(std::vector<ProfileSummary>& list) const
 {
-    list = Settled(*m_store).List();
+    const auto read = [](StoreConnection& connection)
+    {
+        std::vector<ProfileSummary> profiles;
+        Query row(connection, kList);
+        while (row.Next())
+            profiles.push_back(SummaryOf(row));
+        return profiles;
+    };
+    const auto size = [](const std::vector<ProfileSummary>& profiles)
+    {
+        std::size_t bytes = 0;
+        for (const ProfileSummary& profile : profiles)
+            bytes += sizeof(profile) + profile.name.size() + profile.preset.size();
+        return bytes;
+    };
+    list = m_store->Cached(
+        &ProfileStore::list, 0, [&] { return m_store->Get(read); }, size);
     return true;
 }
 
-std::string ProfileManager::GetProfileName(int profileId)
-{
-    return Settled(*m_store).Find(profileId).value_or(ProfileSummary()).name;
-}
-
-std::string ProfileManager::GetCameraPreset(int profileId)
-{
-    return Settled(*m_store).Find(profileId).value_or(ProfileSummary()).preset;
-}
+std::string ProfileManager::GetProfileName(int profileId) { return Find(*m_store, profileId).name; }
+std::string ProfileManager::GetCameraPreset(int profileId) { return Find(*m_store, profileId).preset; }
 
 bool ProfileManager::SetProfileName(int profileId, const std::string& name)
 {
-    return Change(Role::Administrator, {.change = "SetProfileName", .profile = profileId},
-                  [&](AuditEntry& /*entry*/)
-                  {
-                      Refuse(Settled(*m_store), profileId, NameRefusal(name));
-                      Settled(*m_store).Describe(profileId, name, std::nullopt);
-                  });
+    return m_store->Change(Role::Administrator, {.change = "SetProfileName", .profile = profileId},
+                           OnProfile(profileId, platform::NameRefusal(name),
+                                     "UPDATE profile SET name = ? WHERE id = ?", name, profileId));
 }
 
 bool ProfileManager::SetCameraPreset(int profileId, const std::string& preset)
 {
-    return Change(Role::Administrator, {.change = "SetCameraPreset", .profile = profileId},
-                  [&](AuditEntry& /*entry*/)
-                  {
-                      Refuse(Settled(*m_store), profileId, PresetRefusal(preset));
-                      Settled(*m_store).Describe(profileId, std::nullopt, preset);
-                  });
+    return m_store->Change(Role::Administrator, {.change = "SetCameraPreset", .profile = profileId},
+                           OnProfile(profileId, platform::PresetRefusal(preset),
+                                     "UPDATE profile SET preset = ? WHERE id = ?", preset, profileId));
 }
 
-std::string ProfileManager::GetConfig(int profileId) { return Settled(*m_store).Merged(profileId); }
+std::string ProfileManager::GetConfig(int profileId)
+{
+    const auto merge = [&]
+    {
+        BeginReading(profileId,
+                     m_store->Get([&](StoreConnection& c) { return platform::BytesIn(c, profileId); }));
+        return Merge(m_store->Get([&](StoreConnection& c) { return ConfigurationsIn(c, profileId); }));
+    };
+    std::string merged = m_store->Cached(&ProfileStore::merged, profileId, merge, &std::string::size);
+    BeginHolding(std::ssize(merged));
+    return merged;
+}
 
 bool ProfileManager::GetRules(int profileId, std::vector<std::string>& rules) const
 {
-    return Take(Settled(*m_store).Ids(profileId, RulePlugin, false), rules);
+    return TakeIds(*m_store, profileId, kRuleKind, false, rules);
 }
 
 bool ProfileManager::GetActiveRules(int profileId, std::vector<std::string>& rules)
 {
-    return Take(Settled(*m_store).Ids(profileId, RulePlugin, true), rules);
+    return TakeIds(*m_store, profileId, kRuleKind, true, rules);
 }
 
 bool ProfileManager::GetRuleConfig(int profileId, const std::string& id, std::string& config) const
 {
-    return Take(Settled(*m_store).Document(profileId, RulePlugin, id), config);
+    return TakeDocument(*m_store, profileId, kRuleKind, id, config);
 }
 
 bool ProfileManager::SetRuleConfig(int profileId, const std::string& id, const std::string& config,
                                    bool active)
 {
     std::vector<StoredConfiguration> parts = {{RulePlugin, id, config, active}};
-    const auto store = [&]
+    const auto engine = m_store->TakeHeld(profileId);
+    if (engine)
+        parts.push_back(*engine);
+    const auto put = [&]
     {
-        return Change(Role::Administrator, {.change = "SetRuleConfig", .profile = profileId, .plugin = id},
-                      [&](AuditEntry& /*entry*/)
-                      {
-                          Refuse(Settled(*m_store), profileId, platform::DocumentRefusal("behavior", config));
-                          m_store->Put(profileId, parts);
-                      });
+        return m_store->Put({.change = "SetRuleConfig", .profile = profileId, .plugin = id}, parts,
+                            platform::DocumentRefusal("behavior", config));
     };
-    if (gHeld.store != m_store.get() || gHeld.profile != profileId)
-        return store();
-    parts.push_back(std::exchange(gHeld, {}).engine);
-    return Change(Role::Administrator, EntryOf(profileId, parts.back()),
-                  [&](AuditEntry& /*entry*/) { store(); });
+    if (!engine)
+        return put();
+    AuditEntry entry{.change = "SetEngineConfig", .profile = profileId, .plugin = engine->id};
+    return m_store->Audited(Role::Administrator, entry, put);
 }
 
 bool ProfileManager::AddRule(int profileId, const std::string& id)
 {
-    return Change(Role::Administrator, {.change = "AddRule", .profile = profileId, .plugin = id},
-                  [&](AuditEntry& /*entry*/) { AddPlugin(Settled(*m_store), profileId, kRuleKind, id); });
+    return AddPlugin(*m_store, {.change = "AddRule", .profile = profileId, .plugin = id}, kRuleKind);
 }
 
 bool ProfileManager::DeleteRule(int profileId, const std::string& id)
 {
-    return Change(Role::Administrator, {.change = "DeleteRule", .profile = profileId, .plugin = id},
-                  [&](AuditEntry& /*entry*/) { DeletePlugin(Settled(*m_store), profileId, kRuleKind, id); });
+    return DeletePlugin(*m_store, {.change = "DeleteRule", .profile = profileId, .plugin = id}, kRuleKind);
 }
 
 bool ProfileManager::GetEngines(int profileId, std::vector<std::string>& engines) const
 {
-    return Take(Settled(*m_store).Ids(profileId, EnginePlugin, false), engines);
+    return TakeIds(*m_store, profileId, kEngineKind, false, engines);
 }
 
 bool ProfileManager::GetEngineConfig(int profileId, const std::string& id, std::string& config)
 {
-    return Take(Settled(*m_store).Document(profileId, EnginePlugin, id), config);
+    return TakeDocument(*m_store, profileId, kEngineKind, id, config);
 }
 
 bool ProfileManager::SetEngineConfig(int profileId, const std::string& id, const std::string& config)
 {
-    const StoredConfiguration engine = {EnginePlugin, id, config, false};
-    AuditEntry entry = EntryOf(profileId, engine);
-    try
-    {
-        RequireRole(Role::Administrator);
-        Settled(*m_store).RequireRoom(profileId, engine);
-    }
-    catch (const std::exception&)
-    {
-        platform::Audited(entry, [] { throw; });
-    }
-    if (config.empty())
-    {
-        entry.result = platform::AuditResult::Refused;
-        entry.reason = "The configuration is empty";
-        platform::Audit(entry);
-        return false;
-    }
-    gHeld = {m_store.get(), profileId, engine};
-    if (platform::CurrentRequest() == 0)
-        StoreHeld();
-    else
-        platform::AtRequestEnd(StoreHeldAtEnd);
-    return true;
+    return m_store->Hold({.change = "SetEngineConfig", .profile = profileId, .plugin = id},
+                         {EnginePlugin, id, config, false});
 }
 
 bool ProfileManager::SetEngineConfig(int profileId, const std::string& id, const std::string& config,
                                      const std::string& profileName, const std::string& cameraPreset)
 {
-    const auto store = [&](AuditEntry& /*entry*/)
-    {
-        for (const std::string& refusal : {platform::DocumentRefusal("scene", config),
-                                           NameRefusal(profileName), PresetRefusal(cameraPreset)})
-            Refuse(Settled(*m_store), profileId, refusal);
-        Settled(*m_store).Put(profileId, {{EnginePlugin, id, config, false}}, profileName, cameraPreset);
-    };
-    return Change(Role::Administrator, {.change = "SetEngineConfig", .profile = profileId, .plugin = id},
-                  store);
+    std::string refusal = platform::DocumentRefusal("scene", config);
+    for (const std::string& other :
+         {platform::NameRefusal(profileName), platform::PresetRefusal(cameraPreset)})
+        if (refusal.empty())
+            refusal = other;
+    return m_store->Put({.change = "SetEngineConfig", .profile = profileId, .plugin = id},
+                        {{EnginePlugin, id, config, false}}, refusal, profileName, cameraPreset);
 }
 
 bool ProfileManager::AddEngine(int profileId, const std::string& id)
 {
-    return Change(Role::Administrator, {.change = "AddEngine", .profile = profileId, .plugin = id},
-                  [&](AuditEntry& /*entry*/) { AddPlugin(Settled(*m_store), profileId, kEngineKind, id); });
+    return AddPlugin(*m_store, {.change = "AddEngine", .profile = profileId, .plugin = id}, kEngineKind);
 }
 
 bool ProfileManager::DeleteEngine(int profileId, const std::string& id)
 {
-    return Change(Role::Administrator, {.change = "DeleteEngine", .profile = profileId, .plugin = id},
-                  [&](AuditEntry& /*entry*/)
-                  { DeletePlugin(Settled(*m_store), profileId, kEngineKind, id); });
+    return DeletePlugin(*m_store, {.change = "DeleteEngine", .profile = profileId, .plugin = id},
+                        kEngineKind);
 }
 
-bool ProfileManager::GetMDActiveState() { return Settled(*m_store).IsOn(ProfileSwitch::MD); }
+bool ProfileManager::GetMDActiveState() { return TextOf(*m_store, "SELECT md_active FROM state") == "1"; }
 
 bool ProfileManager::HasEnoughResource(int profileId, const std::string& id)
 {
-    Settled(*m_store).Require(profileId);
+    m_store->Require(profileId);
     if (platform::ManifestOf(id).Type() != kRuleKind.typeName)
         throw ClientFault("There is no behavior " + id + " on this camera");
     std::vector<std::string> rules;

@@ -3,101 +3,49 @@
 #include <analytics/Faults.h>
 #include <analytics/Platform.h>
 
+#include "files/StandardError.h"
 #include "metrics/Metrics.h"
-#include "request/DocumentLimit.h"
-#include "request/WorkMemory.h"
+#include "request/Request.h"
 #include "store/SizeLimits.h"
 #include "store/StoreConnection.h"
-
-#include <algorithm>
 
 namespace analytics
 {
 namespace
 {
+using platform::AuditEntry;
 using platform::Query;
+using platform::Role;
 using platform::StoreConnection;
 
-constexpr const char* kList =
-    "SELECT profile.id, name, preset, profile.id IS active_profile FROM profile, state ORDER BY profile.id";
-constexpr const char* kFind =
-    "SELECT profile.id, name, preset, profile.id IS active_profile FROM profile, state WHERE profile.id = ?";
-// A left join: no row without the profile, one row with a null if the profile holds nothing.
-constexpr const char* kIds = "SELECT plugin FROM profile LEFT JOIN configuration"
-                             " ON profile = profile.id AND kind = ? AND active >= ?"
-                             " WHERE profile.id = ? ORDER BY plugin";
-constexpr const char* kDocument =
-    "SELECT document FROM configuration WHERE profile = ? AND kind = ? AND plugin = ?";
-constexpr const char* kDocumentBytes = "SELECT length(CAST(document AS BLOB)) FROM configuration"
-                                       " WHERE profile = ? AND kind = ? AND plugin = ?";
-constexpr const char* kPut = "INSERT INTO configuration (profile, kind, plugin, active, document)"
-                             " VALUES (?, ?, ?, ?, ?) ON CONFLICT DO UPDATE"
-                             " SET active = excluded.active, document = excluded.document";
-constexpr const char* kAdd = "INSERT INTO configuration (profile, kind, plugin, active, document)"
-                             " VALUES (?, ?, ?, ?, ?) ON CONFLICT DO NOTHING";
-constexpr const char* kRemove = "DELETE FROM configuration WHERE profile = ? AND kind = ? AND plugin = ?";
-
-struct SwitchStatements
-{
-    const char* read;
-    const char* write;
-};
-// In the order of ProfileSwitch.
-constexpr SwitchStatements kSwitches[] = {
-    {"SELECT analytics_run FROM state", "UPDATE state SET analytics_run = ?"},
-    {"SELECT md_active FROM state", "UPDATE state SET md_active = ?"},
-};
-
-// What a change is about, if it isn't a profile that was there before.
+// An operator runs and stops what there is, which isn't a matter of one profile.
 constexpr std::optional<int> kCamera = std::nullopt;
-constexpr int kNew = -1;
+
+constexpr const char* kDescribe = "UPDATE profile SET name = ifnull(nullif(?, ''), name),"
+                                  " preset = ifnull(nullif(?, ''), preset) WHERE id = ?";
 
 // The store that StoreHealth() looks at.
 platform::Mutex gOpenLock;
 platform::Store* gOpen ANALYTICS_GUARDED_BY(gOpenLock) = nullptr;
 
-ProfileSummary SummaryOf(Query& row) { return {row.Number(0), row.Text(1), row.Text(2), row.Flag(3)}; }
-
-void RequireIn(StoreConnection& connection, int profile)
+struct HeldEngine
 {
-    if (!Query(connection, "SELECT 1 FROM profile WHERE id = ?", profile).Next())
-        throw ClientFault("Profile " + std::to_string(profile) + " does not exist");
-}
+    ProfileStore* store = nullptr; // null: none is held
+    int profile = 0;
+    StoredConfiguration engine;
+};
+thread_local HeldEngine gHeld;
 
-int Insert(StoreConnection& connection, const char* sql, int profile, const StoredConfiguration& stored)
+void RequireRole(Role needed)
 {
-    return Query(connection, sql, profile, static_cast<int>(stored.kind), stored.id, stored.active ? 1 : 0,
-                 stored.document)
-        .Run();
+    const platform::Caller* const caller = platform::CurrentCaller();
+    if (caller == nullptr || caller->role >= needed)
+        return;
+    platform::gRefusedByRole.Add();
+    throw ClientFault(
+        (caller->name.empty() ? "Nobody" : caller->name) +
+        (needed == Role::Administrator ? " may not change profiles" : " may not run or stop anything"));
 }
-
-// `limit`: asked on the thread of the request, since the one that commits may be another's.
-void RequireStorableIn(StoreConnection& connection, int profile, std::int64_t limit)
-{
-    platform::RequireStorable(platform::BytesIn(connection, profile), limit);
-}
-
-void DescribeIn(StoreConnection& connection, int profile, const std::optional<std::string>& name,
-                const std::optional<std::string>& preset)
-{
-    if (name)
-        Query(connection, "UPDATE profile SET name = ? WHERE id = ?", *name, profile).Run();
-    if (preset)
-        Query(connection, "UPDATE profile SET preset = ? WHERE id = ?", *preset, profile).Run();
-}
-
-// Of what was in memory before, perhaps.
-void BeginHolding(const std::string& document)
-{
-    platform::LiftDocumentLimit();
-    platform::ClaimForStored(document.size());
-}
-
-std::optional<std::string> Given(const std::string& text)
-{
-    return text.empty() ? std::nullopt : std::optional(text);
-}
-
 } // namespace
 
 ProfileStore::ProfileStore(const std::string& folder)
@@ -115,6 +63,8 @@ ProfileStore::ProfileStore(const std::string& folder)
 
 ProfileStore::~ProfileStore()
 {
+    if (gHeld.store == this)
+        StoreHeldAtEnd();
     const platform::MutexLock hold(gOpenLock);
     if (gOpen == &m_store)
         gOpen = nullptr;
@@ -126,10 +76,48 @@ std::string platform::StoreHealth()
     return gOpen == nullptr ? "" : gOpen->Failure();
 }
 
-void ProfileStore::Change(std::optional<int> profile, const platform::Store::Operation& operation)
+bool ProfileStore::Audited(Role needed, AuditEntry& entry, const std::function<void()>& change)
 {
+    platform::Audited(entry,
+                      [&]
+                      {
+                          RequireRole(needed);
+                          change();
+                      });
+    platform::gStoreChanges.Add();
+    return true;
+}
+
+bool ProfileStore::Change(Role needed, AuditEntry entry, const Operation& operation)
+{
+    return Audited(needed, entry,
+                   [&] { Write(needed == Role::Operator ? kCamera : entry.profile, operation); });
+}
+
+void ProfileStore::Write(std::optional<int> profile, const Operation& operation)
+{
+    StoreHeld();
     m_engine.Write(profile, operation);
     m_copy.AfterChange();
+    CountProfiles();
+}
+
+bool ProfileStore::Put(AuditEntry entry, const std::vector<StoredConfiguration>& configurations,
+                       const std::string& refusal, const std::string& name, const std::string& preset)
+{
+    const int profile = entry.profile.value();
+    // Asked on the thread of the request, since the one that commits may be another's.
+    const std::int64_t limit = platform::ProfileBytes();
+    return Change(Role::Administrator, std::move(entry),
+                  [&](StoreConnection& connection)
+                  {
+                      RequireIn(connection, profile, refusal);
+                      for (const StoredConfiguration& configuration : configurations)
+                          PutIn(connection, profile, configuration);
+                      platform::RequireStorable(platform::BytesIn(connection, profile), limit);
+                      if (!name.empty() || !preset.empty())
+                          Query(connection, kDescribe, name, preset, profile).Run();
+                  });
 }
 
 // For the metrics. A change that is stored isn't called failed because they can't be read.
@@ -152,249 +140,79 @@ catch (const AnalyticsFault&)
     // The store has said it.
 }
 
-int ProfileStore::Create(const std::string& name)
-{
-    int profile = 0;
-    Change(kNew,
-           [&](StoreConnection& connection)
-           {
-               Query(connection, "INSERT INTO profile (name) VALUES (?)", name).Run();
-               profile = static_cast<int>(connection.Database().getLastInsertRowid());
-           });
-    CountProfiles();
-    return profile;
-}
-
-// The database's own references stop the profile and take its configurations along.
-void ProfileStore::Delete(int profile)
-{
-    Change(profile,
-           [&](StoreConnection& connection)
-           {
-               RequireIn(connection, profile);
-               Query(connection, "DELETE FROM profile WHERE id = ?", profile).Run();
-           });
-    CountProfiles();
-}
-
-void ProfileStore::Activate(int profile)
-{
-    Change(kCamera,
-           [&](StoreConnection& connection)
-           {
-               RequireIn(connection, profile);
-               Query(connection, "UPDATE state SET active_profile = ?", profile).Run();
-           });
-    CountProfiles();
-}
-
-void ProfileStore::Deactivate(std::optional<int> profile)
-{
-    Change(kCamera,
-           [&](StoreConnection& connection)
-           {
-               if (profile)
-                   RequireIn(connection, *profile);
-               Query(
-                   connection,
-                   "UPDATE state SET active_profile = NULL WHERE active_profile = ifnull(?, active_profile)",
-                   profile)
-                   .Run();
-           });
-    CountProfiles();
-}
-
-std::optional<int> ProfileStore::Active()
-{
-    const auto read = [](StoreConnection& connection)
-    {
-        Query row(connection, "SELECT active_profile FROM state WHERE active_profile IS NOT NULL");
-        return row.Next() ? std::optional(row.Number(0)) : std::nullopt;
-    };
-    return *m_active.Get(0, [&] { return m_store.Get(read); });
-}
-
-std::vector<ProfileSummary> ProfileStore::List()
-{
-    const auto read = [](StoreConnection& connection)
-    {
-        std::vector<ProfileSummary> list;
-        Query row(connection, kList);
-        while (row.Next())
-            list.push_back(SummaryOf(row));
-        return list;
-    };
-    const auto size = [](const std::vector<ProfileSummary>& list)
-    {
-        std::size_t bytes = 0;
-        for (const ProfileSummary& profile : list)
-            bytes += sizeof(profile) + profile.name.size() + profile.preset.size();
-        return bytes;
-    };
-    return *m_list.Get(
-        0, [&] { return m_store.Get(read); }, size);
-}
-
-std::optional<ProfileSummary> ProfileStore::Find(int profile)
-{
-    const auto read = [profile](StoreConnection& connection)
-    {
-        Query row(connection, kFind, profile);
-        return row.Next() ? std::optional(SummaryOf(row)) : std::nullopt;
-    };
-    return *m_found.Get(profile, [&] { return m_store.Get(read); });
-}
-
 void ProfileStore::Require(int profile)
 {
-    m_store.Read([profile](StoreConnection& connection) { RequireIn(connection, profile); });
+    Get([profile](StoreConnection& connection) { return RequireIn(connection, profile), true; });
 }
 
-void ProfileStore::Describe(int profile, const std::optional<std::string>& name,
-                            const std::optional<std::string>& preset)
-{
-    Change(profile,
-           [&](StoreConnection& connection)
-           {
-               RequireIn(connection, profile);
-               DescribeIn(connection, profile, name, preset);
-           });
-}
-
-void ProfileStore::Switch(ProfileSwitch which, bool on)
-{
-    Change(kCamera, [&](StoreConnection& connection)
-           { Query(connection, kSwitches[static_cast<int>(which)].write, on ? 1 : 0).Run(); });
-}
-
-bool ProfileStore::IsOn(ProfileSwitch which)
-{
-    const auto read = [which](StoreConnection& connection)
-    {
-        Query row(connection, kSwitches[static_cast<int>(which)].read);
-        return row.Next() && row.Flag(0);
-    };
-    return *m_switches.Get(static_cast<int>(which), [&] { return m_store.Get(read); });
-}
-
-std::optional<std::vector<std::string>> ProfileStore::Ids(int profile, PluginType kind, bool onlyActive)
-{
-    return m_store.Get(
-        [&](StoreConnection& connection)
-        {
-            std::optional<std::vector<std::string>> ids;
-            Query row(connection, kIds, static_cast<int>(kind), onlyActive ? 1 : 0, profile);
-            while (row.Next())
-            {
-                if (!ids)
-                    ids.emplace();
-                if (!row.IsNull(0))
-                    ids->push_back(row.Text(0));
-            }
-            return ids;
-        });
-}
-
-std::optional<std::string> ProfileStore::Document(int profile, PluginType kind, const std::string& id)
-{
-    const auto read = [&](const char* sql)
-    {
-        return m_store.Get(
-            [&](StoreConnection& connection)
-            {
-                Query row(connection, sql, profile, static_cast<int>(kind), id);
-                return row.Next() ? std::optional(row.Text(0)) : std::nullopt;
-            });
-    };
-    const auto document = m_documents.Get(
-        {profile, kind, id},
-        [&]
-        {
-            if (const auto bytes = read(kDocumentBytes))
-                BeginReading(profile, std::stoll(*bytes));
-            return read(kDocument);
-        },
-        [](const std::optional<std::string>& text) { return text ? text->size() : 0; });
-    if (*document)
-        BeginHolding(**document);
-    return *document;
-}
-
-// Before any of it is in memory.
-void ProfileStore::BeginReading(int profile, std::int64_t bytes)
-{
-    platform::RequireReadable(profile, bytes);
-    platform::LiftDocumentLimit();
-    platform::ClaimForStored(static_cast<std::size_t>(bytes));
-}
-
-std::string ProfileStore::Merged(int profile)
-{
-    const auto merge = [&]
-    {
-        BeginReading(profile, m_store.Get([&](StoreConnection& c) { return platform::BytesIn(c, profile); }));
-        return Merge(m_store.Get([&](StoreConnection& c) { return ConfigurationsIn(c, profile); }));
-    };
-    const auto merged = m_merged.Get(profile, merge, &std::string::size);
-    BeginHolding(*merged);
-    return *merged;
-}
-
+// Whether the profile could hold that as well, at most.
 void ProfileStore::RequireRoom(int profile, const StoredConfiguration& configuration)
 {
-    const std::int64_t limit = platform::ProfileBytes();
-    m_store.Read(
-        [&](StoreConnection& connection)
-        {
-            RequireIn(connection, profile);
-            Query row(connection, kDocumentBytes, profile, static_cast<int>(configuration.kind),
-                      configuration.id);
-            const std::int64_t replaced = row.Next() ? row.Long(0) : 0;
-            platform::RequireStorable(platform::BytesIn(connection, profile) - replaced +
-                                          std::ssize(configuration.document),
-                                      limit);
-        });
+    constexpr const char* kOthers =
+        "SELECT coalesce(sum(length(CAST(document AS BLOB))), 0) FROM configuration"
+        " WHERE profile = ? AND NOT (kind = ? AND plugin = ?)";
+    const auto others = [&](StoreConnection& connection)
+    {
+        RequireIn(connection, profile);
+        Query row(connection, kOthers, profile, static_cast<int>(configuration.kind), configuration.id);
+        return row.Next() ? row.Long(0) : 0;
+    };
+    platform::RequireStorable(Get(others) + std::ssize(configuration.document), platform::ProfileBytes());
 }
 
-void ProfileStore::Put(int profile, const std::vector<StoredConfiguration>& configurations,
-                       const std::string& name, const std::string& preset)
+bool ProfileStore::Hold(AuditEntry entry, const StoredConfiguration& engine)
 {
-    const std::int64_t limit = platform::ProfileBytes();
-    Change(profile,
-           [&](StoreConnection& connection)
-           {
-               RequireIn(connection, profile);
-               for (const StoredConfiguration& configuration : configurations)
-                   Insert(connection, kPut, profile, configuration);
-               RequireStorableIn(connection, profile, limit);
-               DescribeIn(connection, profile, Given(name), Given(preset));
-           });
+    const int profile = entry.profile.value();
+    try
+    {
+        RequireRole(Role::Administrator);
+        RequireRoom(profile, engine);
+    }
+    catch (const std::exception&)
+    {
+        platform::Audited(entry, [] { throw; });
+    }
+    if (engine.document.empty())
+    {
+        entry.result = platform::AuditResult::Refused;
+        entry.reason = "The configuration is empty";
+        platform::Audit(entry);
+        return false;
+    }
+    gHeld = {this, profile, engine};
+    if (platform::CurrentRequest() == 0)
+        StoreHeld();
+    else
+        platform::AtRequestEnd(StoreHeldAtEnd);
+    return true;
 }
 
-bool ProfileStore::Add(int profile, const StoredConfiguration& configuration)
+std::optional<StoredConfiguration> ProfileStore::TakeHeld(int profile)
 {
-    const std::int64_t limit = platform::ProfileBytes();
-    int added = 0;
-    Change(profile,
-           [&](StoreConnection& connection)
-           {
-               RequireIn(connection, profile);
-               added = Insert(connection, kAdd, profile, configuration);
-               RequireStorableIn(connection, profile, limit);
-           });
-    return added != 0;
+    if (gHeld.store != this || gHeld.profile != profile)
+        return std::nullopt;
+    return std::exchange(gHeld, {}).engine;
 }
 
-bool ProfileStore::Remove(int profile, PluginType kind, const std::string& id)
+void ProfileStore::StoreHeld()
 {
-    int removed = 0;
-    Change(profile,
-           [&](StoreConnection& connection)
-           {
-               RequireIn(connection, profile);
-               removed = Query(connection, kRemove, profile, static_cast<int>(kind), id).Run();
-           });
-    return removed != 0;
+    if (gHeld.store == nullptr)
+        return;
+    const HeldEngine held = std::exchange(gHeld, {});
+    held.store->Put({.change = "SetEngineConfig", .profile = held.profile, .plugin = held.engine.id},
+                    {held.engine});
+}
+
+void ProfileStore::StoreHeldAtEnd()
+{
+    try
+    {
+        StoreHeld();
+    }
+    catch (const std::exception& error)
+    {
+        platform::Say(std::string("The configuration of an engine was not stored: ") + error.what());
+    }
 }
 
 } // namespace analytics

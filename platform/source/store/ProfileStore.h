@@ -2,88 +2,92 @@
 
 #include <analytics/ProfileSummary.h>
 
+#include "audit/AuditTrail.h"
 #include "store/EngineView.h"
 #include "store/ProfileConfigurations.h"
 #include "store/ReadCache.h"
 #include "store/Store.h"
 #include "store/StoreBackup.h"
 
-#include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <tuple>
+#include <utility>
 #include <vector>
 
 namespace analytics
 {
 
-// What is on or off for the camera as a whole.
-enum class ProfileSwitch
-{
-    Analytics, // on at first
-    MD         // off at first
-};
-
-// The inside of ProfileManager: the profiles as the database holds them. Every operation is one transaction.
-// ClientFault for a profile that doesn't exist and for one that would hold more than the settings allow,
-// AnalyticsFault for what the database refuses. Any thread.
+// What the operations of ProfileManager have in common: who may change the store, the line in the audit
+// trail, what the engine is shown, what was last read, and the engine's part of a behavior. That comes before
+// its rule, in a call of its own; it is held until the request brings the rule, so that both are stored or
+// neither. Without a rule it is stored by itself, before the request does anything else with a store, or when
+// it ends. Any thread.
 class ProfileStore
 {
   public:
+    using Operation = platform::Store::Operation;
+
     // Throws AnalyticsFault if the store can't be opened or another process has it. Says on standard error
     // which profiles hold more than the settings allow.
     explicit ProfileStore(const std::string& folder);
     ~ProfileStore();
 
-    int Create(const std::string& name);
-    void Delete(int profile);
-    void Activate(int profile);
-    // Stops the profile if it is the active one; without one, whichever is active.
-    void Deactivate(std::optional<int> profile);
-    std::optional<int> Active();
+    // Runs a call that changes the store, with its line in the audit trail; `change` may fill in `entry` what
+    // it comes to know. ClientFault if the caller's role is less than `needed`. Always true.
+    bool Audited(platform::Role needed, platform::AuditEntry& entry, const std::function<void()>& change);
+    // The same for a call that is one operation on the profile of the entry; an operator's is one on the
+    // camera.
+    bool Change(platform::Role needed, platform::AuditEntry entry, const Operation& operation);
+    // In one transaction, on a profile or on the camera as a whole: what the engine sees of it is shown on
+    // return.
+    void Write(std::optional<int> profile, const Operation& operation);
 
-    std::vector<ProfileSummary> List(); // in the order of creation
-    std::optional<ProfileSummary> Find(int profile);
+    template <class Ask>
+    auto Get(const Ask& ask)
+    {
+        StoreHeld();
+        return m_store.Get(ask);
+    }
+    // As ReadCache::Get().
+    template <class Cache, class... Arguments>
+    auto Cached(Cache ProfileStore::*cache, const Arguments&... arguments)
+    {
+        StoreHeld();
+        return *(this->*cache).Get(arguments...);
+    }
+
+    // Stores all of it or nothing; true. An empty name or preset keeps what the profile has. ClientFault if
+    // there is no such profile, then with `refusal` if it isn't empty, and if the profile would hold more
+    // than the settings allow.
+    bool Put(platform::AuditEntry entry, const std::vector<StoredConfiguration>& configurations,
+             const std::string& refusal = "", const std::string& name = "", const std::string& preset = "");
+
     void Require(int profile);
-    // An empty optional keeps what the profile has.
-    void Describe(int profile, const std::optional<std::string>& name,
-                  const std::optional<std::string>& preset);
 
-    void Switch(ProfileSwitch which, bool on);
-    bool IsOn(ProfileSwitch which);
-
-    // Nothing if there is no such profile.
-    std::optional<std::vector<std::string>> Ids(int profile, PluginType kind, bool onlyActive);
-    std::optional<std::string> Document(int profile, PluginType kind, const std::string& id);
-    // The engine document of the whole profile; empty if it holds nothing or there is no such profile.
-    // AnalyticsFault if it holds more than the settings allow.
-    std::string Merged(int profile);
-
-    // All of it or nothing. An empty name or preset keeps what the profile has.
-    void Put(int profile, const std::vector<StoredConfiguration>& configurations,
-             const std::string& name = "", const std::string& preset = "");
-    bool Add(int profile, const StoredConfiguration& configuration);  // false if the profile holds it already
-    bool Remove(int profile, PluginType kind, const std::string& id); // false if it doesn't hold it
-
-    // Whether the profile could hold that as well, at most: ClientFault if not.
-    void RequireRoom(int profile, const StoredConfiguration& configuration);
+    // Until the end of the request; outside of one it is stored at once. ClientFault, with a line in the
+    // audit trail, if it couldn't be stored; false if it holds nothing.
+    bool Hold(platform::AuditEntry entry, const StoredConfiguration& engine);
+    // What is held for the profile, and now the caller's.
+    std::optional<StoredConfiguration> TakeHeld(int profile);
 
   private:
-    void BeginReading(int profile, std::int64_t bytes);
+    void RequireRoom(int profile, const StoredConfiguration& configuration);
+    static void StoreHeld();
+    static void StoreHeldAtEnd();
     void CountProfiles();
-
-    // On a profile, or on the camera as a whole.
-    void Change(std::optional<int> profile, const platform::Store::Operation& operation);
 
     platform::LastGoodCopy m_copy;
     platform::Store m_store;
     EngineView m_engine;
-    platform::ReadCache<std::vector<ProfileSummary>> m_list{m_store};
-    platform::ReadCache<std::optional<int>> m_active{m_store};
-    platform::ReadCache<bool> m_switches{m_store}; // by ProfileSwitch
-    platform::ReadCache<std::string> m_merged{m_store};
-    platform::ReadCache<std::optional<ProfileSummary>> m_found{m_store};
-    platform::ReadCache<std::optional<std::string>, std::tuple<int, PluginType, std::string>> m_documents{
+
+  public:
+    platform::ReadCache<std::vector<ProfileSummary>> list{m_store};
+    // By profile.
+    platform::ReadCache<std::optional<ProfileSummary>> found{m_store};
+    platform::ReadCache<std::string> merged{m_store};
+    platform::ReadCache<std::optional<std::string>, std::tuple<int, PluginType, std::string>> documents{
         m_store};
 };
 

@@ -9,6 +9,7 @@
 #include "store/Store.h"
 #include "store/StoreConnection.h"
 #include "xml/Reader.h"
+#include "xml/Text.h"
 
 #include <algorithm>
 #include <set>
@@ -18,6 +19,7 @@ namespace analytics::platform
 namespace
 {
 constexpr int kProfileBytes = 4'194'304;
+constexpr std::size_t kTextBytes = 255;     // of a name or a preset
 constexpr std::size_t kShortestElement = 4; // bytes: "<a/>"
 
 constexpr const char* kBytes =
@@ -36,7 +38,17 @@ bool HasMoreElements(const std::string& text, std::size_t most)
     const auto survey = xml::Check(text, ignored);
     return survey && survey->elements > most;
 }
+
+std::string TextRefusal(const std::string& what, const std::string& text)
+{
+    if (text.size() > kTextBytes)
+        return what + " is longer than " + std::to_string(kTextBytes) + " bytes";
+    return xml::IsXmlText(text) ? "" : what + " holds a character that XML does not allow";
+}
 } // namespace
+
+std::string NameRefusal(const std::string& name) { return TextRefusal("The profile name", name); }
+std::string PresetRefusal(const std::string& preset) { return TextRefusal("The camera preset", preset); }
 
 std::string DocumentRefusal(const std::string& word, const std::string& config)
 {

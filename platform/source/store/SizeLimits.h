@@ -19,6 +19,10 @@ class StoreConnection;
 // client calls its form of it.
 std::string DocumentRefusal(const std::string& word, const std::string& config);
 
+// The same for a profile's name and camera preset, which go out in XML documents.
+std::string NameRefusal(const std::string& name);
+std::string PresetRefusal(const std::string& preset);
+
 // limits/profileBytes.
 std::int64_t ProfileBytes();
 // What a profile holds, in bytes as stored: all behaviors, engines and the scene.

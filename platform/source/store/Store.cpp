@@ -6,7 +6,6 @@
 #include "request/Request.h"
 #include "store/StoreBackup.h"
 #include "store/StoreConnection.h"
-#include "store/StoreFault.h"
 
 #include <sqlite3.h>
 #include <unistd.h>

@@ -8,7 +8,6 @@
 #include "files/StandardError.h"
 #include "store/StateFolder.h"
 #include "store/StoreConnection.h"
-#include "store/StoreFault.h"
 
 #include <SQLiteCpp/Backup.h>
 #include <fcntl.h>

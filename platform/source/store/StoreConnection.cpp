@@ -6,8 +6,10 @@
 
 #include <sqlite3.h>
 
+#include <array>
 #include <cerrno>
 #include <iterator>
+#include <system_error>
 
 namespace analytics::platform
 {
@@ -112,7 +114,70 @@ void BringUpToDate(SQLite::Database& database)
     database.exec("PRAGMA user_version = " + std::to_string(kSchemaVersion));
     transaction.commit();
 }
+
+struct Row
+{
+    int code;
+    bool reopen;
+    bool systemReason; // errno says more than the code
+    const char* text;
+};
+constexpr const char* kDamaged = "it is damaged; restore a backup with --restore, or start the service with "
+                                 "--recover, which puts the last "
+                                 "good copy in its place and keeps the damaged files";
+constexpr const char* kLocked = "another program holds it locked; end that program and try again";
+// The first row with the extended code counts, then the first with the primary one.
+constexpr Row kRows[] = {
+    {SQLITE_FULL, false, false, "the disk is full; free some space on it and try again"},
+    {SQLITE_READONLY, true, false,
+     "it is read-only; make the folder and its files writable for the service and try again"},
+    {SQLITE_CORRUPT, true, false, kDamaged},
+    {SQLITE_NOTADB, true, false, kDamaged},
+    {SQLITE_CANTOPEN, true, true,
+     "its file can't be opened; check that the folder exists and the service may write in it"},
+    {SQLITE_IOERR_NOMEM, true, false, "the memory is exhausted; try again later"},
+    {SQLITE_IOERR, true, true, "the disk doesn't read or write; check the disk and try again"},
+    {SQLITE_BUSY, false, false, kLocked},
+    {SQLITE_LOCKED, false, false, kLocked},
+    {SQLITE_PROTOCOL, true, false, kLocked},
+    {SQLITE_NOMEM, false, false, "the memory is exhausted; try again later"},
+    {SQLITE_PERM, true, false,
+     "access to it is denied; make the folder and its files writable for the service and try again"},
+    {SQLITE_TOOBIG, false, false, "the text is larger than it can take; send a smaller one"},
+    {SQLITE_CONSTRAINT, false, false, "the identifiers are used up; begin with an empty state folder"},
+};
+constexpr Row kOther = {0, true, false,
+                        "an unforeseen error; try again, and restart the service if it stays"};
+
+// However SQLite calls them, these say that there is no room to write.
+constexpr std::array kNoRoom = {ENOSPC, EDQUOT, EFBIG};
+
+const Row& RowOf(int code, int systemError)
+{
+    if ((code & kPrimaryCode) == SQLITE_IOERR)
+        for (const int error : kNoRoom)
+            if (error == systemError)
+                return RowOf(SQLITE_FULL, 0);
+    for (const int wanted : {code, code & kPrimaryCode})
+        for (const Row& row : kRows)
+            if (row.code == wanted)
+                return row;
+    return kOther;
+}
 } // namespace
+
+StoreFault ExplainStoreFault(int code, int systemError, const std::string& folder, const std::string& detail)
+{
+    const Row& row = RowOf(code, systemError);
+    // After an I/O error the connection is not to be trusted, whatever was behind it.
+    const bool reopen = row.reopen || (code & kPrimaryCode) == SQLITE_IOERR;
+    std::string reason = row.text;
+    if (row.systemReason && systemError != 0)
+        reason += " (" + std::generic_category().message(systemError) + ")";
+    else if (&row == &kOther)
+        reason += " (" + detail + ")";
+    return {"The profile store in " + folder + " failed: " + reason, reopen};
+}
 
 StoreConnection::StoreConnection(const std::string& file, Use use)
     : m_database(RequireNotEmptied(file), Flags(use), kBusyMilliseconds)

@@ -12,7 +12,7 @@ namespace analytics::platform
 {
 
 constexpr int kSchemaVersion = 2;
-constexpr int kPrimaryCode = 0xff; // of an error, without what refines it
+constexpr int kPrimaryCode = 0xff; // the low byte of an extended code is the code that it refines
 
 // The last good copy of a database file.
 inline std::string LastCopyOf(const std::string& database) { return database + ".last"; }
@@ -131,5 +131,16 @@ class StoreTransaction
     StoreConnection& m_connection;
     bool m_open = true;
 };
+
+// What a failure of SQLite means to people and to the store.
+struct StoreFault
+{
+    std::string sentence;
+    bool reopen; // the connection is of no use any more
+};
+
+// `code` is SQLite's, extended; `systemError` the errno behind it, 0 if there is none; `folder` the
+// state folder; `detail` SQLite's own words, for what has no better ones here.
+StoreFault ExplainStoreFault(int code, int systemError, const std::string& folder, const std::string& detail);
 
 } // namespace analytics::platform

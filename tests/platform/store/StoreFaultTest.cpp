@@ -1,4 +1,4 @@
-#include "store/StoreFault.h"
+#include "store/StoreConnection.h"
 
 #include <gmock/gmock.h>
 
