@@ -1,13 +1,12 @@
 #pragma once
 
 #include <atomic>
-#include <cstddef>
 #include <cstdint>
 #include <string>
 
 // What the service counts, in the terms of Prometheus. Whoever counts something has a counter at namespace
 // scope, from the start of the process to its end; it is shown from the start, at 0. Counting takes no lock
-// and no memory: each thread counts for itself, and a scrape adds up. Any thread.
+// and no memory. Any thread.
 namespace analytics::platform
 {
 
@@ -18,11 +17,11 @@ class Counter
     // `labels` as they are shown between the braces, such as reason="role"; each family has the same help.
     Counter(const std::string& family, const std::string& help, const std::string& labels = "");
 
-    void Add(std::uint64_t count = 1);
-    std::uint64_t Value() const;
+    void Add(std::uint64_t count = 1) { *m_count += count; }
+    std::uint64_t Value() const { return *m_count; }
 
   private:
-    std::size_t m_slot;
+    std::atomic<std::uint64_t>* m_count; // of the registry, which stays
 };
 
 // How long something takes, by classes from 1 ms to 10 s.
@@ -34,7 +33,7 @@ class Histogram
     void Observe(double seconds);
 
   private:
-    std::size_t m_slot;
+    std::atomic<std::uint64_t>* m_slots; // as m_count
 };
 
 // Goes up and down.
