@@ -5,9 +5,10 @@
 
 #include <algorithm>
 #include <array>
+#include <cassert>
 #include <charconv>
 #include <map>
-#include <memory>
+#include <set>
 #include <string_view>
 #include <vector>
 
@@ -16,6 +17,7 @@ namespace analytics::platform
 namespace
 {
 
+constexpr std::size_t kSlots = 512; // of all counters and histograms; 4 KiB a thread
 constexpr std::array kBounds = {0.001, 0.0025, 0.005, 0.01, 0.025, 0.05, 0.1, 0.25, 0.5, 1.0, 2.5, 10.0};
 // A histogram's slots: those within each bound, all, and the sum in nanoseconds.
 constexpr std::size_t kAll = kBounds.size();
@@ -23,13 +25,13 @@ constexpr std::size_t kSum = kAll + 1;
 constexpr std::size_t kHistogramSlots = kSum + 1;
 constexpr double kNanoseconds = 1e9;
 
-using Count = std::atomic<std::uint64_t>;
+struct Counts;
 
 struct Row
 {
     std::string labels;
+    std::size_t slot = 0;
     const Gauge* gauge = nullptr;
-    std::unique_ptr<Count[]> slots = {};
 };
 
 struct Family
@@ -43,28 +45,74 @@ struct Registry
 {
     Mutex lock;
     std::map<std::string, Family> families ANALYTICS_GUARDED_BY(lock);
+    std::size_t slots ANALYTICS_GUARDED_BY(lock) = 0; // in use
+    std::set<const Counts*> threads ANALYTICS_GUARDED_BY(lock);
+    std::array<std::uint64_t, kSlots> ended ANALYTICS_GUARDED_BY(lock) = {}; // by threads that are gone
+
+    std::uint64_t Sum(std::size_t slot) const ANALYTICS_REQUIRES(lock);
 };
 
-// Never destroyed: a thread may count to the last.
+// Never destroyed: threads may end after it.
 Registry& TheRegistry()
 {
     static Registry& registry = *new Registry;
     return registry;
 }
 
-// Returns the row's slots.
-Count* Register(const std::string& name, const std::string& help, const char* type, Row row,
-                std::size_t slots)
+// What one thread has counted. Only that thread writes.
+struct Counts
 {
-    row.slots = std::make_unique<Count[]>(slots);
-    Count* const first = row.slots.get();
+    std::array<std::atomic<std::uint64_t>, kSlots> values = {};
+
+    Counts()
+    {
+        Registry& registry = TheRegistry();
+        const MutexLock hold(registry.lock);
+        registry.threads.insert(this);
+    }
+    ~Counts()
+    {
+        Registry& registry = TheRegistry();
+        const MutexLock hold(registry.lock);
+        for (std::size_t slot = 0; slot < kSlots; ++slot)
+            registry.ended[slot] += values[slot];
+        registry.threads.erase(this);
+    }
+    void Add(std::size_t slot, std::uint64_t count)
+    {
+        auto& value = values[slot];
+        value.store(value.load(std::memory_order_relaxed) + count, std::memory_order_relaxed);
+    }
+};
+
+Counts& OfThisThread()
+{
+    thread_local Counts counts;
+    return counts;
+}
+
+std::uint64_t Registry::Sum(std::size_t slot) const
+{
+    std::uint64_t sum = ended[slot];
+    for (const Counts* const thread : threads)
+        sum += thread->values[slot].load(std::memory_order_relaxed);
+    return sum;
+}
+
+// Returns the first of `slots` new ones.
+std::size_t Register(const std::string& name, const std::string& help, const char* type, Row row,
+                     std::size_t slots)
+{
     Registry& registry = TheRegistry();
     const MutexLock hold(registry.lock);
+    row.slot = registry.slots;
+    registry.slots += slots;
+    assert(registry.slots <= kSlots);
     Family& family = registry.families[name];
     family.help = help;
     family.type = type;
-    family.rows.push_back(std::move(row));
-    return first;
+    family.rows.push_back(row);
+    return row.slot;
 }
 
 std::string Number(double value)
@@ -79,56 +127,68 @@ std::string Line(const std::string& name, const std::string& labels, const std::
     return name + (labels.empty() ? "" : '{' + labels + '}') + ' ' + value + '\n';
 }
 
-std::string HistogramText(const std::string& name, const Row& row)
+std::string HistogramText(const Registry& registry, const std::string& name, const Row& row)
+    ANALYTICS_REQUIRES(registry.lock)
 {
     const std::string before = row.labels.empty() ? "" : row.labels + ',';
-    const std::string all = std::to_string(row.slots[kAll]);
+    const std::string all = std::to_string(registry.Sum(row.slot + kAll));
     std::uint64_t within = 0;
     std::string text;
     for (std::size_t i = 0; i < kBounds.size(); ++i)
     {
-        within += row.slots[i];
+        within += registry.Sum(row.slot + i);
         text += Line(name + "_bucket", before + "le=\"" + Number(kBounds[i]) + '"', std::to_string(within));
     }
     return text + Line(name + "_bucket", before + "le=\"+Inf\"", all) +
            Line(name + "_sum", row.labels,
-                Number(static_cast<double>(row.slots[kSum].load()) / kNanoseconds)) +
+                Number(static_cast<double>(registry.Sum(row.slot + kSum)) / kNanoseconds)) +
            Line(name + "_count", row.labels, all);
 }
 
-std::string RowText(const std::string& name, const Family& family, const Row& row)
+std::string RowText(const Registry& registry, const std::string& name, const Family& family, const Row& row)
+    ANALYTICS_REQUIRES(registry.lock)
 {
     if (row.gauge != nullptr)
         return Line(name, row.labels, Number(row.gauge->Value()));
     if (family.type == std::string_view("histogram"))
-        return HistogramText(name, row);
-    return Line(name, row.labels, std::to_string(row.slots[0]));
+        return HistogramText(registry, name, row);
+    return Line(name, row.labels, std::to_string(registry.Sum(row.slot)));
 }
 
 } // namespace
 
 Counter::Counter(const std::string& family, const std::string& help, const std::string& labels)
-    : m_count(Register(family, help, "counter", {labels}, 1))
+    : m_slot(Register(family, help, "counter", {labels}, 1))
 {
 }
 
+void Counter::Add(std::uint64_t count) { OfThisThread().Add(m_slot, count); }
+
+std::uint64_t Counter::Value() const
+{
+    Registry& registry = TheRegistry();
+    const MutexLock hold(registry.lock);
+    return registry.Sum(m_slot);
+}
+
 Histogram::Histogram(const std::string& family, const std::string& help, const std::string& labels)
-    : m_slots(Register(family, help, "histogram", {labels}, kHistogramSlots))
+    : m_slot(Register(family, help, "histogram", {labels}, kHistogramSlots))
 {
 }
 
 void Histogram::Observe(double seconds)
 {
+    Counts& counts = OfThisThread();
     const auto* const bound = std::lower_bound(kBounds.begin(), kBounds.end(), seconds);
     if (bound != kBounds.end())
-        ++m_slots[bound - kBounds.begin()];
-    m_slots[kSum] += static_cast<std::uint64_t>(seconds * kNanoseconds);
-    ++m_slots[kAll];
+        counts.Add(m_slot + static_cast<std::size_t>(bound - kBounds.begin()), 1);
+    counts.Add(m_slot + kSum, static_cast<std::uint64_t>(seconds * kNanoseconds));
+    counts.Add(m_slot + kAll, 1);
 }
 
 Gauge::Gauge(const std::string& family, const std::string& help, const std::string& labels)
 {
-    Register(family, help, "gauge", {labels, this}, 0);
+    Register(family, help, "gauge", {labels, 0, this}, 0);
 }
 
 Counter gStoreChanges("varlo_store_changes_total", "Calls that changed the profile store.");
@@ -154,7 +214,7 @@ std::string MetricsText()
         {
             text += "# HELP " + name + ' ' + family.help + "\n# TYPE " + name + ' ' + family.type + '\n';
             for (const Row& row : family.rows)
-                text += RowText(name, family, row);
+                text += RowText(registry, name, family, row);
         }
     }
     return text + ProcessMetricsText();

@@ -1,12 +1,13 @@
 #pragma once
 
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
 #include <string>
 
 // What the service counts, in the terms of Prometheus. Whoever counts something has a counter at namespace
 // scope, from the start of the process to its end; it is shown from the start, at 0. Counting takes no lock
-// and no memory. Any thread.
+// and no memory: each thread counts for itself, and a scrape adds up. Any thread.
 namespace analytics::platform
 {
 
@@ -17,11 +18,11 @@ class Counter
     // `labels` as they are shown between the braces, such as reason="role"; each family has the same help.
     Counter(const std::string& family, const std::string& help, const std::string& labels = "");
 
-    void Add(std::uint64_t count = 1) { *m_count += count; }
-    std::uint64_t Value() const { return *m_count; }
+    void Add(std::uint64_t count = 1);
+    std::uint64_t Value() const;
 
   private:
-    std::atomic<std::uint64_t>* m_count; // of the registry, which stays
+    std::size_t m_slot;
 };
 
 // How long something takes, by classes from 1 ms to 10 s.
@@ -33,7 +34,7 @@ class Histogram
     void Observe(double seconds);
 
   private:
-    std::atomic<std::uint64_t>* m_slots; // as m_count
+    std::size_t m_slot;
 };
 
 // Goes up and down.
