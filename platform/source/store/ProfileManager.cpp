@@ -59,15 +59,16 @@ auto OnProfile(int profile, const std::string& refusal, const char* sql, const V
     };
 }
 
-// The text in the first row; nothing if there is none.
-template <class... Values>
-std::optional<std::string> TextOf(ProfileStore& store, const char* sql, const Values&... values)
+// What the first row begins with, by Query::Text, Number or Long; nothing if there is none.
+template <class Value, class... Values>
+std::optional<Value> FirstOf(ProfileStore& store, Value (Query::*read)(int), const char* sql,
+                             const Values&... values)
 {
     return store.Get(
         [&](StoreConnection& connection)
         {
             Query row(connection, sql, values...);
-            return row.Next() ? std::optional(row.Text(0)) : std::nullopt;
+            return row.Next() ? std::optional((row.*read)(0)) : std::nullopt;
         });
 }
 
@@ -106,9 +107,9 @@ bool TakeDocument(ProfileStore& store, int profile, const Kind& kind, const std:
 {
     const auto read = [&]
     {
-        if (const auto bytes = TextOf(store, kDocumentBytes, profile, int{kind.type}, id))
-            BeginReading(profile, std::stoll(*bytes));
-        return TextOf(store, kDocument, profile, int{kind.type}, id);
+        if (const auto bytes = FirstOf(store, &Query::Long, kDocumentBytes, profile, int{kind.type}, id))
+            BeginReading(profile, *bytes);
+        return FirstOf(store, &Query::Text, kDocument, profile, int{kind.type}, id);
     };
     const auto size = [](const std::optional<std::string>& text) { return text ? text->size() : 0; };
     auto document = store.Cached(&ProfileStore::documents, std::tuple(profile, kind.type, id), read, size);
@@ -244,9 +245,9 @@ bool ProfileManager::AlgorithmControl(int command)
 
 bool ProfileManager::GetActiveProfile(int& profileId) const
 {
-    if (const auto active =
-            TextOf(*m_store, "SELECT active_profile FROM state WHERE active_profile IS NOT NULL"))
-        profileId = std::stoi(*active);
+    Take(FirstOf(*m_store, &Query::Number,
+                 "SELECT active_profile FROM state WHERE active_profile IS NOT NULL"),
+         profileId);
     return true;
 }
 
@@ -384,7 +385,10 @@ bool ProfileManager::DeleteEngine(int profileId, const std::string& id)
                         kEngineKind);
 }
 
-bool ProfileManager::GetMDActiveState() { return TextOf(*m_store, "SELECT md_active FROM state") == "1"; }
+bool ProfileManager::GetMDActiveState()
+{
+    return FirstOf(*m_store, &Query::Flag, "SELECT md_active FROM state").value_or(false);
+}
 
 bool ProfileManager::HasEnoughResource(int profileId, const std::string& id)
 {
