@@ -223,6 +223,16 @@ def body_of(text, version="1.1"):
     return element
 
 
+class StartTest(unittest.TestCase):
+    """What a start refuses, of the host that a test has made in self.host."""
+
+    def refused_to_start(self, *texts):
+        with self.assertRaisesRegex(RuntimeError, "the host ended with 1: ") as caught:
+            self.host.start()
+        for text in texts:
+            self.assertIn(str(text), str(caught.exception))
+
+
 class ServiceTest(unittest.TestCase):
     """A test case with a running host, one per test."""
 

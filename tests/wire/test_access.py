@@ -45,7 +45,7 @@ def user(name, password):
     return f"{name}:" + openssl("passwd", "-6", password).decode()
 
 
-class AccessTest(unittest.TestCase):
+class AccessTest(service.StartTest):
     @classmethod
     def setUpClass(cls):
         cls.certificates = Path(tempfile.mkdtemp(prefix="varlo-tls-"))
@@ -78,12 +78,6 @@ class AccessTest(unittest.TestCase):
             self.host.tls = ssl.create_default_context(cafile=str(self.tls / "authority.pem"))
             if client:
                 self.host.tls.load_cert_chain(self.tls / f"{client}.pem", self.tls / f"{client}.key")
-
-    def refused_to_start(self, *texts):
-        with self.assertRaisesRegex(RuntimeError, "the host ended with 1: ") as caught:
-            self.host.start()
-        for text in texts:
-            self.assertIn(str(text), str(caught.exception))
 
     def status(self, name=None, password=None, version="1.1"):
         headers = requests.auth._basic_auth_str(name, password) if name else None

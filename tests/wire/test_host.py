@@ -13,7 +13,7 @@ import unittest
 from pathlib import Path
 
 import service
-from service import HOST, Host, ServiceTest
+from service import HOST, Host, ServiceTest, StartTest
 
 
 def run(*options, timeout=120, env=None):
@@ -47,46 +47,40 @@ class Options(unittest.TestCase):
                 self.assertEqual(answer.stdout, "")
 
 
-class BadDays(unittest.TestCase):
+class BadDays(StartTest):
     def setUp(self):
         self.host = Host()
         self.addCleanup(self.host.clean)
         self.addCleanup(self.host.stop)
 
-    def ends_with(self, *texts):
-        with self.assertRaisesRegex(RuntimeError, "the host ended with 1: ") as caught:
-            self.host.start()
-        for text in texts:
-            self.assertIn(text, str(caught.exception))
-
     def test_settings_missing(self):
         self.host.settings = self.host.folder / "none.xml"
-        self.ends_with(str(self.host.settings))
+        self.refused_to_start(str(self.host.settings))
 
     def test_settings_not_well_formed(self):
         self.host.settings.write_text("<settings>\n  <backlog>5</backlog>\n  <server>\n</settings>\n")
-        self.ends_with(f"{self.host.settings}:4: ")
+        self.refused_to_start(f"{self.host.settings}:4: ")
 
     def test_port_in_use(self):
         with socket.socket() as other:
             other.bind(("127.0.0.1", 0))
             other.listen()
             self.host.port = other.getsockname()[1]
-            self.ends_with(f"127.0.0.1:{self.host.port}", "in use")
+            self.refused_to_start(f"127.0.0.1:{self.host.port}", "in use")
 
     def test_address_that_is_none(self):
         self.host.options = ["--listen", "camera:80"]
-        self.ends_with("camera")
+        self.refused_to_start("camera")
 
     def test_state_folder_that_cannot_be_made(self):
         (self.host.folder / "file").write_text("")
         self.host.state = self.host.folder / "file" / "state"
-        self.ends_with(str(self.host.folder / "file"), "no folder")
+        self.refused_to_start(str(self.host.folder / "file"), "no folder")
 
     def test_library_missing_or_none(self):
         for file, text in (("/nowhere/api.so", "/nowhere/api.so"), (os.environ["PLATFORM"], "StartVarloAnalyticsApi")):
             self.host.options = ["--library", file]
-            self.ends_with(text)
+            self.refused_to_start(text)
 
     def test_second_process_on_the_same_store(self):
         self.host.start()
@@ -101,7 +95,7 @@ class BadDays(unittest.TestCase):
         self.host.stop()
         store = next(self.host.state.glob("*.db"))
         store.write_bytes(b"no database at all" * 1000)
-        self.ends_with(str(self.host.state))
+        self.refused_to_start(str(self.host.state))
         self.assertEqual(store.read_bytes(), b"no database at all" * 1000)
 
     def test_damaged_store_is_recovered_when_told_so(self):
@@ -112,7 +106,7 @@ class BadDays(unittest.TestCase):
         store = self.host.state / "profiles.db"
         damaged = b"x" * 100 + store.read_bytes()[100:]
         store.write_bytes(damaged)
-        self.ends_with(str(self.host.state), "it is damaged", "--recover")
+        self.refused_to_start(str(self.host.state), "it is damaged", "--recover")
         self.assertEqual(store.read_bytes(), damaged)
 
         self.host.options = ["--recover"]
@@ -129,11 +123,11 @@ class BadDays(unittest.TestCase):
         self.host.start()
         self.host.stop()
         (self.host.state / "profiles.db").write_bytes(b"")
-        self.ends_with("it is damaged")  # of no length beside a copy
+        self.refused_to_start("it is damaged")  # of no length beside a copy
         (self.host.state / "profiles.db").write_bytes(b"x" * 10000)
         (self.host.state / "profiles.db.last").unlink()
         self.host.options = ["--recover"]
-        self.ends_with("is damaged, and there is no last good copy")
+        self.refused_to_start("is damaged, and there is no last good copy")
         self.assertEqual((self.host.state / "profiles.db").read_bytes(), b"x" * 10000)
 
     def test_backup_and_restore(self):
