@@ -2,7 +2,7 @@
 
 #include "Expect.h"
 
-#include "access/BasicCredentials.h"
+#include "access/Passwords.h"
 #include "access/Users.h"
 
 #include <openssl/evp.h>
@@ -36,15 +36,10 @@ void ReadAuthorization(const std::string& value)
 
 void ReadUsers(const std::string& text)
 {
-    try
-    {
-        const tarno::osa::Users users("users", text);
-        Expect(!users.Has("") && !users.HashFor("").empty(), "an unknown user costs a hash", text);
-    }
-    catch (const tarno::osa::AccessFault& fault)
-    {
-        Expect(std::string(fault.what()).starts_with("users:"), "a file that can't be used is named", text);
-    }
+    const tarno::osa::Users users("users", text);
+    Expect(!users.Has("") && !users.HashFor("").empty(), "an unknown user costs a hash", text);
+    for (const std::string& mistake : users.Mistakes())
+        Expect(mistake.starts_with("users:"), "a line that can't be used is named", text);
 }
 } // namespace
 

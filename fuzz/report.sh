@@ -23,7 +23,7 @@ declare -A files=(
     [settings]='platform/source/settings/|xml/XmlFile|access/AccessSettings|net/(Limits|ConfiguredEndpoint)[.]cpp'
     [manifest]='plugins/Plugin[.]|xml/XmlFile'
     [query]='xml/(Document|DocumentNode|Namespaces|Nodes|Path|Reader|Text)[.]'
-    [access]='access/(BasicCredentials|Users)[.]')
+    [access]='access/(Passwords|Users)[.]')
 declare -A seeds=(
     [behavior]="tests/data platform/data/plugins" [scene]="tests/data/sceneanalyzer platform/data/plugins"
     [engine]="tests/data platform/data/plugins" [settings]="platform/data" [manifest]="platform/data/plugins")

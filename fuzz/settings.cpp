@@ -4,7 +4,6 @@
 #include "Installation.h"
 
 #include "access/AccessSettings.h"
-#include "access/Users.h"
 #include "net/ConfiguredEndpoint.h"
 #include "net/Limits.h"
 

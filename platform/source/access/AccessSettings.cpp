@@ -1,6 +1,7 @@
 #include "access/AccessSettings.h"
 
-#include "access/Users.h"
+#include "files/FileText.h"
+#include "files/StandardError.h"
 #include "settings/Configuration.h"
 
 #include <analytics/Settings.h>
@@ -8,7 +9,6 @@
 #include <arpa/inet.h>
 
 #include <algorithm>
-#include <filesystem>
 
 namespace tarno::osa
 {
@@ -20,10 +20,7 @@ constexpr int kLongestSession = 604'800; // seconds; TLS 1.3 knows none beyond a
 std::string File(const std::string& key)
 {
     const std::string file = analytics::Settings::GetValue(key);
-    if (file.empty())
-        return "";
-    const std::filesystem::path document = analytics::platform::CurrentConfiguration().settingsFile;
-    return (document.parent_path() / file).string();
+    return file.empty() ? "" : analytics::platform::FileBesideSettings(file);
 }
 
 [[noreturn]] void Fail(const std::string& sentence)
@@ -79,6 +76,26 @@ void CheckAccess(const AccessSettings& access, const std::string& address)
         Fail(address + " can be reached from outside, and everybody there could use the service; name a "
                        "certificate, a privateKey and either users or clientCertificates, or listen on "
                        "127.0.0.1, or set insecure=\"1\" at the endpoint if its network is guarded");
+}
+
+const std::string& TextOf(const analytics::platform::WatchedFile& file)
+{
+    if (!file.Last().failure.empty())
+        throw AccessFault(
+            file.Path() + ": it can't be read (" + file.Last().failure +
+            "); make it readable for the service, with \"chgrp varlo-analytics FILE\" and \"chmod 640 "
+            "FILE\" for one that others may not read, or name another in the settings document");
+    return file.Last().text;
+}
+
+void SayTakenOver(const std::string& path)
+{
+    analytics::platform::SayOnce(path + ": what is in it now was taken over.");
+}
+
+void SayNotTakenOver(const AccessFault& fault)
+{
+    analytics::platform::SayOnce(std::string(fault.what()) + ". What was read before stays in force.");
 }
 
 } // namespace tarno::osa

@@ -1,9 +1,9 @@
 #include "access/CheckSettings.h"
 
 #include "access/AccessSettings.h"
-#include "access/TakeOver.h"
 #include "access/TlsSource.h"
 #include "access/Users.h"
+#include "files/FileText.h"
 #include "xml/Reader.h"
 #include "xml/Text.h"
 

@@ -1,7 +1,6 @@
 #include "access/TlsSource.h"
 
-#include "access/Roles.h"
-#include "access/TakeOver.h"
+#include "access/Users.h"
 #include "files/StandardError.h"
 #include "metrics/Metrics.h"
 

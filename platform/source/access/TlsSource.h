@@ -1,7 +1,7 @@
 #pragma once
 
 #include "access/AccessSettings.h"
-#include "access/TlsContext.h"
+#include "access/Tls.h"
 #include "files/FileText.h"
 #include "threads/Mutex.h"
 

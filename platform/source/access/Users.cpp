@@ -1,11 +1,34 @@
 #include "access/Users.h"
 
-#include "access/PasswordHash.h"
+#include "access/Passwords.h"
 
+#include <analytics/Settings.h>
+
+#include <algorithm>
+#include <array>
 #include <sstream>
 
 namespace tarno::osa
 {
+using analytics::Settings;
+using analytics::platform::Role;
+namespace
+{
+
+struct RoleKey
+{
+    Role role;
+    const char* key;
+};
+// The highest first.
+constexpr std::array kRoles = {RoleKey{Role::Administrator, "//server/roles/administrator"},
+                               RoleKey{Role::Operator, "//server/roles/operator"},
+                               RoleKey{Role::Viewer, "//server/roles/viewer"}};
+
+// A query has no text of its own for an element that only holds others, but it matches.
+bool HasRoles() { return !Settings::GetValues("//server/roles").empty(); }
+
+} // namespace
 
 Users::Users(const std::string& path, const std::string& text) : m_path(path)
 {
@@ -56,6 +79,28 @@ const std::string& Users::HashFor(const std::string& name) const
         return kNobody;
     const auto found = m_hashes.find(name);
     return (found == m_hashes.end() ? m_hashes.begin() : found)->second;
+}
+
+Role RoleOf(const std::string& name)
+{
+    if (!HasRoles())
+        return Role::Administrator;
+    for (const RoleKey& row : kRoles)
+    {
+        const std::vector<std::string> names = Settings::GetValues(row.key);
+        if (!name.empty() && std::ranges::count(names, name) > 0)
+            return row.role;
+    }
+    return Role::Viewer;
+}
+
+std::string RolesInSettings()
+{
+    std::string all = HasRoles() ? "roles" : "";
+    for (const RoleKey& row : kRoles)
+        for (const std::string& name : Settings::GetValues(row.key))
+            all += std::string(1, '\0') + row.key + '\0' + name;
+    return all;
 }
 
 } // namespace tarno::osa

@@ -1,19 +1,13 @@
 #pragma once
 
+#include "request/Request.h"
+
 #include <map>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
 namespace tarno::osa
 {
-
-// Something that the operator wrote down can't be used. Says which file, which line, and what to do.
-class AccessFault : public std::runtime_error
-{
-  public:
-    using std::runtime_error::runtime_error;
-};
 
 // Who may use the service: names and password hashes.
 class Users
@@ -41,5 +35,13 @@ class Users
     std::map<std::string, std::string> m_hashes;
     std::vector<std::string> m_mistakes;
 };
+
+// What the settings say that `name` may do: a user, "CN=..." of a certificate, or empty for nobody. Without
+// roles whoever gets in is an administrator, with them who isn't named is a viewer. Of two roles the higher
+// one counts. Throws AnalyticsFault if the settings could never be read.
+analytics::platform::Role RoleOf(const std::string& name);
+
+// All that RoleOf() depends on: while it is the same, so is every role.
+std::string RolesInSettings();
 
 } // namespace tarno::osa

@@ -1,7 +1,7 @@
 #include "net/Authenticator.h"
 
-#include "access/PasswordHash.h"
-#include "access/TakeOver.h"
+#include "access/AccessSettings.h"
+#include "files/StandardError.h"
 
 #include <boost/asio/post.hpp>
 #include <boost/asio/steady_timer.hpp>
@@ -73,7 +73,7 @@ void Authenticator::RenewUsers()
     }
     m_known.Clear();
     for (const std::string& mistake : m_users->Mistakes())
-        SayLeftOut(mistake);
+        analytics::platform::SayOnce(mistake + ". The line is left out.");
     if (!first)
         SayTakenOver(m_file.Path());
 }

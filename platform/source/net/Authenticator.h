@@ -1,7 +1,6 @@
 #pragma once
 
-#include "access/AttemptThrottle.h"
-#include "access/CredentialCache.h"
+#include "access/Passwords.h"
 #include "access/Users.h"
 #include "files/FileText.h"
 #include "threads/Mutex.h"

@@ -4,8 +4,8 @@
 #include "net/Listener.h"
 #include "net/MemorySocket.h"
 
-#include "access/BasicCredentials.h"
-#include "access/Roles.h"
+#include "access/Passwords.h"
+#include "access/Users.h"
 #include "request/Request.h"
 #include "request/WorkMemory.h"
 

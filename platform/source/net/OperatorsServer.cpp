@@ -1,7 +1,6 @@
 #include "net/OperatorsServer.h"
 
 #include "access/AccessSettings.h"
-#include "access/Users.h"
 #include "metrics/Health.h"
 #include "metrics/Metrics.h"
 #include "settings/Configuration.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "access/TlsContext.h"
+#include "access/Tls.h"
 #include "files/FileHandle.h"
 
 #include <memory>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "access/TlsSession.h"
+#include "access/Tls.h"
 
 #include <memory>
 

@@ -1,5 +1,6 @@
 // In place of the folder tls in a build WITH_TLS=OFF.
-#include "access/TlsContext.h"
+#include "access/Tls.h"
+#include "access/AccessSettings.h"
 
 namespace tarno::osa
 {

@@ -1,6 +1,5 @@
 #include "access/AccessSettings.h"
 
-#include "access/Users.h"
 #include "platform/PlatformTest.h"
 
 #include <gmock/gmock.h>

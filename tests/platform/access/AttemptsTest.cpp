@@ -1,7 +1,6 @@
 // What is remembered of attempts to log in, at times that the tests choose.
 
-#include "access/AttemptThrottle.h"
-#include "access/CredentialCache.h"
+#include "access/Passwords.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,6 @@
 #include "access/Users.h"
 
-#include "access/BasicCredentials.h"
-#include "access/PasswordHash.h"
+#include "access/Passwords.h"
 #include "platform/PlatformTest.h"
 #include "platform/access/Passwords.h"
 

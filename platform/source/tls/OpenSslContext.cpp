@@ -1,5 +1,5 @@
-#include "access/TlsContext.h"
-
+#include "access/AccessSettings.h"
+#include "access/Tls.h"
 #include "tls/OpenSslSession.h"
 #include "tls/SessionCache.h"
 
@@ -173,26 +173,11 @@ void SetRules(SSL_CTX* context)
                                   SSL_MODE_ACCEPT_MOVING_WRITE_BUFFER);
 }
 
-std::time_t EndOf(const PemFile& certificates)
-{
-    tm end = {};
-    bool first = true;
-    ForEachCertificate(certificates,
-                       [&](X509* certificate)
-                       {
-                           if (std::exchange(first, false))
-                               ASN1_TIME_to_tm(X509_get0_notAfter(certificate), &end);
-                       });
-    return timegm(&end);
-}
-
 class OpenSslContext : public TlsContext
 {
   public:
     OpenSslContext(const TlsFiles& files, std::chrono::seconds sessionTime)
-        : m_endOfCertificate(EndOf(files.certificate)),
-          m_revoked(files.revoked),
-          m_context(SSL_CTX_new(TLS_server_method()))
+        : m_revoked(files.revoked), m_context(SSL_CTX_new(TLS_server_method()))
     {
         if (m_context == nullptr)
             throw std::bad_alloc();
@@ -211,11 +196,15 @@ class OpenSslContext : public TlsContext
     {
         return std::make_unique<OpenSslSession>(*m_context, socket);
     }
-    std::time_t EndOfCertificate() const override { return m_endOfCertificate; }
+    std::time_t EndOfCertificate() const override
+    {
+        tm end = {};
+        ASN1_TIME_to_tm(X509_get0_notAfter(SSL_CTX_get0_certificate(m_context.get())), &end);
+        return timegm(&end);
+    }
     std::string ExpiredRevocationList() const override;
 
   private:
-    const std::time_t m_endOfCertificate;
     const std::optional<PemFile> m_revoked;
     SessionCache m_cache;
     const std::unique_ptr<SSL_CTX, Free<SSL_CTX_free>> m_context; // goes before the cache

@@ -1,0 +1,91 @@
+#pragma once
+
+#include "threads/TimedCache.h"
+
+#include <chrono>
+#include <cstddef>
+#include <optional>
+#include <string>
+
+// What a client claims to be, and what that is held against.
+namespace tarno::osa
+{
+
+// A name and a password as a client claims them. The password is wiped when it goes.
+struct BasicCredentials
+{
+    BasicCredentials() = default;
+    ~BasicCredentials();
+    BasicCredentials(BasicCredentials&&) = default;
+    BasicCredentials(const BasicCredentials&) = default;
+
+    std::string name;
+    std::string password;
+};
+
+// Out of the value of the HTTP field "Authorization". Nothing if it is none of the scheme Basic, or
+// nothing that any user could have: no name, a NUL, more than crypt(3) takes.
+std::optional<BasicCredentials> ParseBasicCredentials(const std::string& authorization);
+
+// Why `hash` is no password hash in the notation of crypt(3) that a password can be held against;
+// empty if it is one. Methods that are broken by now (DES, MD5) are refused like unknown ones.
+std::string WhyNoPasswordHash(const std::string& hash);
+
+// Whether `password` has this hash. Takes as long as the hash was made to cost, whatever the answer.
+bool PasswordMatches(const std::string& password, const std::string& hash);
+
+// Which credentials were found right a short while ago, so that a slow hash isn't paid at every
+// request. What it keeps of them is a hash keyed with a secret of this process. One thread at a time.
+class CredentialCache
+{
+  public:
+    using Time = std::chrono::steady_clock::time_point;
+
+    static constexpr std::chrono::minutes kLifetime{5};
+    static constexpr std::size_t kMost = 256;
+
+    CredentialCache();
+
+    // By what the credentials are known here. `hash`, what they are held against, is a part of it: a
+    // changed password makes another key.
+    std::string KeyOf(const BasicCredentials& credentials, const std::string& hash) const;
+    bool Knows(const std::string& key, Time now) { return m_known.Find(key, now) != nullptr; }
+    // The one that was found right the longest ago makes room.
+    void Remember(const std::string& key, Time now) { m_known.Put(key, true, now + kLifetime); }
+    void Clear() { m_known.Clear(); }
+
+  private:
+    std::string m_secret;
+    analytics::platform::TimedCache<bool, kMost> m_known; // all true
+};
+
+// Slows down whoever tries password after password. Each attempt counts as failed until it is found
+// right, so that many at a time don't help. Nobody waits for the attempts of somebody else. One thread
+// at a time.
+class AttemptThrottle
+{
+  public:
+    using Time = std::chrono::steady_clock::time_point;
+
+    static constexpr unsigned kFree = 5; // failures without a pause
+    static constexpr std::chrono::milliseconds kFirstPause{250};
+    static constexpr std::chrono::milliseconds kLongestPause{4000};
+    static constexpr std::chrono::seconds kLongestWait{10};
+    static constexpr std::chrono::minutes kForgotten{5}; // after the last attempt
+    static constexpr std::size_t kMost = 1024;           // addresses; the one quiet the longest makes room
+
+    // When an attempt that comes `now` may be looked at; nothing if it would have to wait too long.
+    std::optional<Time> Begin(const std::string& who, Time now);
+    // An attempt was right after all.
+    void Succeeded(const std::string& who);
+
+  private:
+    struct Attempts
+    {
+        unsigned failures = 0;
+        Time next;
+    };
+    analytics::platform::TimedCache<Attempts, kMost> m_attempts;
+};
+
+} // namespace tarno::osa
