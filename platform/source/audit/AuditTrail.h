@@ -2,9 +2,9 @@
 
 #include <analytics/Faults.h>
 
-#include "audit/AuditEntry.h"
 #include "files/FileHandle.h"
 #include "files/StandardError.h"
+#include "request/Request.h"
 #include "threads/Mutex.h"
 #include "threads/Ticker.h"
 
@@ -14,10 +14,46 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace analytics::platform
 {
+
+enum class AuditResult
+{
+    Done,
+    Refused, // for something that the client did, or may not do
+    Failed
+};
+
+// What a line of the audit trail tells. What is empty, or 0 in `count`, is left out.
+struct AuditEntry
+{
+    std::string change; // the call that changes the store, or "access"
+    std::optional<int> profile = {};
+    std::optional<int> command = {};
+    std::string plugin = {};
+    AuditResult result = AuditResult::Done;
+    std::string reason = {};
+    std::size_t count = 0; // of refusals that this line stands for, if it isn't a single one
+    // Who is behind it. A role is told of changes alone: who doesn't get in has none.
+    std::optional<Caller> caller = {};
+};
+
+// A line of an audit trail: the JSON text, and its fields by themselves, as text.
+struct AuditLine
+{
+    std::string text; // no line feed, nor another character that some readers take for the end of a line
+    std::vector<std::pair<std::string, std::string>> fields;
+};
+
+// Texts are cut to 1,024 bytes; bytes that are no UTF-8 become U+FFFD.
+AuditLine FormatAudit(const AuditEntry& entry, std::chrono::system_clock::time_point time);
+
+// Whether the system's journal has taken the line; false where there is none, or none is known to this build
+// (WITH_SYSTEMD).
+bool SendToJournal(const AuditLine& line);
 
 // Who tries passwords doesn't fill the trail: the first refusal of an address is told at once, the further
 // ones together at the end of each 10 seconds, by user and reason of the last. Those of the addresses beyond

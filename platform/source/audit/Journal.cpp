@@ -1,4 +1,4 @@
-#include "audit/Journal.h"
+#include "audit/AuditTrail.h"
 
 #define SD_JOURNAL_SUPPRESS_LOCATION
 #include <systemd/sd-journal.h>

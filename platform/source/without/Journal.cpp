@@ -1,5 +1,5 @@
 // In place of the one in the folder audit in a build WITH_SYSTEMD=OFF.
-#include "audit/Journal.h"
+#include "audit/AuditTrail.h"
 
 namespace analytics::platform
 {

@@ -1,4 +1,4 @@
-#include "audit/AuditEntry.h"
+#include "audit/AuditTrail.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
