@@ -2,7 +2,7 @@
 
 #include "threads/Mutex.h"
 
-#include <cstdint>
+#include <future>
 #include <system_error>
 #include <thread>
 
@@ -11,39 +11,45 @@ namespace analytics::platform
 namespace
 {
 
-struct Checks
+using Answer = std::shared_future<std::string>;
+
+struct LastCheck
 {
     Mutex lock;
-    CondVar ended;
-    bool running ANALYTICS_GUARDED_BY(lock) = false;
-    std::uint64_t number ANALYTICS_GUARDED_BY(lock) = 0; // of those that have ended
-    std::string failure ANALYTICS_GUARDED_BY(lock);      // of the last one
+    Answer answer ANALYTICS_GUARDED_BY(lock);
 };
 
-// Never destroyed: a check that hangs on a disk may outlive everything.
-Checks& TheChecks()
+std::string FailureOf(const std::function<std::string()>& check)
 {
-    static Checks& checks = *new Checks;
-    return checks;
-}
-
-void Run(const std::function<std::string()>& check)
-{
-    std::string failure;
     try
     {
-        failure = check();
+        return check();
     }
-    catch (const std::exception& fault)
+    catch (const std::exception& failure)
     {
-        failure = fault.what();
+        return failure.what();
     }
-    Checks& checks = TheChecks();
-    const MutexLock hold(checks.lock);
-    checks.running = false;
-    ++checks.number;
-    checks.failure = failure;
-    checks.ended.Wake();
+}
+
+bool IsReady(const Answer& answer, std::chrono::milliseconds limit)
+{
+    return answer.wait_for(limit) == std::future_status::ready;
+}
+
+// The one that runs, or a new one. Throws std::system_error without a thread.
+Answer Check(const std::function<std::string()>& check)
+{
+    // Never destroyed: a check that hangs on a disk may outlive everything.
+    static LastCheck& last = *new LastCheck;
+    const MutexLock hold(last.lock);
+    if (!last.answer.valid() || IsReady(last.answer, {}))
+    {
+        std::packaged_task<std::string()> task([check] { return FailureOf(check); });
+        Answer answer = task.get_future();
+        std::thread(std::move(task)).detach();
+        last.answer = std::move(answer);
+    }
+    return last.answer;
 }
 
 } // namespace
@@ -51,25 +57,9 @@ void Run(const std::function<std::string()>& check)
 std::string Health(std::chrono::milliseconds limit, const std::function<std::string()>& check)
 try
 {
-    Checks& checks = TheChecks();
-    const auto until = std::chrono::steady_clock::now() + limit;
-    const MutexLock hold(checks.lock);
-    const std::uint64_t number = checks.number;
-    if (!checks.running)
-    {
-        std::thread([check] { Run(check); }).detach();
-        checks.running = true;
-    }
-    while (checks.number == number)
-    {
-        const auto left =
-            std::chrono::duration_cast<std::chrono::milliseconds>(until - std::chrono::steady_clock::now());
-        if (left.count() <= 0)
-            return "The profile store doesn't answer; look at the disk that it is on";
-        checks.ended.WaitFor(checks.lock, left);
-    }
-    checks.ended.Wake(); // whoever else waits
-    return checks.failure;
+    const Answer answer = Check(check);
+    return IsReady(answer, limit) ? answer.get()
+                                  : "The profile store doesn't answer; look at the disk that it is on";
 }
 catch (const std::system_error&)
 {

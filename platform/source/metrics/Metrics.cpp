@@ -1,14 +1,21 @@
 #include "metrics/Metrics.h"
 
-#include "metrics/Process.h"
 #include "threads/Mutex.h"
+
+#include <sys/resource.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <cassert>
 #include <charconv>
+#include <ctime>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <map>
 #include <set>
+#include <sstream>
 #include <string_view>
 #include <vector>
 
@@ -122,6 +129,11 @@ std::string Number(double value)
     return std::string(room.data(), end);
 }
 
+std::string Head(const std::string& name, const char* type, const std::string& help)
+{
+    return "# HELP " + name + ' ' + help + "\n# TYPE " + name + ' ' + type + '\n';
+}
+
 std::string Line(const std::string& name, const std::string& labels, const std::string& value)
 {
     return name + (labels.empty() ? "" : '{' + labels + '}') + ' ' + value + '\n';
@@ -153,6 +165,81 @@ std::string RowText(const Registry& registry, const std::string& name, const Fam
     if (family.type == std::string_view("histogram"))
         return HistogramText(registry, name, row);
     return Line(name, row.labels, std::to_string(registry.Sum(row.slot)));
+}
+
+// The fields of /proc/self/stat behind the program's name, which may hold spaces: the third one is the first.
+std::vector<double> StatFields()
+{
+    std::ifstream file("/proc/self/stat");
+    std::string text((std::istreambuf_iterator<char>(file)), {});
+    const std::size_t end = text.rfind(") ");
+    if (end == std::string::npos)
+        return {};
+    std::istringstream rest(text.substr(end + 4)); // behind the state, a letter
+    return {std::istream_iterator<double>(rest), {}};
+}
+
+// By their numbers in proc(5).
+enum Field
+{
+    kFirst = 4,
+    kUserTime = 14,
+    kSystemTime = 15,
+    kThreads = 20,
+    kStartTime = 22,
+    kVirtualBytes = 23,
+    kResidentPages = 24
+};
+
+// When the system was started, in seconds since 1970.
+double BootTime()
+{
+    timespec now = {};
+    timespec up = {};
+    clock_gettime(CLOCK_REALTIME, &now);
+    clock_gettime(CLOCK_BOOTTIME, &up);
+    return static_cast<double>(now.tv_sec - up.tv_sec) + static_cast<double>(now.tv_nsec - up.tv_nsec) / 1e9;
+}
+
+std::ptrdiff_t OpenFiles()
+{
+    std::error_code error;
+    const std::filesystem::directory_iterator files("/proc/self/fd", error);
+    return error ? 0 : std::distance(begin(files), end(files)) - 1; // without the one of the iterator itself
+}
+
+// A family of one row without labels.
+void Add(std::string& text, const std::string& name, const char* type, const std::string& help, double value)
+{
+    text += Head(name, type, help) + Line(name, "", Number(value));
+}
+
+// What Linux knows of this process, by the names that Prometheus' clients have in common. What can't be read
+// is left out.
+std::string ProcessText()
+{
+    std::string text;
+    rlimit files = {};
+    Add(text, "process_open_fds", "gauge", "Number of open file descriptors.",
+        static_cast<double>(OpenFiles()));
+    if (getrlimit(RLIMIT_NOFILE, &files) == 0)
+        Add(text, "process_max_fds", "gauge", "Maximum number of open file descriptors.",
+            static_cast<double>(files.rlim_cur));
+    const std::vector<double> stat = StatFields();
+    if (stat.size() <= kResidentPages - kFirst)
+        return text;
+    const auto field = [&stat](Field number) { return stat[static_cast<std::size_t>(number - kFirst)]; };
+    const auto ticks = static_cast<double>(sysconf(_SC_CLK_TCK));
+    static const double started = BootTime() + field(kStartTime) / ticks;
+    Add(text, "process_cpu_seconds_total", "counter", "Total user and system CPU time spent in seconds.",
+        (field(kUserTime) + field(kSystemTime)) / ticks);
+    Add(text, "process_resident_memory_bytes", "gauge", "Resident memory size in bytes.",
+        field(kResidentPages) * static_cast<double>(sysconf(_SC_PAGESIZE)));
+    Add(text, "process_virtual_memory_bytes", "gauge", "Virtual memory size in bytes.", field(kVirtualBytes));
+    Add(text, "process_threads", "gauge", "Number of threads.", field(kThreads));
+    Add(text, "process_start_time_seconds", "gauge", "Start time of the process since unix epoch in seconds.",
+        started);
+    return text;
 }
 
 } // namespace
@@ -212,12 +299,12 @@ std::string MetricsText()
         const MutexLock hold(registry.lock);
         for (const auto& [name, family] : registry.families)
         {
-            text += "# HELP " + name + ' ' + family.help + "\n# TYPE " + name + ' ' + family.type + '\n';
+            text += Head(name, family.type, family.help);
             for (const Row& row : family.rows)
                 text += RowText(registry, name, family, row);
         }
     }
-    return text + ProcessMetricsText();
+    return text + ProcessText();
 }
 
 } // namespace analytics::platform
