@@ -1,5 +1,7 @@
 #include "threads/Ticker.h"
 
+#include <condition_variable>
+#include <mutex>
 #include <utility>
 
 namespace analytics::platform
@@ -7,32 +9,15 @@ namespace analytics::platform
 
 Ticker::Ticker(std::chrono::milliseconds interval, std::function<void()> tick)
     : m_thread(
-          [this, interval, call = std::move(tick)]
+          [interval, call = std::move(tick)](const std::stop_token& end)
           {
-              while (!EndedWithin(interval))
+              std::mutex mutex;
+              std::unique_lock lock(mutex);
+              std::condition_variable_any ending;
+              while (!ending.wait_for(lock, end, interval, [&end] { return end.stop_requested(); }))
                   call();
           })
 {
-}
-
-Ticker::~Ticker()
-{
-    {
-        const MutexLock hold(m_lock);
-        m_ended = true;
-        m_ending.Wake();
-    }
-    m_thread.join();
-}
-
-bool Ticker::EndedWithin(std::chrono::milliseconds interval)
-{
-    using Clock = std::chrono::steady_clock;
-    const Clock::time_point end = Clock::now() + interval;
-    const MutexLock hold(m_lock);
-    for (Clock::time_point now = Clock::now(); !m_ended && now < end; now = Clock::now())
-        m_ending.WaitFor(m_lock, std::chrono::ceil<std::chrono::milliseconds>(end - now));
-    return m_ended;
 }
 
 } // namespace analytics::platform

@@ -1,7 +1,5 @@
 #pragma once
 
-#include "threads/Mutex.h"
-
 #include <chrono>
 #include <functional>
 #include <thread>
@@ -15,17 +13,9 @@ class Ticker
 {
   public:
     Ticker(std::chrono::milliseconds interval, std::function<void()> tick);
-    ~Ticker();
-    Ticker(const Ticker&) = delete;
-    Ticker& operator=(const Ticker&) = delete;
 
   private:
-    bool EndedWithin(std::chrono::milliseconds interval);
-
-    Mutex m_lock;
-    CondVar m_ending;
-    bool m_ended ANALYTICS_GUARDED_BY(m_lock) = false;
-    std::thread m_thread;
+    std::jthread m_thread;
 };
 
 } // namespace analytics::platform
