@@ -2,6 +2,7 @@
 
 #include <analytics/Platform.h>
 
+#include <dlfcn.h>
 #include <pthread.h>
 #include <signal.h>
 #include <unistd.h>
@@ -9,6 +10,7 @@
 #include <atomic>
 #include <chrono>
 #include <exception>
+#include <stdexcept>
 
 namespace
 {
@@ -21,9 +23,26 @@ std::atomic<bool> gEnded{false};
 // Interrupts the sleep of the service's thread and does nothing else.
 void HandleWake(int /*number*/) {}
 
+void* Load(const std::string& file)
+{
+    void* const library = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (library == nullptr)
+        throw std::runtime_error(std::string("the API library can't be loaded: ") + dlerror());
+    return library;
+}
+
+auto Find(const std::string& file, const char* name)
+{
+    void* const symbol = dlsym(Load(file), name);
+    if (symbol == nullptr)
+        throw std::runtime_error(file + " is no API library: it has no " + name);
+    return reinterpret_cast<bool (*)()>(symbol);
+}
+
 } // namespace
 
-Service::Service(const Library& library, int ended) : m_library(library)
+Service::Service(const std::string& file, int ended)
+    : m_start(Find(file, "StartVarloAnalyticsApi")), m_shutdown(Find(file, "ShutdownVarloAnalyticsApi"))
 {
     struct sigaction action = {};
     action.sa_handler = HandleWake;
@@ -35,7 +54,7 @@ void Service::Run(int ended)
 {
     try
     {
-        m_library.start();
+        m_start();
     }
     catch (const std::exception& e)
     {
@@ -47,7 +66,7 @@ void Service::Run(int ended)
 
 void Service::End()
 {
-    m_library.shutdown();
+    m_shutdown();
     // The service looks at its shutdown flag every two seconds; a signal ends its sleep early.
     while (!gEnded)
     {

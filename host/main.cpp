@@ -1,7 +1,6 @@
 // The process that hosts the service: loads the API library, lends it a thread, ends it on SIGTERM or SIGINT,
 // and has its files read again on SIGHUP.
 
-#include "Library.h"
 #include "Options.h"
 #include "Service.h"
 
@@ -134,7 +133,7 @@ int Run(Options options)
         return sound ? 0 : 1;
     if (options.recover)
         Report(analytics::platform::RecoverStore(options.platform.stateFolder));
-    Service service(Library(options.library), kServiceEnded);
+    Service service(options.library, kServiceEnded);
 
     int received = 0;
     while (sigwait(&signals, &received) == 0 && received == SIGHUP)
