@@ -42,14 +42,14 @@ Stored Store(const std::string& id, const std::string& document)
     ExpectXml(config, "what is stored of a document can be read");
     std::string engineId;
     std::string engine;
-    std::vector<analytics::StoredEngine> engines;
+    std::vector<analytics::StoredConfiguration> parts = {
+        {analytics::RulePlugin, id, config, stored.params.Active()}};
     if (converter->AdditionalComponent(engineId, engine))
     {
         ExpectXml(engine, "what is stored for an engine can be read");
-        engines.push_back({engineId, engine});
+        parts.push_back({analytics::EnginePlugin, engineId, engine});
     }
-    stored.profile =
-        id == kScene ? config : analytics::MergeProfile({{id, config, stored.params.Active()}}, engines);
+    stored.profile = id == kScene ? config : analytics::MergeProfile(parts);
     ExpectXml(stored.profile, "a profile can be read");
     return stored;
 }

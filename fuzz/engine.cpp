@@ -16,15 +16,14 @@ constexpr char kScene[] = "com.varlo.engine.sceneanalyzer";
 // The profile whose behaviors and engines all have `document` as their configuration.
 std::string Merged(const std::string& document, bool active)
 {
-    std::vector<analytics::StoredRule> rules;
-    std::vector<analytics::StoredEngine> engines;
+    std::vector<analytics::StoredConfiguration> parts;
     for (const analytics::Manifest& behavior : fuzzing::Behaviors())
     {
-        rules.push_back({behavior.Id(), document, active});
+        parts.push_back({analytics::RulePlugin, behavior.Id(), document, active});
         for (const std::string& engine : behavior.Dependencies())
-            engines.push_back({engine, document});
+            parts.push_back({analytics::EnginePlugin, engine, document});
     }
-    return analytics::MergeProfile(rules, engines);
+    return analytics::MergeProfile(parts);
 }
 
 bool Names(const std::string& document, const analytics::Manifest& behavior)

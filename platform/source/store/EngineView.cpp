@@ -43,7 +43,7 @@ EngineState StateIn(StoreConnection& connection)
     {
         active = ProfileSummary(row.Number(3), row.Text(4), row.Text(5), true);
         state.profile = active->id;
-        state.document = Merge(ConfigurationsIn(connection, active->id));
+        state.document = MergeProfile(ConfigurationsIn(connection, active->id));
     }
     state.facts = platform::EngineFacts(active, row.Flag(0), row.Flag(1), state.document);
     state.sequence = row.Long(2);

@@ -2,7 +2,6 @@
 
 #include <analytics/Faults.h>
 
-#include "store/ProfileDocument.h"
 #include "store/StoreConnection.h"
 
 namespace analytics
@@ -75,18 +74,6 @@ std::vector<StoredConfiguration> ConfigurationsIn(StoreConnection& connection, i
     while (row.Next())
         all.push_back({static_cast<PluginType>(row.Number(0)), row.Text(1), row.Text(2), row.Flag(3)});
     return all;
-}
-
-std::string Merge(const std::vector<StoredConfiguration>& configurations)
-{
-    std::vector<StoredRule> rules;
-    std::vector<StoredEngine> engines;
-    for (const StoredConfiguration& stored : configurations)
-        if (stored.kind == RulePlugin)
-            rules.push_back({stored.id, stored.document, stored.active});
-        else
-            engines.push_back({stored.id, stored.document});
-    return MergeProfile(rules, engines);
 }
 
 } // namespace analytics

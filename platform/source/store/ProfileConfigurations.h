@@ -1,6 +1,6 @@
 #pragma once
 
-#include <analytics/Manifest.h>
+#include "store/ProfileDocument.h"
 
 #include <optional>
 #include <string>
@@ -14,15 +14,6 @@ namespace platform
 class StoreConnection;
 }
 
-// A rule or engine as a profile holds it.
-struct StoredConfiguration
-{
-    PluginType kind = RulePlugin; // or EnginePlugin
-    std::string id;
-    std::string document;
-    bool active = false;
-};
-
 // ClientFault unless the profile exists, and then with `refusal` if it isn't empty.
 void RequireIn(platform::StoreConnection& connection, int profile, const std::string& refusal = "");
 
@@ -34,7 +25,5 @@ std::optional<std::vector<std::string>> IdsIn(platform::StoreConnection& connect
                                               PluginType kind, bool onlyActive);
 // All that a profile holds.
 std::vector<StoredConfiguration> ConfigurationsIn(platform::StoreConnection& connection, int profile);
-// The engine document of a profile that holds these.
-std::string Merge(const std::vector<StoredConfiguration>& configurations);
 
 } // namespace analytics

@@ -95,35 +95,35 @@ std::string ProfileText(const std::string& modules, const std::string& rules)
 }
 } // namespace
 
-std::string MergeProfile(const std::vector<StoredRule>& rules, const std::vector<StoredEngine>& engines)
+std::string MergeProfile(const std::vector<StoredConfiguration>& configurations)
 {
-    std::string modulesText;
-    std::string rulesText;
+    std::string modules;
+    std::string rules;
     std::set<std::string> types; // of the modules
     const auto isNew = [&types](const std::string& type)
     { return !type.empty() && types.insert(type).second; };
     bool empty = true;
-    for (const StoredEngine& engine : engines)
+    for (const StoredConfiguration& engine : configurations)
     {
         StoredDocument stored;
-        if (!stored.Parse(engine.config))
+        if (engine.kind != EnginePlugin || !stored.Parse(engine.document))
             continue;
-        modulesText +=
+        modules +=
             stored.Text(kModule, [&](const std::string& type) { return type == engine.id && isNew(type); });
         empty = false;
     }
-    for (const StoredRule& rule : rules)
+    for (const StoredConfiguration& rule : configurations)
     {
         StoredDocument stored;
-        if (!stored.Parse(rule.config))
+        if (rule.kind != RulePlugin || !stored.Parse(rule.document))
             continue;
-        rulesText += stored.Text(kRule, [&](const std::string& type) { return type == rule.id; });
-        modulesText += stored.Text(kModule, isNew);
+        rules += stored.Text(kRule, [&](const std::string& type) { return type == rule.id; });
+        modules += stored.Text(kModule, isNew);
         if (rule.active)
-            rulesText += ActiveMark(rule.id);
+            rules += ActiveMark(rule.id);
         empty = false;
     }
-    return empty ? std::string() : ProfileText(modulesText, rulesText);
+    return empty ? std::string() : ProfileText(modules, rules);
 }
 
 } // namespace analytics

@@ -1,22 +1,20 @@
 #pragma once
 
+#include <analytics/Manifest.h>
+
 #include <string>
 #include <vector>
 
 namespace analytics
 {
 
-struct StoredRule
+// A rule or engine as a profile holds it.
+struct StoredConfiguration
 {
+    PluginType kind = RulePlugin; // or EnginePlugin
     std::string id;
-    std::string config; // engine document; the rules in it of type `id` are the stored ones
-    bool active;
-};
-
-struct StoredEngine
-{
-    std::string id;
-    std::string config; // engine document with the module of `id`
+    std::string document; // engine document; what counts are the rules in it of type `id`, or the engine `id`
+    bool active = false;  // of rules
 };
 
 // The engine document of a whole profile, for ProfileDoc to read: the rules of each stored rule
@@ -24,6 +22,6 @@ struct StoredEngine
 // configuration where one is stored and otherwise from the first rule document that has the module.
 // Empty if nothing is stored. A configuration that is no XML is passed over: it is a behavior that was
 // stored unconverted, and the others must stay readable.
-std::string MergeProfile(const std::vector<StoredRule>& rules, const std::vector<StoredEngine>& engines);
+std::string MergeProfile(const std::vector<StoredConfiguration>& configurations);
 
 } // namespace analytics

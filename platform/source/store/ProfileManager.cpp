@@ -296,7 +296,7 @@ std::string ProfileManager::GetConfig(int profileId)
     {
         BeginReading(profileId,
                      m_store->Get([&](StoreConnection& c) { return platform::BytesIn(c, profileId); }));
-        return Merge(m_store->Get([&](StoreConnection& c) { return ConfigurationsIn(c, profileId); }));
+        return MergeProfile(m_store->Get([&](StoreConnection& c) { return ConfigurationsIn(c, profileId); }));
     };
     std::string merged = m_store->Cached(&ProfileStore::merged, profileId, merge, &std::string::size);
     BeginHolding(std::ssize(merged));

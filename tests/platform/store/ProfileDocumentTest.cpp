@@ -33,9 +33,9 @@ std::string Engine(const std::string& type, int value)
 class ProfileDocumentTest : public testing::Test
 {
   protected:
-    void Merge(const std::vector<StoredRule>& rules, const std::vector<StoredEngine>& engines)
+    void Merge(const std::vector<StoredConfiguration>& configurations)
     {
-        text = MergeProfile(rules, engines);
+        text = MergeProfile(configurations);
         ASSERT_TRUE(doc.ParseString(text));
     }
     std::string Rules(const std::string& id)
@@ -59,16 +59,16 @@ class ProfileDocumentTest : public testing::Test
 
 TEST_F(ProfileDocumentTest, IsEmptyWithoutConfigurations)
 {
-    EXPECT_EQ(MergeProfile({}, {}), "");
-    EXPECT_EQ(MergeProfile({{"r", "", false}}, {{"e", ""}}), "");
-    EXPECT_EQ(MergeProfile({{"r", "no XML", false}}, {}), "");
+    EXPECT_EQ(MergeProfile({}), "");
+    EXPECT_EQ(MergeProfile({{RulePlugin, "r", ""}, {EnginePlugin, "e", ""}}), "");
+    EXPECT_EQ(MergeProfile({{RulePlugin, "r", "no XML"}}), "");
 }
 
 TEST_F(ProfileDocumentTest, HoldsTheRulesOfEachDocumentInOrder)
 {
-    Merge({{"r.one", Form("", Rule("r.one", "1") + Rule("r.two", "9") + Rule("r.one", "2")), true},
-           {"r.two", Form("", Rule("r.two", "3") + Rule("r.one", "8")), false}},
-          {});
+    Merge(
+        {{RulePlugin, "r.one", Form("", Rule("r.one", "1") + Rule("r.two", "9") + Rule("r.one", "2")), true},
+         {RulePlugin, "r.two", Form("", Rule("r.two", "3") + Rule("r.one", "8")), false}});
     EXPECT_EQ(Rules("r.one"), "1 2 ");
     EXPECT_EQ(Rules("r.two"), "3 ");
     EXPECT_TRUE(doc.RuleIsActive("r.one"));
@@ -78,7 +78,7 @@ TEST_F(ProfileDocumentTest, HoldsTheRulesOfEachDocumentInOrder)
 
 TEST_F(ProfileDocumentTest, MarksAnActiveBehaviorWithoutRules)
 {
-    Merge({{"r.one", Form("", ""), true}, {"r.two", Form("", ""), false}}, {});
+    Merge({{RulePlugin, "r.one", Form("", ""), true}, {RulePlugin, "r.two", Form("", ""), false}});
     EXPECT_TRUE(doc.RuleIsActive("r.one"));
     EXPECT_FALSE(doc.RuleIsActive("r.two"));
     EXPECT_EQ(Rules("r.one"), "");
@@ -86,10 +86,10 @@ TEST_F(ProfileDocumentTest, MarksAnActiveBehaviorWithoutRules)
 
 TEST_F(ProfileDocumentTest, TakesEnginesFromTheirOwnConfigurationFirst)
 {
-    Merge({{"r.one", Form(Engine("e.one", 1) + Engine("e.two", 2), ""), false},
-           {"r.two", Form(Engine("e.two", 3) + Engine("e.three", 4), ""), false}},
-          {{"e.one", Form(Engine("e.other", 6) + Engine("e.one", 5), "")},
-           {"e.four", Form(Engine("e.four", 7), "")}});
+    Merge({{RulePlugin, "r.one", Form(Engine("e.one", 1) + Engine("e.two", 2), ""), false},
+           {RulePlugin, "r.two", Form(Engine("e.two", 3) + Engine("e.three", 4), ""), false},
+           {EnginePlugin, "e.one", Form(Engine("e.other", 6) + Engine("e.one", 5), "")},
+           {EnginePlugin, "e.four", Form(Engine("e.four", 7), "")}});
     EXPECT_EQ(EngineValue("e.one"), 5);
     EXPECT_EQ(EngineValue("e.two"), 2);
     EXPECT_EQ(EngineValue("e.three"), 4);
@@ -99,10 +99,11 @@ TEST_F(ProfileDocumentTest, TakesEnginesFromTheirOwnConfigurationFirst)
 
 TEST_F(ProfileDocumentTest, PassesOverWhatIsNoXml)
 {
-    Merge({{"r.broken", "not <xml", false},
-           {"r.foreign", "<behavior id='x'/>", false},
-           {"r.one", Form("", Rule("r.one", "1")), true}},
-          {{"e.broken", "<"}, {"e.one", Form(Engine("e.one", 1), "")}});
+    Merge({{RulePlugin, "r.broken", "not <xml", false},
+           {RulePlugin, "r.foreign", "<behavior id='x'/>", false},
+           {RulePlugin, "r.one", Form("", Rule("r.one", "1")), true},
+           {EnginePlugin, "e.broken", "<"},
+           {EnginePlugin, "e.one", Form(Engine("e.one", 1), "")}});
     EXPECT_EQ(Rules("r.one"), "1 ");
     EXPECT_TRUE(doc.RuleIsActive("r.one"));
     EXPECT_EQ(EngineValue("e.one"), 1);
@@ -110,12 +111,11 @@ TEST_F(ProfileDocumentTest, PassesOverWhatIsNoXml)
 
 TEST_F(ProfileDocumentTest, JoinsDocumentsThatBindThePrefixDifferently)
 {
-    Merge({{"r.one", Form(Engine("e.one", 1), Rule("r.one", "1"), "urn:own"), false},
-           {"r.two",
+    Merge({{RulePlugin, "r.one", Form(Engine("e.one", 1), Rule("r.one", "1"), "urn:own"), false},
+           {RulePlugin, "r.two",
             "<C xmlns='http://www.onvif.org/ver10/schema' xmlns:tt='http://www.onvif.org/ver10/schema'>"
             "<Rule Name='2' Type='r.two'/></C>",
-            false}},
-          {});
+            false}});
     EXPECT_EQ(Rules("r.one"), "1 ");
     EXPECT_EQ(Rules("r.two"), "2 ");
     EXPECT_EQ(EngineValue("e.one"), 1);
@@ -126,7 +126,7 @@ TEST_F(ProfileDocumentTest, JoinsDocumentsThatBindThePrefixDifferently)
 
 TEST_F(ProfileDocumentTest, DeclaresItsNamespacesOnce)
 {
-    Merge({{"r.one", Form("", Rule("r.one", "1") + Rule("r.one", "2")), true}}, {});
+    Merge({{RulePlugin, "r.one", Form("", Rule("r.one", "1") + Rule("r.one", "2")), true}});
     EXPECT_EQ(text.find("xmlns:tt"), text.rfind("xmlns:tt"));
     EXPECT_EQ(text.find("xmlns:va"), text.rfind("xmlns:va"));
 }
@@ -134,7 +134,8 @@ TEST_F(ProfileDocumentTest, DeclaresItsNamespacesOnce)
 TEST_F(ProfileDocumentTest, KeepsIdentifiersAndTextAsTheyAre)
 {
     const std::string id = "r.<&'\"";
-    Merge({{id, Form("", "<tt:Rule Name='&lt;\xC3\xA9&#10;' Type='r.&lt;&amp;&apos;&quot;'/>"), true}}, {});
+    Merge({{RulePlugin, id, Form("", "<tt:Rule Name='&lt;\xC3\xA9&#10;' Type='r.&lt;&amp;&apos;&quot;'/>"),
+            true}});
     EXPECT_EQ(Rules(id), "<\xC3\xA9\n ");
     EXPECT_TRUE(doc.RuleIsActive(id));
 }

@@ -118,7 +118,8 @@ TEST_F(DirectionalMotionTest, SettingsReachTheModuleAndComeBackFromTheStoredProf
     std::string engine;
     ASSERT_TRUE(converter.AdditionalComponent(id, engine));
     analytics::ProfileDoc stored;
-    ASSERT_TRUE(stored.ParseString(analytics::MergeProfile({{Config::Id(), rule, true}}, {{id, engine}})));
+    ASSERT_TRUE(stored.ParseString(analytics::MergeProfile(
+        {{analytics::RulePlugin, Config::Id(), rule, true}, {analytics::EnginePlugin, id, engine}})));
     const std::unique_ptr<analytics::DocumentNode> module(stored.SelectEngine(kEngine));
     EXPECT_EQ(stored.GetSimpleItemValue("Sensitivity", 0, module.get(), true), 7);
     EXPECT_EQ(stored.GetSimpleItemValue("ObjectSpeed", 0, module.get(), true), 2);

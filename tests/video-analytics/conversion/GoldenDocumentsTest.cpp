@@ -66,11 +66,11 @@ TEST_P(GoldenDocuments, BackToTheClient)
 {
     profile_conversion::ProfileParameters params;
     Converter(golden.family.id)->FromVarloToOnvif(golden.Read("behavior.xml"), params);
-    std::vector<analytics::StoredEngine> engines;
+    std::vector<analytics::StoredConfiguration> stored = {
+        {analytics::RulePlugin, golden.family.id, golden.Read("rule.xml"), params.Active()}};
     if (const std::string engine = golden.Read("engine.xml"); !engine.empty())
-        engines.push_back({golden.family.engine, engine});
-    const std::string profile =
-        analytics::MergeProfile({{golden.family.id, golden.Read("rule.xml"), params.Active()}}, engines);
+        stored.push_back({analytics::EnginePlugin, golden.family.engine, engine});
+    const std::string profile = analytics::MergeProfile(stored);
     const std::string returned = golden.Read("returned.xml");
     const std::string expected = returned.empty() ? golden.Read("behavior.xml") : returned;
     EXPECT_EQ(Canonical(Converter(golden.family.id)->FromOnvifToVarlo(profile, {})), Canonical(expected));

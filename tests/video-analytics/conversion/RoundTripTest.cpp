@@ -297,11 +297,11 @@ class RoundTrip : public testing::TestWithParam<Family>
         const std::string rule = converter->FromVarloToOnvif(xml, params);
         std::string engineId;
         std::string engine;
-        std::vector<analytics::StoredEngine> engines;
+        std::vector<analytics::StoredConfiguration> stored = {
+            {analytics::RulePlugin, family.id, rule, params.Active()}};
         if (converter->AdditionalComponent(engineId, engine))
-            engines.push_back({engineId, engine});
-        return Converter(family.id)->FromOnvifToVarlo(
-            analytics::MergeProfile({{family.id, rule, params.Active()}}, engines), {});
+            stored.push_back({analytics::EnginePlugin, engineId, engine});
+        return Converter(family.id)->FromOnvifToVarlo(analytics::MergeProfile(stored), {});
     }
 
     Plugins platform;
