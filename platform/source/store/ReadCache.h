@@ -1,12 +1,11 @@
 #pragma once
 
 #include "store/Store.h"
-#include "threads/Mutex.h"
+#include "threads/LruCache.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <functional>
-#include <list>
 #include <memory>
 
 namespace analytics::platform
@@ -31,49 +30,22 @@ class ReadCache
     {
         m_store.Look();
         const std::uint64_t version = m_store.Version();
-        if (auto found = Find(key, version))
-            return found;
+        if (const auto kept = m_kept.Find(key); kept && kept->version == version)
+            return kept->value;
         auto value = std::make_shared<const Value>(read());
-        Keep({key, version, size(*value), value});
+        m_kept.Put(key, {version, value}, size(*value));
         return value;
     }
 
   private:
-    struct Entry
+    struct Kept
     {
-        Key key;
         std::uint64_t version; // of the store, before it was read
-        std::size_t bytes;
         std::shared_ptr<const Value> value;
     };
 
-    std::shared_ptr<const Value> Find(const Key& key, std::uint64_t version)
-    {
-        const MutexLock hold(m_lock);
-        for (auto entry = m_entries.begin(); entry != m_entries.end(); ++entry)
-            if (entry->key == key && entry->version == version)
-            {
-                m_entries.splice(m_entries.begin(), m_entries, entry);
-                return entry->value;
-            }
-        return nullptr;
-    }
-
-    void Keep(Entry entry)
-    {
-        const MutexLock hold(m_lock);
-        m_entries.remove_if([&entry](const Entry& old)
-                            { return old.key == entry.key || old.version < entry.version; });
-        m_entries.push_front(std::move(entry));
-        std::size_t bytes = 0;
-        std::size_t count = 0;
-        m_entries.remove_if([&](const Entry& old)
-                            { return (bytes += old.bytes) > kMostBytes || ++count > kMost; });
-    }
-
     Store& m_store;
-    Mutex m_lock;
-    std::list<Entry> m_entries ANALYTICS_GUARDED_BY(m_lock); // the last one used first
+    LruCache<Key, Kept> m_kept{kMost, kMostBytes};
 };
 
 } // namespace analytics::platform

@@ -1,12 +1,11 @@
 #include <analytics/Document.h>
 
 #include "request/DocumentLimit.h"
+#include "threads/LruCache.h"
 #include "xml/Nodes.h"
 #include "xml/Reader.h"
 #include "xml/Text.h"
 
-#include <algorithm>
-#include <list>
 #include <optional>
 #include <utility>
 
@@ -14,29 +13,18 @@ namespace analytics
 {
 namespace
 {
-// Checks the text. Templates, default configurations and profiles come again and again: each thread keeps the
-// texts that have passed last, and doesn't check them a second time.
+// Checks the text. Templates, default configurations and profiles come again and again: the texts that have
+// passed last are kept, and not checked a second time.
 std::optional<xml::Survey> Survey(const std::string& text)
 {
-    using Passed = std::pair<std::string, xml::Survey>;
-    constexpr std::size_t kMost = 16;
-    constexpr std::size_t kMostBytes = std::size_t{256} << 10U; // of all, a quarter of one
-    thread_local std::list<Passed> kept;                        // the one last used first
-    const auto found = std::ranges::find(kept, text, &Passed::first);
-    if (found != kept.end())
-    {
-        kept.splice(kept.begin(), kept, found);
-        return found->second;
-    }
+    constexpr std::size_t kMostBytes = std::size_t{512} << 10U; // of all, an eighth of one
+    static platform::LruCache<std::string, xml::Survey> passed(64, kMostBytes);
+    if (auto found = passed.Find(text))
+        return found;
     xml::SyntaxError error;
-    const auto survey = xml::Check(text, error);
-    if (!survey || text.size() > kMostBytes / 4)
-        return survey;
-    kept.emplace_front(text, *survey);
-    std::size_t bytes = 0;
-    std::size_t count = 0;
-    kept.remove_if([&](const Passed& each)
-                   { return (bytes += each.first.size()) > kMostBytes || ++count > kMost; });
+    auto survey = xml::Check(text, error);
+    if (survey && text.size() <= kMostBytes / 8)
+        passed.Put(text, *survey, text.size());
     return survey;
 }
 } // namespace

@@ -63,7 +63,8 @@ std::vector<Match> All(Tree* tree, const std::string& query, const DocumentNode*
         return matches.size() < most;
     };
     if (tree != nullptr && (context == nullptr || NodeOf(context)))
-        Path::Of(query).ForEach(*tree, context == nullptr ? tree->document : NodeOf(context), std::ref(take));
+        Path::Of(query)->ForEach(*tree, context == nullptr ? tree->document : NodeOf(context),
+                                 std::ref(take));
     return matches;
 }
 

@@ -6,7 +6,9 @@
 #include <algorithm>
 #include <cstring>
 #include <map>
+#include <mutex>
 #include <unordered_map>
+#include <utility>
 
 namespace analytics::xml
 {
@@ -254,24 +256,21 @@ std::string Match::Text() const { return attribute ? attribute.value() : Content
 
 std::optional<Path> Path::Read(std::string_view query)
 {
-    std::optional<Path> path(std::in_place);
-    if (!PathReader(query).Read(*path))
-        path.reset();
-    return path;
+    Path path;
+    return PathReader(query).Read(path) ? std::optional(std::move(path)) : std::nullopt;
 }
 
-const Path& Path::Of(const std::string& query)
+std::shared_ptr<const Path> Path::Of(const std::string& query)
 {
-    static const Path kNowhere = Read("xmlns:none").value();
-    thread_local std::unordered_map<std::string, std::optional<Path>> kept;
-    auto found = kept.find(query);
-    if (found == kept.end())
-    {
-        if (kept.size() >= kMostKept)
-            kept.clear();
-        found = kept.emplace(query, Read(query)).first;
-    }
-    return found->second ? *found->second : kNowhere;
+    static std::mutex lock;
+    static std::unordered_map<std::string, std::shared_ptr<const Path>> kept;
+    const std::lock_guard hold(lock);
+    if (kept.size() >= kMostKept && !kept.contains(query))
+        kept.clear();
+    auto& path = kept[query];
+    if (path == nullptr)
+        path = std::make_shared<const Path>(Read(query).value_or(Read("xmlns:none").value()));
+    return path;
 }
 
 void Path::ForEach(const Tree& tree, pugi::xml_node context, const Visit& visit) const

@@ -3,6 +3,7 @@
 #include "xml/Namespaces.h"
 
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -31,9 +32,8 @@ class Path
   public:
     // Nothing for a query of another form.
     static std::optional<Path> Read(std::string_view query);
-    // The path of a query, kept for its next use; one that leads nowhere for another form. Valid until the
-    // thread asks for another.
-    static const Path& Of(const std::string& query);
+    // The path of a query, kept for its next use; one that leads nowhere for another form.
+    static std::shared_ptr<const Path> Of(const std::string& query);
 
     // Shows the matches in document order until `visit` returns false. It may not change the tree.
     using Visit = std::function<bool(const Match&)>;

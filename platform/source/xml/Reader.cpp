@@ -3,8 +3,10 @@
 #include <expat.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <memory>
+#include <mutex>
 #include <new>
 #include <random>
 
@@ -25,11 +27,7 @@ constexpr XML_Memory_Handling_Suite kMemory = {[](std::size_t size) { return std
 // A parser that has met a larger text isn't kept, since it would hold on to what it took.
 constexpr std::size_t kKeptParserBytes = std::size_t{64} << 10U;
 
-struct ParserDeleter
-{
-    void operator()(XML_Parser parser) const { XML_ParserFree(parser); }
-};
-using Parser = std::unique_ptr<XML_ParserStruct, ParserDeleter>;
+using Parser = std::unique_ptr<XML_ParserStruct, decltype([](XML_Parser parser) { XML_ParserFree(parser); })>;
 
 // One reading of a text by expat.
 class Judge
@@ -129,8 +127,19 @@ class Judge
     int m_declared = 0; // by the element that comes next
 };
 
-// Each thread keeps a parser for its next text, with the memory that it has taken.
-thread_local Parser gKept;
+// Parsers between two texts, with the memory that they have taken: as many as were at work at a time.
+std::mutex gKeptLock;
+std::array<Parser, 4> gKept;
+
+// Takes one of them in place of null; otherwise keeps the parser, if there is room.
+void SwapWithKept(Parser& parser)
+{
+    const std::lock_guard hold(gKeptLock);
+    const auto place =
+        std::ranges::find(gKept, parser == nullptr, [](const Parser& kept) { return kept != nullptr; });
+    if (place != gKept.end())
+        std::swap(parser, *place);
+}
 
 // Whoever takes it gives it back after a reading that ended well: one that ran out of memory ends.
 Parser TakeParser()
@@ -141,7 +150,8 @@ Parser TakeParser()
         std::random_device device;
         return std::uniform_int_distribution<unsigned long>(1)(device);
     }();
-    Parser parser = std::move(gKept);
+    Parser parser;
+    SwapWithKept(parser);
     if (parser == nullptr || XML_ParserReset(parser.get(), "UTF-8") == XML_FALSE)
         parser.reset(XML_ParserCreate_MM("UTF-8", &kMemory, kSeparator));
     if (parser == nullptr)
@@ -215,7 +225,7 @@ std::optional<Survey> Check(std::string_view text, SyntaxError& error, const Lim
     Parser parser = TakeParser();
     const auto survey = Judge(parser.get(), limits).Run(text, error);
     if (text.size() <= kKeptParserBytes)
-        gKept = std::move(parser);
+        SwapWithKept(parser);
     return survey;
 }
 
