@@ -5,15 +5,20 @@
 
 #include "files/StandardError.h"
 #include "metrics/Metrics.h"
+#include "request/DocumentLimit.h"
 #include "request/Request.h"
 #include "store/SizeLimits.h"
 #include "store/StoreConnection.h"
+
+#include <algorithm>
 
 namespace analytics
 {
 namespace
 {
 using platform::AuditEntry;
+using platform::EngineFeed;
+using platform::EngineState;
 using platform::Query;
 using platform::Role;
 using platform::StoreConnection;
@@ -23,6 +28,15 @@ constexpr std::optional<int> kCamera = std::nullopt;
 
 constexpr const char* kDescribe = "UPDATE profile SET name = ifnull(nullif(?, ''), name),"
                                   " preset = ifnull(nullif(?, ''), preset) WHERE id = ?";
+
+// What the engine is shown: the active profile and what is switched on.
+constexpr const char* kActive = "SELECT active_profile FROM state WHERE active_profile IS NOT NULL";
+constexpr const char* kState = "SELECT analytics_run, md_active, sequence, profile.id, name, preset"
+                               " FROM state LEFT JOIN profile ON profile.id = active_profile";
+// An engine may have seen larger numbers than those of a store that was put back.
+constexpr const char* kCount = "UPDATE state SET sequence = max(sequence, ?1) + 1, shown = ?2"
+                               " WHERE shown IS NOT ?2 OR sequence < ?1";
+constexpr const char* kIsShown = "SELECT 1 FROM state WHERE shown = ? AND sequence >= ?";
 
 // The store that StoreHealth() looks at.
 platform::Mutex gOpenLock;
@@ -46,17 +60,51 @@ void RequireRole(Role needed)
         (caller->name.empty() ? "Nobody" : caller->name) +
         (needed == Role::Administrator ? " may not change profiles" : " may not run or stop anything"));
 }
+
+std::optional<int> ActiveIn(StoreConnection& connection)
+{
+    Query row(connection, kActive);
+    return row.Next() ? std::optional(row.Number(0)) : std::nullopt;
+}
+
+// What it holds was admitted when it was stored, also if that was in another request than this thread's.
+EngineState StateIn(StoreConnection& connection)
+{
+    platform::LiftDocumentLimit();
+    EngineState state;
+    Query row(connection, kState);
+    if (!row.Next())
+        return state;
+    std::optional<ProfileSummary> active;
+    if (!row.IsNull(3))
+    {
+        active = ProfileSummary(row.Number(3), row.Text(4), row.Text(5), true);
+        state.profile = active->id;
+        state.document = MergeProfile(ConfigurationsIn(connection, active->id));
+    }
+    state.facts = platform::EngineFacts(active, row.Flag(0), row.Flag(1), state.document);
+    state.sequence = row.Long(2);
+    return state;
+}
+
+// The state with its number, which is counted up if an engine has not seen this state last.
+EngineState NextState(StoreConnection& connection, const EngineFeed& feed)
+{
+    EngineState state = StateIn(connection);
+    Query(connection, kCount, feed.LastSequence(), state.facts).Run();
+    Query row(connection, "SELECT sequence FROM state");
+    if (row.Next())
+        state.sequence = row.Long(0);
+    return state;
+}
 } // namespace
 
-ProfileStore::ProfileStore(const std::string& folder)
-    : m_copy(platform::DatabaseIn(folder)),
-      m_store(folder),
-      m_engine(platform::ConfiguredEngineFolder(), m_store)
+ProfileStore::ProfileStore(const std::string& folder) : m_copy(platform::DatabaseIn(folder)), m_store(folder)
 {
     m_copy.AfterStart();
     platform::ReportOversize(m_store);
     CountProfiles();
-    m_engine.Begin();
+    BeginToShow();
     const platform::MutexLock hold(gOpenLock);
     gOpen = &m_store;
 }
@@ -74,6 +122,34 @@ std::string platform::StoreHealth()
 {
     const MutexLock hold(gOpenLock);
     return gOpen == nullptr ? "" : gOpen->Failure();
+}
+
+// Shows what is stored, before there are changes.
+void ProfileStore::BeginToShow()
+{
+    const std::string folder = platform::ConfiguredEngineFolder();
+    if (folder.empty())
+        return;
+    m_feed.emplace(folder);
+    bool isShown = false;
+    EngineState state;
+    m_store.Read(
+        [&](StoreConnection& connection)
+        {
+            state = StateIn(connection);
+            isShown = Query(connection, kIsShown, state.facts, m_feed->LastSequence()).Next();
+        });
+    try
+    {
+        if (!isShown)
+            m_store.Write([&](StoreConnection& connection) { state = NextState(connection, *m_feed); });
+    }
+    catch (const AnalyticsFault&)
+    {
+        // A store that can only be read now is shown all the same; the next change counts.
+        state.sequence = std::max(state.sequence, m_feed->LastSequence());
+    }
+    m_feed->Show(std::move(state));
 }
 
 bool ProfileStore::Audited(Role needed, AuditEntry& entry, const std::function<void()>& change)
@@ -97,7 +173,20 @@ bool ProfileStore::Change(Role needed, AuditEntry entry, const Operation& operat
 void ProfileStore::Write(std::optional<int> profile, const Operation& operation)
 {
     StoreHeld();
-    m_engine.Write(profile, operation);
+    std::optional<EngineState> next;
+    m_store.Write(
+        [&](StoreConnection& connection)
+        {
+            next.reset(); // an operation may run again
+            // A profile that was stopped a moment ago may still be in the files.
+            const bool shows =
+                m_feed && (!profile || ActiveIn(connection) == profile || m_feed->Profile() == *profile);
+            operation(connection);
+            if (shows)
+                next = NextState(connection, *m_feed);
+        });
+    if (next)
+        m_feed->Show(std::move(*next));
     m_copy.AfterChange();
     CountProfiles();
 }

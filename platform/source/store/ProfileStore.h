@@ -3,7 +3,7 @@
 #include <analytics/ProfileSummary.h>
 
 #include "audit/AuditTrail.h"
-#include "store/EngineView.h"
+#include "feed/EngineFeed.h"
 #include "store/ProfileConfigurations.h"
 #include "store/ReadCache.h"
 #include "store/Store.h"
@@ -40,8 +40,8 @@ class ProfileStore
     // The same for a call that is one operation on the profile of the entry; an operator's is one on the
     // camera.
     bool Change(platform::Role needed, platform::AuditEntry entry, const Operation& operation);
-    // In one transaction, on a profile or on the camera as a whole: what the engine sees of it is shown on
-    // return.
+    // In one transaction, on a profile or on the camera as a whole. What the engine sees of it is shown on
+    // return; the number of times that this has changed is stored with the change itself.
     void Write(std::optional<int> profile, const Operation& operation);
 
     template <class Ask>
@@ -76,11 +76,12 @@ class ProfileStore
     void RequireRoom(int profile, const StoredConfiguration& configuration);
     static void StoreHeld();
     static void StoreHeldAtEnd();
+    void BeginToShow();
     void CountProfiles();
 
     platform::LastGoodCopy m_copy;
     platform::Store m_store;
-    EngineView m_engine;
+    std::optional<platform::EngineFeed> m_feed; // none: the engine is shown nothing
 
   public:
     platform::ReadCache<std::vector<ProfileSummary>> list{m_store};

@@ -34,10 +34,10 @@ std::string TextOf(const std::filesystem::path& file)
 }
 } // namespace
 
-class EngineViewTest : public StoreFixture
+class ShownToEngineTest : public StoreFixture
 {
   protected:
-    EngineViewTest() { StartWith(Path("engine")); }
+    ShownToEngineTest() { StartWith(Path("engine")); }
 
     void StartWith(const std::string& folder)
     {
@@ -87,7 +87,7 @@ class EngineViewTest : public StoreFixture
 
 using Renamed = std::map<std::string, int>;
 
-TEST_F(EngineViewTest, ChangesElsewhereTouchNoFile)
+TEST_F(ShownToEngineTest, ChangesElsewhereTouchNoFile)
 {
     CreateActive();
     const int other = Create("other");
@@ -101,7 +101,7 @@ TEST_F(EngineViewTest, ChangesElsewhereTouchNoFile)
     EXPECT_EQ(Renames(), Renamed{});
 }
 
-TEST_F(EngineViewTest, AChangeThatMakesNoDifferenceTouchesNoFile)
+TEST_F(ShownToEngineTest, AChangeThatMakesNoDifferenceTouchesNoFile)
 {
     const int profile = CreateActive();
     m_manager->SetRuleConfig(profile, kLoitering, RuleDocument("a"), true);
@@ -121,7 +121,7 @@ TEST_F(EngineViewTest, AChangeThatMakesNoDifferenceTouchesNoFile)
     EXPECT_EQ(Sequence(), before + 1) << "what made no difference has not counted";
 }
 
-TEST_F(EngineViewTest, AChangeCostsOneRenameForEachFileThatDiffers)
+TEST_F(ShownToEngineTest, AChangeCostsOneRenameForEachFileThatDiffers)
 {
     const int profile = CreateActive();
     Watch();
@@ -133,7 +133,7 @@ TEST_F(EngineViewTest, AChangeCostsOneRenameForEachFileThatDiffers)
     EXPECT_EQ(Renames(), (Renamed{{"state.json", 1}}));
 }
 
-TEST_F(EngineViewTest, TheNumberGoesOnWhereverTheFolderIs)
+TEST_F(ShownToEngineTest, TheNumberGoesOnWhereverTheFolderIs)
 {
     const int profile = CreateActive();
     m_manager->SetRuleConfig(profile, kLoitering, RuleDocument("a"), true);
@@ -148,7 +148,7 @@ TEST_F(EngineViewTest, TheNumberGoesOnWhereverTheFolderIs)
     EXPECT_EQ(Sequence(), before + 1);
 }
 
-TEST_F(EngineViewTest, AnsweredChangesOfManyThreadsAreShown)
+TEST_F(ShownToEngineTest, AnsweredChangesOfManyThreadsAreShown)
 {
     const int profile = CreateActive();
     std::vector<std::jthread> threads;
@@ -170,7 +170,7 @@ TEST_F(EngineViewTest, AnsweredChangesOfManyThreadsAreShown)
 }
 
 // Every document that the conversion's tests know, behind the other behaviors of one profile.
-TEST_F(EngineViewTest, TheDocumentIsTheMergedOneAndReadsBackAsEachBehavior)
+TEST_F(ShownToEngineTest, TheDocumentIsTheMergedOneAndReadsBackAsEachBehavior)
 {
     const int profile = CreateActive();
     analytics::ManifestArray manifests;
