@@ -4,6 +4,8 @@
 
 #include <analytics/PluginManager.h>
 
+#include <stdsoap2.h>
+
 namespace varloapi
 {
 namespace
@@ -33,3 +35,8 @@ std::string AnalyticsId::VarloIdFromAnalyticsId(const std::string& analyticsId)
 std::string AnalyticsId::SceneAnalyzerId() { return profile_conversion::sceneanalyzer::Config::Id(); }
 
 } // namespace varloapi
+
+int analyticsapi::UnsupportedBehavior(soap* soap)
+{
+    return soap_sender_fault(soap, "Unsupported behavior Id", nullptr);
+}

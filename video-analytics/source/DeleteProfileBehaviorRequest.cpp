@@ -1,7 +1,6 @@
 #include <DeleteProfileBehaviorRequest.h>
 
 #include <AnalyticsId.h>
-#include <BehaviorFault.h>
 
 #include <analytics/ProfileManager.h>
 

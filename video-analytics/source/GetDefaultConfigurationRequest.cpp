@@ -1,7 +1,6 @@
 #include <GetDefaultConfigurationRequest.h>
 
 #include <AnalyticsId.h>
-#include <BehaviorFault.h>
 #include <XmlHelper.h>
 
 #include <analytics/PluginManager.h>

@@ -1,7 +1,6 @@
 #include <GetProfileBehaviorRequest.h>
 
 #include <AnalyticsId.h>
-#include <BehaviorFault.h>
 #include <Factory.h>
 #include <XmlHelper.h>
 

@@ -1,7 +1,6 @@
 #include <SetProfileBehaviorRequest.h>
 
 #include <AnalyticsId.h>
-#include <BehaviorFault.h>
 #include <Factory.h>
 
 #include <analytics/ProfileManager.h>

@@ -2,6 +2,8 @@
 
 #include <string>
 
+struct soap;
+
 namespace varloapi
 {
 
@@ -22,3 +24,12 @@ class AnalyticsId
 };
 
 } // namespace varloapi
+
+namespace analyticsapi
+{
+
+// The sender's fault for a behavior that no plug-in has, or that the profile has nothing of. Returns
+// gSOAP's status for a fault.
+int UnsupportedBehavior(soap* soap);
+
+} // namespace analyticsapi
