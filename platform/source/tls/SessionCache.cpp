@@ -2,6 +2,7 @@
 
 #include <openssl/ssl.h>
 
+#include <algorithm>
 #include <utility>
 
 namespace tarno::osa
@@ -10,7 +11,7 @@ using analytics::platform::MutexLock;
 namespace
 {
 
-std::string IdOf(const SSL_SESSION* session)
+std::string_view IdOf(const SSL_SESSION* session)
 {
     unsigned int size = 0;
     const unsigned char* const id = SSL_SESSION_get_id(session, &size);
@@ -28,24 +29,19 @@ struct SessionCache::Callbacks
     }
     static int New(SSL* ssl, SSL_SESSION* session)
     {
-        Of(SSL_get_SSL_CTX(ssl)).Add(session);
+        Of(SSL_get_SSL_CTX(ssl)).Add(Session(session));
         return 1; // The session is the cache's from now on.
     }
     static SSL_SESSION* Get(SSL* ssl, const unsigned char* id, int size, int* copy)
     {
         *copy = 0; // What is given is the caller's.
         return Of(SSL_get_SSL_CTX(ssl))
-            .Take({reinterpret_cast<const char*>(id), static_cast<std::size_t>(size)});
+            .Resume({reinterpret_cast<const char*>(id), static_cast<std::size_t>(size)});
     }
     static void Remove(SSL_CTX* context, SSL_SESSION* session) { Of(context).Remove(IdOf(session)); }
 };
 
-SessionCache::~SessionCache()
-{
-    const MutexLock hold(m_lock);
-    for (SSL_SESSION* const session : m_sessions)
-        SSL_SESSION_free(session);
-}
+void SessionCache::Free::operator()(ssl_session_st* session) const { SSL_SESSION_free(session); }
 
 void SessionCache::Serve(ssl_ctx_st& context, std::chrono::seconds lifetime)
 {
@@ -60,58 +56,35 @@ void SessionCache::Serve(ssl_ctx_st& context, std::chrono::seconds lifetime)
     SSL_CTX_sess_set_remove_cb(&context, Callbacks::Remove);
 }
 
-std::size_t SessionCache::Size()
+void SessionCache::Add(Session session)
 {
     const MutexLock hold(m_lock);
-    return m_sessions.size();
+    if (m_sessions.size() >= kMost)
+        m_sessions.pop_front();
+    m_sessions.push_back(std::move(session));
 }
 
-void SessionCache::Add(ssl_session_st* session)
-{
-    SSL_SESSION* oldest = nullptr;
-    {
-        const MutexLock hold(m_lock);
-        if (m_sessions.size() >= kMost)
-        {
-            oldest = m_sessions.front();
-            m_byId.erase(IdOf(oldest));
-            m_sessions.pop_front();
-        }
-        m_byId[IdOf(session)] = m_sessions.insert(m_sessions.end(), session);
-    }
-    SSL_SESSION_free(oldest);
-}
-
-ssl_session_st* SessionCache::Take(const std::string& id)
+ssl_session_st* SessionCache::Resume(std::string_view id)
 {
     const MutexLock hold(m_lock);
-    const auto entry = m_byId.find(id);
-    if (entry == m_byId.end())
+    const auto found =
+        std::ranges::find(m_sessions, id, [](const Session& each) { return IdOf(each.get()); });
+    if (found == m_sessions.end())
         return nullptr;
-    SSL_SESSION* const session = *entry->second;
-    if (SSL_SESSION_get_protocol_version(session) < TLS1_3_VERSION)
+    if (SSL_SESSION_get_protocol_version(found->get()) < TLS1_3_VERSION)
     {
-        SSL_SESSION_up_ref(session);
-        return session;
+        SSL_SESSION_up_ref(found->get());
+        return found->get();
     }
-    m_sessions.erase(entry->second);
-    m_byId.erase(entry);
+    SSL_SESSION* const session = found->release();
+    m_sessions.erase(found);
     return session;
 }
 
-void SessionCache::Remove(const std::string& id)
+void SessionCache::Remove(std::string_view id)
 {
-    SSL_SESSION* removed = nullptr;
-    {
-        const MutexLock hold(m_lock);
-        const auto entry = m_byId.find(id);
-        if (entry == m_byId.end())
-            return;
-        removed = *entry->second;
-        m_sessions.erase(entry->second);
-        m_byId.erase(entry);
-    }
-    SSL_SESSION_free(removed);
+    const MutexLock hold(m_lock);
+    std::erase_if(m_sessions, [id](const Session& each) { return IdOf(each.get()) == id; });
 }
 
 } // namespace tarno::osa

@@ -4,9 +4,9 @@
 
 #include <chrono>
 #include <cstddef>
-#include <list>
-#include <string>
-#include <unordered_map>
+#include <deque>
+#include <memory>
+#include <string_view>
 
 struct ssl_ctx_st;
 struct ssl_session_st;
@@ -20,28 +20,27 @@ namespace tarno::osa
 class SessionCache
 {
   public:
-    static constexpr std::size_t kMost =
-        256; // the oldest makes room; some 10 KiB each with a client's certificate
-
-    SessionCache() = default;
-    ~SessionCache();
-    SessionCache(const SessionCache&) = delete;
-    SessionCache& operator=(const SessionCache&) = delete;
+    // The oldest makes room. Some 10 KiB each with a client's certificate.
+    static constexpr std::size_t kMost = 256;
 
     // Makes the sessions of `context` resumable for `lifetime`. The cache outlives the context.
     void Serve(ssl_ctx_st& context, std::chrono::seconds lifetime);
-    std::size_t Size();
 
   private:
     struct Callbacks;
+    struct Free
+    {
+        void operator()(ssl_session_st* session) const;
+    };
+    using Session = std::unique_ptr<ssl_session_st, Free>;
 
-    void Add(ssl_session_st* session); // takes it over
-    ssl_session_st* Take(const std::string& id);
-    void Remove(const std::string& id);
+    void Add(Session session);
+    // A reference of the caller's own; null if there is none.
+    ssl_session_st* Resume(std::string_view id);
+    void Remove(std::string_view id);
 
     analytics::platform::Mutex m_lock;
-    std::list<ssl_session_st*> m_sessions ANALYTICS_GUARDED_BY(m_lock); // the oldest first
-    std::unordered_map<std::string, std::list<ssl_session_st*>::iterator> m_byId ANALYTICS_GUARDED_BY(m_lock);
+    std::deque<Session> m_sessions ANALYTICS_GUARDED_BY(m_lock); // the oldest first
 };
 
 } // namespace tarno::osa
