@@ -44,6 +44,13 @@ bool AddIn(StoreConnection& connection, int profile, const StoredConfiguration& 
                   profile, stored) != 0;
 }
 
+bool DeleteIn(StoreConnection& connection, int profile, PluginType kind, const std::string& id)
+{
+    return Query(connection, "DELETE FROM configuration WHERE profile = ? AND kind = ? AND plugin = ?",
+                 profile, static_cast<int>(kind), id)
+               .Run() != 0;
+}
+
 std::optional<std::vector<std::string>> IdsIn(StoreConnection& connection, int profile, PluginType kind,
                                               bool onlyActive)
 {
@@ -74,6 +81,32 @@ std::vector<StoredConfiguration> ConfigurationsIn(StoreConnection& connection, i
     while (row.Next())
         all.push_back({static_cast<PluginType>(row.Number(0)), row.Text(1), row.Text(2), row.Flag(3)});
     return all;
+}
+
+std::int64_t BytesIn(StoreConnection& connection, int profile)
+{
+    Query row(connection,
+              "SELECT coalesce(sum(length(CAST(document AS BLOB))), 0) FROM configuration WHERE profile = ?",
+              profile);
+    return row.Next() ? row.Long(0) : 0;
+}
+
+std::optional<std::string> DocumentIn(StoreConnection& connection, int profile, PluginType kind,
+                                      const std::string& id)
+{
+    Query row(connection, "SELECT document FROM configuration WHERE profile = ? AND kind = ? AND plugin = ?",
+              profile, static_cast<int>(kind), id);
+    return row.Next() ? std::optional(row.Text(0)) : std::nullopt;
+}
+
+std::optional<std::int64_t> DocumentBytesIn(StoreConnection& connection, int profile, PluginType kind,
+                                            const std::string& id)
+{
+    Query row(connection,
+              "SELECT length(CAST(document AS BLOB)) FROM configuration"
+              " WHERE profile = ? AND kind = ? AND plugin = ?",
+              profile, static_cast<int>(kind), id);
+    return row.Next() ? std::optional(row.Long(0)) : std::nullopt;
 }
 
 } // namespace analytics

@@ -43,10 +43,6 @@ constexpr const char* kList =
     "SELECT profile.id, name, preset, profile.id IS active_profile FROM profile, state ORDER BY profile.id";
 constexpr const char* kFind =
     "SELECT profile.id, name, preset, profile.id IS active_profile FROM profile, state WHERE profile.id = ?";
-constexpr const char* kDocument =
-    "SELECT document FROM configuration WHERE profile = ? AND kind = ? AND plugin = ?";
-constexpr const char* kDocumentBytes = "SELECT length(CAST(document AS BLOB)) FROM configuration"
-                                       " WHERE profile = ? AND kind = ? AND plugin = ?";
 
 // An operation of one statement; RequireIn() comes first. Keeps references to the values.
 template <class... Values>
@@ -59,7 +55,7 @@ auto OnProfile(int profile, const std::string& refusal, const char* sql, const V
     };
 }
 
-// What the first row begins with, by Query::Text, Number or Long; nothing if there is none.
+// What the first row begins with, by Query::Number or Flag; nothing if there is none.
 template <class Value, class... Values>
 std::optional<Value> FirstOf(ProfileStore& store, Value (Query::*read)(int), const char* sql,
                              const Values&... values)
@@ -107,9 +103,11 @@ bool TakeDocument(ProfileStore& store, int profile, const Kind& kind, const std:
 {
     const auto read = [&]
     {
-        if (const auto bytes = FirstOf(store, &Query::Long, kDocumentBytes, profile, int{kind.type}, id))
+        const auto of = [&](auto* what)
+        { return store.Get([&](StoreConnection& c) { return what(c, profile, kind.type, id); }); };
+        if (const auto bytes = of(DocumentBytesIn))
             BeginReading(profile, *bytes);
-        return FirstOf(store, &Query::Text, kDocument, profile, int{kind.type}, id);
+        return of(DocumentIn);
     };
     const auto size = [](const std::optional<std::string>& text) { return text ? text->size() : 0; };
     auto document = store.Cached(&ProfileStore::documents, std::tuple(profile, kind.type, id), read, size);
@@ -154,7 +152,7 @@ bool AddPlugin(ProfileStore& store, AuditEntry entry, const Kind& kind)
                         if (!AddIn(connection, profile, {kind.type, manifest.Id(), config, false}))
                             throw ClientFault("Profile " + std::to_string(profile) + " has the " + kind.word +
                                               " " + id + " already");
-                        platform::RequireStorable(platform::BytesIn(connection, profile), limit);
+                        platform::RequireStorable(BytesIn(connection, profile), limit);
                     });
     };
     return store.Audited(Role::Administrator, entry, add);
@@ -162,18 +160,15 @@ bool AddPlugin(ProfileStore& store, AuditEntry entry, const Kind& kind)
 
 bool DeletePlugin(ProfileStore& store, const AuditEntry& entry, const Kind& kind)
 {
-    return store.Change(
-        Role::Administrator, entry,
-        [&](StoreConnection& connection)
-        {
-            const int profile = entry.profile.value();
-            RequireIn(connection, profile);
-            if (Query(connection, "DELETE FROM configuration WHERE profile = ? AND kind = ? AND plugin = ?",
-                      profile, static_cast<int>(kind.type), entry.plugin)
-                    .Run() == 0)
-                throw ClientFault("Profile " + std::to_string(profile) + " has no " + kind.word + " " +
-                                  entry.plugin);
-        });
+    return store.Change(Role::Administrator, entry,
+                        [&](StoreConnection& connection)
+                        {
+                            const int profile = entry.profile.value();
+                            RequireIn(connection, profile);
+                            if (!DeleteIn(connection, profile, kind.type, entry.plugin))
+                                throw ClientFault("Profile " + std::to_string(profile) + " has no " +
+                                                  kind.word + " " + entry.plugin);
+                        });
 }
 } // namespace
 
@@ -294,8 +289,7 @@ std::string ProfileManager::GetConfig(int profileId)
 {
     const auto merge = [&]
     {
-        BeginReading(profileId,
-                     m_store->Get([&](StoreConnection& c) { return platform::BytesIn(c, profileId); }));
+        BeginReading(profileId, m_store->Get([&](StoreConnection& c) { return BytesIn(c, profileId); }));
         return MergeProfile(m_store->Get([&](StoreConnection& c) { return ConfigurationsIn(c, profileId); }));
     };
     std::string merged = m_store->Cached(&ProfileStore::merged, profileId, merge, &std::string::size);

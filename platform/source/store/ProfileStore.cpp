@@ -203,7 +203,7 @@ bool ProfileStore::Put(AuditEntry entry, const std::vector<StoredConfiguration>&
                       RequireIn(connection, profile, refusal);
                       for (const StoredConfiguration& configuration : configurations)
                           PutIn(connection, profile, configuration);
-                      platform::RequireStorable(platform::BytesIn(connection, profile), limit);
+                      platform::RequireStorable(BytesIn(connection, profile), limit);
                       if (!name.empty() || !preset.empty())
                           Query(connection, kDescribe, name, preset, profile).Run();
                   });
@@ -237,14 +237,11 @@ void ProfileStore::Require(int profile)
 // Whether the profile could hold that as well, at most.
 void ProfileStore::RequireRoom(int profile, const StoredConfiguration& configuration)
 {
-    constexpr const char* kOthers =
-        "SELECT coalesce(sum(length(CAST(document AS BLOB))), 0) FROM configuration"
-        " WHERE profile = ? AND NOT (kind = ? AND plugin = ?)";
     const auto others = [&](StoreConnection& connection)
     {
         RequireIn(connection, profile);
-        Query row(connection, kOthers, profile, static_cast<int>(configuration.kind), configuration.id);
-        return row.Next() ? row.Long(0) : 0;
+        const auto own = DocumentBytesIn(connection, profile, configuration.kind, configuration.id);
+        return BytesIn(connection, profile) - own.value_or(0);
     };
     platform::RequireStorable(Get(others) + std::ssize(configuration.document), platform::ProfileBytes());
 }

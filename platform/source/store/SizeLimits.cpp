@@ -22,8 +22,6 @@ constexpr int kProfileBytes = 4'194'304;
 constexpr std::size_t kTextBytes = 255;     // of a name or a preset
 constexpr std::size_t kShortestElement = 4; // bytes: "<a/>"
 
-constexpr const char* kBytes =
-    "SELECT coalesce(sum(length(CAST(document AS BLOB))), 0) FROM configuration WHERE profile = ?";
 constexpr const char* kLargeProfiles = "SELECT profile, sum(length(CAST(document AS BLOB))) AS bytes"
                                        " FROM configuration GROUP BY profile HAVING bytes > ?";
 constexpr const char* kLargeDocuments =
@@ -62,12 +60,6 @@ std::int64_t ProfileBytes()
 {
     const int bytes = Settings::GetValue("//limits/profileBytes", kProfileBytes);
     return bytes > 0 ? bytes : kProfileBytes;
-}
-
-std::int64_t BytesIn(StoreConnection& connection, int profile)
-{
-    Query row(connection, kBytes, profile);
-    return row.Next() ? row.Long(0) : 0;
 }
 
 void RequireStorable(std::int64_t bytes, std::int64_t limit)

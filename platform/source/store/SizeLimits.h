@@ -10,7 +10,6 @@ namespace analytics::platform
 {
 
 class Store;
-class StoreConnection;
 
 // The one rule for size: what couldn't be given back isn't stored. See also request/DocumentLimit.h, which
 // bounds a document while it is converted.
@@ -25,9 +24,8 @@ std::string PresetRefusal(const std::string& preset);
 
 // limits/profileBytes.
 std::int64_t ProfileBytes();
-// What a profile holds, in bytes as stored: all behaviors, engines and the scene.
-std::int64_t BytesIn(StoreConnection& connection, int profile);
-// Throw ClientFault if that is more than `limit`, and AnalyticsFault if so much can't be read.
+// Throw ClientFault if a profile of so many bytes is more than `limit`, and AnalyticsFault if so much can't
+// be read.
 void RequireStorable(std::int64_t bytes, std::int64_t limit);
 void RequireReadable(int profile, std::int64_t bytes);
 
