@@ -211,6 +211,8 @@ void LeaderFollowers::Wait(std::shared_ptr<EventHandler> handler, Wish wish)
     if (!Register(waiting, wish))
         return;
     m_waiting.emplace(&waiting, std::move(handler));
+    if (waiting.m_deadline == EventHandler::Clock::time_point::max())
+        return;
     m_deadlines.emplace(waiting.m_deadline, &waiting);
     SetTimer();
 }

@@ -44,13 +44,15 @@ RequestReader::Outcome RequestReader::Take(std::string_view bytes)
 {
     assert(!bytes.empty());
     m_received += bytes.size();
-    if (m_parser == nullptr)
+    const bool first = m_parser == nullptr;
+    if (first)
     {
         m_parser = std::make_unique<RequestParser>(m_maxBytes, HeaderLimit(m_maxBytes));
-        if (!LooksLikeHttp(bytes))
-            return Refuse(Refusal::NotHttp);
+        m_parser->request.reserve(bytes.size());
     }
     const bool lineEnded = !m_parser->request.empty() || bytes.find('\n') != std::string_view::npos;
+    if (first && !lineEnded && !LooksLikeHttp(bytes))
+        return Refuse(Refusal::NotHttp);
     if (!m_pending.empty())
         m_pending.append(bytes);
     std::string_view rest = m_pending.empty() ? bytes : std::string_view(m_pending);
