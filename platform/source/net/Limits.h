@@ -12,7 +12,7 @@ constexpr std::size_t kFreeBytes = 16'384;
 // What the clients of a server may use of it.
 struct Limits
 {
-    std::size_t workers = 48; // requests that are served at a time; more of them wait
+    std::size_t workers = 8; // requests that are served at a time; more of them wait
     std::size_t maxConnections = 1024;
     std::size_t maxRequestBytes = 4'194'304; // header and decoded body together
     // From accept to the last byte of a request, and from the first to the last byte of its answer.

@@ -8,7 +8,6 @@
 #include "net/Limits.h"
 #include "net/OperatorsServer.h"
 #include "net/Server.h"
-#include "request/WorkMemory.h"
 #include "threads/Mutex.h"
 
 #include <analytics/PluginManager.h>
@@ -114,8 +113,8 @@ std::string TcpServer::Loop::Start(ITcpSocketAccept* acceptor, unsigned short ba
     const auto endpoint = ConfiguredEndpoint(m_address, m_port);
     Access access = ConfiguredAccess(m_address, m_port);
     const char* const scheme = access.tls == nullptr ? "http" : "https";
-    // A thread that waits for memory leaves its turn to others.
-    analytics::platform::WorkOfProcess().OnWaiting(LeaderFollowers::Blocked);
+    // A thread that waits for memory, or for others' part of a commit, leaves its turn to others.
+    analytics::platform::Event::OnWaiting(LeaderFollowers::Blocked);
     auto operators = access.roles ? OperatorsServer::FromSettings() : nullptr;
     if (operators != nullptr)
         analytics::platform::Say("metrics on " + operators->Url());

@@ -93,13 +93,8 @@ bool WorkMemory::TakeOrQueue(Waiter& waiter)
 void WorkMemory::Take(std::size_t bytes)
 {
     Waiter waiter{bytes, {}};
-    if (TakeOrQueue(waiter))
-        return;
-    if (m_call)
-        m_call(true);
-    waiter.granted.Wait();
-    if (m_call)
-        m_call(false);
+    if (!TakeOrQueue(waiter))
+        waiter.granted.Wait();
 }
 
 void WorkMemory::Give(std::size_t bytes)

@@ -3,7 +3,6 @@
 #include "threads/Mutex.h"
 
 #include <cstddef>
-#include <functional>
 #include <list>
 
 namespace analytics::platform
@@ -40,9 +39,6 @@ class WorkMemory
 
     std::size_t Used();
     std::size_t Waiting();
-    // Called on a thread that begins (true) or ends to wait, so that another one can take its place. Set it
-    // before there are claims.
-    void OnWaiting(std::function<void(bool begins)> call) { m_call = std::move(call); }
 
   private:
     struct Waiter
@@ -59,7 +55,6 @@ class WorkMemory
     const std::size_t m_total;
     const std::size_t m_forLarge;
     const std::size_t m_mostWaiting;
-    std::function<void(bool)> m_call;
     Mutex m_lock;
     std::size_t m_used ANALYTICS_GUARDED_BY(m_lock) = 0;
     std::size_t m_usedByLarge ANALYTICS_GUARDED_BY(m_lock) = 0;

@@ -68,10 +68,22 @@ class ANALYTICS_SCOPED_CAPABILITY MutexLock
 class Event
 {
   public:
+    using Call = void (*)(bool begins);
+
+    // Called on a thread that begins or ends to wait for any event, so that another one can take its place.
+    static void OnWaiting(Call call) { gOnWaiting = call; }
+
     void Wait() const
     {
-        while (m_set.load(std::memory_order_acquire) == 0)
+        if (IsSet())
+            return;
+        const Call call = gOnWaiting;
+        if (call != nullptr)
+            call(true);
+        while (!IsSet())
             syscall(SYS_futex, &m_set, FUTEX_WAIT_PRIVATE, 0, nullptr, nullptr, 0);
+        if (call != nullptr)
+            call(false);
     }
     void Set()
     {
@@ -80,7 +92,10 @@ class Event
     }
 
   private:
+    bool IsSet() const { return m_set.load(std::memory_order_acquire) != 0; }
+
     static_assert(sizeof(std::atomic<int>) == sizeof(int), "the kernel looks at an int");
+    static inline std::atomic<Call> gOnWaiting = nullptr;
     std::atomic<int> m_set = 0;
 };
 

@@ -9,6 +9,7 @@
 #include <thread>
 #include <vector>
 
+using analytics::platform::Event;
 using analytics::platform::RequestScope;
 using analytics::platform::WorkMemory;
 
@@ -123,10 +124,10 @@ TEST_F(WorkMemoryTest, MoreThanThereIsTakesAllThatThereIsForOne)
 
 TEST_F(WorkMemoryTest, TellsWhenAThreadBeginsAndEndsToWait)
 {
-    std::atomic<int> waiting = 0;
-    std::atomic<int> calls = 0;
-    memory.OnWaiting(
-        [&](bool begins)
+    static std::atomic<int> waiting = 0;
+    static std::atomic<int> calls = 0;
+    Event::OnWaiting(
+        [](bool begins)
         {
             waiting += begins ? 1 : -1;
             ++calls;
@@ -140,6 +141,7 @@ TEST_F(WorkMemoryTest, TellsWhenAThreadBeginsAndEndsToWait)
             std::this_thread::yield();
     }
     Join();
+    Event::OnWaiting(nullptr);
     EXPECT_EQ(waiting, 0);
     EXPECT_EQ(calls, 2);
 }
