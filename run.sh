@@ -7,7 +7,6 @@ root=$(cd "$(dirname "$0")" && pwd)
 "$root/cmake/install-packages.sh" build
 cmake --preset release -S "$root" >/dev/null
 cmake --build "$root/build/release" --target varlo-analytics-host varlo-analytics-api varlo-analytics
-export GLIBC_TUNABLES=${GLIBC_TUNABLES-glibc.malloc.tcache_count=2} # as the unit has it
 exec "$root/build/release/host/varlo-analytics-host" \
     --library "$root/build/release/source/libvarlo-analytics-api.so" \
     --settings "$root/platform/data/settings.xml" \

@@ -77,7 +77,7 @@ class Service:
             [ours[Path(OURS[0]).name], "--library", ours[Path(OURS[1]).name], "--state", self.state.name + "/state",
              "--settings", ROOT / "platform/data/settings.xml", "--plugins", ROOT / "platform/data/plugins",
              "--listen", "127.0.0.1:0"],
-            env={**os.environ, "GLIBC_TUNABLES": "glibc.malloc.tcache_count=2"}, text=True, stderr=subprocess.PIPE)
+            text=True, stderr=subprocess.PIPE)
         self.port = int(re.search(r"127\.0\.0\.1:(\d+)", self.process.stderr.readline()).group(1))
 
     def __enter__(self):

@@ -25,7 +25,6 @@ GENERATED = Path(os.environ["GENERATED"])
 DATA = Path(os.environ["DATA"])
 SOURCE = Path(os.environ["SOURCE"])
 BUILD = Path(os.environ["BUILD"])
-ALLOCATOR = {"GLIBC_TUNABLES": "glibc.malloc.tcache_count=2"}  # as the unit has it
 SANITIZED = bool(os.environ.get("SANITIZE"))
 
 NAMESPACE = "urn:schemas-varlo-com:service:VideoAnalytics:2"
@@ -69,9 +68,8 @@ class Host:
 
     def start(self):
         self.errors = []
-        self.process = subprocess.Popen(self.command(), env={**ALLOCATOR, **os.environ},
-                                        stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
-                                        text=True, errors="replace")
+        self.process = subprocess.Popen(self.command(), stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
+                                        stderr=subprocess.PIPE, text=True, errors="replace")
         lines = queue.Queue()
 
         def read(pipe):
