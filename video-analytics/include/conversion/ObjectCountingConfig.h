@@ -1,9 +1,8 @@
 #pragma once
 
+#include <Shapes.h>
 #include <frame/BehaviorConfig.h>
 #include <frame/Rules.h>
-
-#include <algorithm>
 
 namespace profile_conversion::objectcounting
 {
@@ -31,7 +30,7 @@ class Config : public frame::BehaviorConfig<Rule>
 
     // Two opposite corners of an average object; the setter copies both.
     const Line& AvgObjectSize() const { return m_avgObjectSizeFilter; }
-    void AvgObjectSize(const Line& line) { std::copy(line, std::end(line), m_avgObjectSizeFilter); }
+    void AvgObjectSize(const Line& line) { Copy(line, m_avgObjectSizeFilter); }
 
   private:
     Line m_avgObjectSizeFilter;

@@ -1,13 +1,47 @@
 #pragma once
 
-#include <SceneAnalyzerCalibration.h>
+#include <Shapes.h>
 
-#include <algorithm>
 #include <string>
 #include <vector>
 
 namespace profile_conversion::sceneanalyzer
 {
+
+// How the picture relates to real sizes: an object of known height, drawn as a line from one of its ends
+// to the other at three places, and the width of the field of view near the camera and far from it.
+class Calibration
+{
+  public:
+    bool Calibrated() const { return m_calibrated; }
+    void Calibrated(bool calibrated) { m_calibrated = calibrated; }
+
+    // In PhysicalHeightUnit(), a free text.
+    int PhysicalHeight() const { return m_physicalHeight; }
+    void PhysicalHeight(int height) { m_physicalHeight = height; }
+    const std::string& PhysicalHeightUnit() const { return m_physicalHeightUnit; }
+    void PhysicalHeightUnit(const std::string& unit) { m_physicalHeightUnit = unit; }
+
+    // Setters copy both points.
+    const Line& ObjectAtNearLeft() const { return m_objects[0]; }
+    void ObjectAtNearLeft(const Line& line) { Copy(line, m_objects[0]); }
+    const Line& ObjectAtNearRight() const { return m_objects[1]; }
+    void ObjectAtNearRight(const Line& line) { Copy(line, m_objects[1]); }
+    const Line& ObjectAtDistance() const { return m_objects[2]; }
+    void ObjectAtDistance(const Line& line) { Copy(line, m_objects[2]); }
+
+    const Line& NearWidth() const { return m_fov[0]; }
+    void NearWidth(const Line& line) { Copy(line, m_fov[0]); }
+    const Line& FarWidth() const { return m_fov[1]; }
+    void FarWidth(const Line& line) { Copy(line, m_fov[1]); }
+
+  private:
+    bool m_calibrated = false;
+    int m_physicalHeight = 175;
+    std::string m_physicalHeightUnit = "cm";
+    Line m_objects[3];
+    Line m_fov[2];
+};
 
 // The scene of a profile: what the analytics must know of the camera's view. No number is tested
 // against a range; each travels as it came.
@@ -36,15 +70,9 @@ class Config
 
     // Sizes drawn as lines; setters copy both points.
     const Line& MinObjectSize() const { return m_objectSizeFilters[0]; }
-    void MinObjectSize(const Line& line)
-    {
-        std::copy(std::begin(line), std::end(line), m_objectSizeFilters[0]);
-    }
+    void MinObjectSize(const Line& line) { Copy(line, m_objectSizeFilters[0]); }
     const Line& MaxObjectSize() const { return m_objectSizeFilters[1]; }
-    void MaxObjectSize(const Line& line)
-    {
-        std::copy(std::begin(line), std::end(line), m_objectSizeFilters[1]);
-    }
+    void MaxObjectSize(const Line& line) { Copy(line, m_objectSizeFilters[1]); }
 
     const std::vector<Polygon>& ExcludeZones() const { return m_excludeZones; }
     void AddExcludeZone(const Polygon& zone) { m_excludeZones.push_back(zone); }

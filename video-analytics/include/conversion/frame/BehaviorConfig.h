@@ -7,8 +7,10 @@
 namespace profile_conversion::frame
 {
 
-// The alias of the plug-in's manifest, empty if there is none.
+// What the manifest of a rule's plug-in says: its alias, and the first dependency that is an engine. Empty if
+// there is none.
 std::string AliasOf(const std::string& id);
+std::string EngineOf(const std::string& id);
 
 // The model of a behavior with rules, which it owns. A family derives its Config, with an Id() and an
 // Alias() that need no object.

@@ -5,7 +5,6 @@
 #include <frame/BehaviorDoc.h>
 #include <frame/Rules.h>
 
-#include <algorithm>
 #include <vector>
 
 // What the behaviors share that look for something which came and stays: abandoned objects, stopped vehicles.
@@ -25,9 +24,9 @@ class StillObjectHead
   public:
     // Sizes drawn as lines; the setters copy both points.
     const Line& MinSizeFilter() const { return m_minSizeFilter; }
-    void MinSizeFilter(const Line& line) { std::copy(std::begin(line), std::end(line), m_minSizeFilter); }
+    void MinSizeFilter(const Line& line) { Copy(line, m_minSizeFilter); }
     const Line& MaxSizeFilter() const { return m_maxSizeFilter; }
-    void MaxSizeFilter(const Line& line) { std::copy(std::begin(line), std::end(line), m_maxSizeFilter); }
+    void MaxSizeFilter(const Line& line) { Copy(line, m_maxSizeFilter); }
 
     // In the order of their numbers, empty ones included.
     std::vector<Polygon> ExcludeZones() const { return m_excludeZones; }

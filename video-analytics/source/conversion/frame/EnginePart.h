@@ -1,5 +1,7 @@
 #pragma once
 
+#include <frame/BehaviorConfig.h>
+
 #include "frame/RuleForm.h"
 
 #include <analytics/PluginManager.h>

@@ -2,7 +2,6 @@
 
 #include <frame/RuleDoc.h>
 
-#include "frame/EngineForm.h"
 #include "frame/Field.h"
 #include "frame/Nodes.h"
 
@@ -10,6 +9,7 @@
 
 #include <array>
 #include <memory>
+#include <string>
 
 // The tables of engine rules, and what RuleDoc does with them, for the source of a family that instantiates
 // it.
@@ -51,6 +51,13 @@ constexpr std::array<RuleItem<Rule>, 4> DelayItems(int missingAlarmDelay)
              {{"DwellTime", &Rule::DwellTime, &Rule::DwellTime}, 5},
              {{"AlarmDelay", &Rule::AlarmDelay, &Rule::AlarmDelay}, missingAlarmDelay}}};
 }
+
+// Parses the plug-in's default configuration into `doc`, removes its default rules and gives the
+// container for rules. Null if there is no such configuration or no container in it.
+NodePointer ParseDefaultRules(const std::string& ruleId, analytics::ProfileDoc& doc);
+
+// The vertices of a rule's zone, empty if it has none.
+Points ReadZone(analytics::ProfileDoc& doc, analytics::DocumentNode& ruleNode, bool linePossible);
 
 template <class Config>
 bool RuleDoc<Config>::DocToConfig(const std::string& xml, Config& config)

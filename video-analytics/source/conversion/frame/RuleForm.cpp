@@ -1,4 +1,4 @@
-#include "frame/EngineForm.h"
+#include "frame/RuleForm.h"
 
 #include <analytics/PluginManager.h>
 #include <analytics/Settings.h>
@@ -13,16 +13,6 @@ NodePointer ParseDefaultRules(const std::string& ruleId, analytics::ProfileDoc& 
         return nullptr;
     doc.DeleteRules(ruleId);
     return SelectNode(doc, "//" + Settings::OnvifPrefix() + ":" + Settings::RulesTag());
-}
-
-std::string EngineOf(const std::string& ruleId)
-{
-    analytics::Manifest manifest;
-    analytics::PluginManager().GetManifest(manifest, ruleId);
-    for (const std::string& dependency : manifest.Dependencies())
-        if (dependency.find(Settings::EnginePattern()) != std::string::npos)
-            return dependency;
-    return {};
 }
 
 Points ReadZone(analytics::ProfileDoc& doc, analytics::DocumentNode& ruleNode, bool linePossible)
