@@ -15,15 +15,9 @@ using analytics::platform::Role;
 namespace
 {
 
-struct RoleKey
-{
-    Role role;
-    const char* key;
-};
-// The highest first.
-constexpr std::array kRoles = {RoleKey{Role::Administrator, "//server/roles/administrator"},
-                               RoleKey{Role::Operator, "//server/roles/operator"},
-                               RoleKey{Role::Viewer, "//server/roles/viewer"}};
+constexpr std::array kHighestFirst = {Role::Administrator, Role::Operator, Role::Viewer};
+
+std::string KeyOf(Role role) { return std::string("//server/roles/") + NameOf(role); }
 
 // A query has no text of its own for an element that only holds others, but it matches.
 bool HasRoles() { return !Settings::GetValues("//server/roles").empty(); }
@@ -85,11 +79,11 @@ Role RoleOf(const std::string& name)
 {
     if (!HasRoles())
         return Role::Administrator;
-    for (const RoleKey& row : kRoles)
+    for (const Role role : kHighestFirst)
     {
-        const std::vector<std::string> names = Settings::GetValues(row.key);
+        const std::vector<std::string> names = Settings::GetValues(KeyOf(role));
         if (!name.empty() && std::ranges::count(names, name) > 0)
-            return row.role;
+            return role;
     }
     return Role::Viewer;
 }
@@ -97,9 +91,9 @@ Role RoleOf(const std::string& name)
 std::string RolesInSettings()
 {
     std::string all = HasRoles() ? "roles" : "";
-    for (const RoleKey& row : kRoles)
-        for (const std::string& name : Settings::GetValues(row.key))
-            all += std::string(1, '\0') + row.key + '\0' + name;
+    for (const Role role : kHighestFirst)
+        for (const std::string& name : Settings::GetValues(KeyOf(role)))
+            all += std::string(1, '\0') + NameOf(role) + '\0' + name;
     return all;
 }
 

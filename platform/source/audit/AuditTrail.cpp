@@ -25,7 +25,6 @@ using Json = nlohmann::ordered_json;
 constexpr std::chrono::seconds kTick{1};
 constexpr std::size_t kMostBytes = 1024; // of a text
 constexpr const char* kAccess = "access";
-constexpr const char* kRoles[] = {"viewer", "operator", "administrator"};
 constexpr const char* kResults[] = {"done", "refused", "failed"};
 
 // JSON lets these stand as they are, and some readers end a line at them.
@@ -73,7 +72,7 @@ Json ToJson(const AuditEntry& entry, std::chrono::system_clock::time_point time)
         Put(json, "request", entry.caller->request);
         Put(json, "user", entry.caller->name);
         if (entry.change != kAccess)
-            json["role"] = kRoles[static_cast<int>(entry.caller->role)];
+            json["role"] = NameOf(entry.caller->role);
         Put(json, "peer", entry.caller->peer);
     }
     json["change"] = entry.change;

@@ -1,6 +1,5 @@
 #include "net/Identity.h"
 
-#include <array>
 #include <atomic>
 #include <chrono>
 #include <cstdint>
@@ -37,7 +36,6 @@ Caller NewCaller(const std::string& name, const boost::asio::ip::address& peer)
 // A name may hold whatever a certificate can.
 std::string IdentityFields(const Caller& caller)
 {
-    constexpr std::array kRoles = {"viewer", "operator", "administrator"};
     std::string name;
     for (const char letter : caller.name)
     {
@@ -52,7 +50,7 @@ std::string IdentityFields(const Caller& caller)
         name += "0123456789ABCDEF"[byte % 16];
     }
     return std::string("\r\nVarlo-Analytics-Version: ") + VERSION + "\r\nVarlo-Analytics-Caller: " + name +
-           "; role=" + kRoles[static_cast<std::size_t>(caller.role)];
+           "; role=" + analytics::platform::NameOf(caller.role);
 }
 
 } // namespace tarno::osa

@@ -18,6 +18,12 @@ enum class Role
     Operator,     // also run and stop
     Administrator // also change profiles
 };
+// As settings, audit lines and answers write it.
+inline const char* NameOf(Role role)
+{
+    constexpr const char* kNames[] = {"viewer", "operator", "administrator"};
+    return kNames[static_cast<int>(role)];
+}
 
 // Who sent the request.
 struct Caller
