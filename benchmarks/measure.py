@@ -60,6 +60,11 @@ class Numbers:
 NUMBERS = Numbers()
 
 
+def settle(options):
+    """Settings that have just been written are read again by each request, for three seconds."""
+    time.sleep(0 if options.smoke else 4)
+
+
 def interleaved(options, bodies, clients):
     """Rounds over pairs of server and body, in turn; the medians of each, in their order."""
     results = [[] for _ in bodies]
@@ -74,6 +79,7 @@ def compare(options, title, pairs):
     """A table of servers that do the same, with the ratios of the first one to each."""
     table = Table(title, "clients", "server", "requests/s", "p50 µs", "p99 µs", "CPU µs/request", "memory KiB",
                   "host's requests/s to it", "host's CPU to it", "host's p50 to it")
+    settle(options)
     for clients in CLIENTS:
         figures = interleaved(options, pairs, clients)
         host = figures[0]
@@ -161,6 +167,7 @@ def all_operations(options):
     bodies = [(name, envelope(name.split()[0], **fields)) for name, fields in operations(host)]
     listing = envelope("GetProfileList")
     results = {name: ([], [], []) for name, _ in bodies}
+    settle(options)
     first = len(servers.PROFILES) + 1
     for _ in range(options.rounds):
         for name, body in bodies:
