@@ -1,9 +1,10 @@
 #include "audit/AuditTrail.h"
 
+#include <Drawn.h>
+
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
-#include <cstdlib>
 #include <random>
 
 using namespace analytics::platform;
@@ -127,12 +128,10 @@ TEST(AuditEntryTest, LongTextsAreCutBetweenCharacters)
 
 TEST(AuditEntryTest, DrawnNamesComeBackFromOneLineOfJson)
 {
-    const char* const rounds = std::getenv("DRAWN_NAMES");
-    const int count = rounds != nullptr ? std::atoi(rounds) : 2000;
     const unsigned seed = std::random_device()();
     SCOPED_TRACE("seed " + std::to_string(seed));
     std::mt19937 random(seed);
-    for (int round = 0; round < count; ++round)
+    for (int round = 0; round < Drawn("DRAWN_NAMES", 2000); ++round)
     {
         std::string name;
         for (std::size_t length = random() % 255; name.size() < length;)

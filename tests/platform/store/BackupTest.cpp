@@ -4,10 +4,11 @@
 #include "platform/store/StoreFixture.h"
 #include "store/StoreConnection.h"
 
+#include <Drawn.h>
+
 #include <sys/stat.h>
 
 #include <atomic>
-#include <cstdlib>
 #include <map>
 #include <random>
 #include <thread>
@@ -303,7 +304,6 @@ TEST_F(BackupTest, WithoutASoundCopyItSaysSo)
                   "files away to begin with an empty store");
 }
 
-// DAMAGES sets how many ways are drawn.
 TEST_F(BackupTest, DamagedInAnyWayItStartsOrRecoversFromTheCopy)
 {
     m_manager.reset();
@@ -318,12 +318,11 @@ TEST_F(BackupTest, DamagedInAnyWayItStartsOrRecoversFromTheCopy)
     Reopen();
     m_manager.reset();
     std::filesystem::rename(m_state, Path("filled"));
-    const char* const count = std::getenv("DAMAGES");
     std::mt19937 chance(std::random_device{}());
     const auto draw = [&chance](std::size_t below)
     { return std::uniform_int_distribution<std::size_t>(0, below - 1)(chance); };
     int found = 0;
-    for (int way = 0; way < (count == nullptr ? 40 : std::atoi(count)); ++way)
+    for (int way = 0; way < Drawn("DAMAGES", 40); ++way)
     {
         std::filesystem::remove_all(m_state);
         std::filesystem::copy(Path("filled"), m_state);

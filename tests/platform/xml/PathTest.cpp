@@ -1,5 +1,7 @@
 #include "Nodes.h"
 
+#include <Drawn.h>
+
 #include <gtest/gtest.h>
 
 #include <libxml/parser.h>
@@ -134,7 +136,7 @@ TEST(PathTest, FindsWhatXPathFinds)
 {
     Dice dice(7);
     std::size_t matches = 0;
-    for (int round = 0; round < 300; ++round)
+    for (int round = 0; round < Drawn("DRAWN_TREES", 300); ++round)
     {
         Document doc;
         const std::string text =

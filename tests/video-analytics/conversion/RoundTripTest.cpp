@@ -5,13 +5,14 @@
 
 #include "store/ProfileDocument.h"
 
+#include <Drawn.h>
+
 #include <ProfileParameters.h>
 
 #include <gtest/gtest.h>
 #include <pugixml.hpp>
 
 #include <algorithm>
-#include <cstdlib>
 #include <ctime>
 #include <map>
 #include <random>
@@ -21,12 +22,6 @@ namespace conversiontest
 namespace
 {
 constexpr unsigned kSeed = 20240229;
-
-int Documents()
-{
-    const char* const number = std::getenv("DRAWN_DOCUMENTS");
-    return number == nullptr ? 200 : std::atoi(number);
-}
 
 enum class Kind
 {
@@ -313,7 +308,7 @@ TEST_P(RoundTrip, GivesBackWhatWasSent)
     const Table table = TableOf(family);
     ASSERT_FALSE(table.children.empty() && table.head.empty());
     Generator generator(table);
-    const int documents = Documents();
+    const int documents = Drawn("DRAWN_DOCUMENTS", 200);
     for (int i = 0; i < documents && !HasFailure(); ++i)
     {
         Expected expected;

@@ -2,6 +2,8 @@
 
 #include <SceneAnalyzerConfig.h>
 
+#include <Drawn.h>
+
 #include <array>
 #include <random>
 #include <string>
@@ -17,7 +19,7 @@ using profile_conversion::Line;
 using profile_conversion::Point;
 using profile_conversion::Polygon;
 
-inline constexpr int kScenes = 1000;
+inline const int kScenes = Drawn("DRAWN_SCENES", 1000);
 inline constexpr unsigned int kSeed = 20240611;
 
 using Blocks = std::vector<std::string>;
