@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds, and runs every test: as a user builds it, then under
-# AddressSanitizer with UndefinedBehaviorSanitizer, then under ThreadSanitizer. The second build fuzzes as
-# well, each program for FUZZ_SECONDS (10). Options go to ctest, as in: ./test.sh -R Settings.
-# PRESETS="dev" runs the first alone, PRESETS="armhf" what an emulated 32-bit Arm can show (or arm64).
+# AddressSanitizer with UndefinedBehaviorSanitizer, then under ThreadSanitizer, then what an emulated 32-bit Arm can show.
+# The second build fuzzes as well, each program for FUZZ_SECONDS (10). Options go to ctest, as in: ./test.sh -R Settings.
+# PRESETS="dev" runs the first alone, PRESETS="arm64" the last for 64-bit Arm.
 set -euo pipefail
 root=$(cd "$(dirname "$0")" && pwd)
 
@@ -10,7 +10,7 @@ root=$(cd "$(dirname "$0")" && pwd)
 cd "$root"
 export UBSAN_OPTIONS=print_stacktrace=1 TSAN_OPTIONS="halt_on_error=0 ${TSAN_OPTIONS:-}"
 rm -f build/asan/fuzz/*.result
-for preset in ${PRESETS:-dev asan tsan}
+for preset in ${PRESETS:-dev asan tsan armhf}
 do
     case $preset in
     arm*)
