@@ -154,7 +154,7 @@ class Delays(AccessTest):
                 with_nagle, without = map(statistics.median, zip(*times))
                 print(f"{what}: median {with_nagle:.1f} ms with Nagle's algorithm, {without:.1f} ms without")
                 if not service.SANITIZED:
-                    self.assertLess(with_nagle - without, 10)
+                    self.assertLess(with_nagle - without, 30)  # a peer that waits for more acknowledges after 40
             self.host.stop()
 
 
