@@ -136,7 +136,8 @@ TEST(PathTest, FindsWhatXPathFinds)
 {
     Dice dice(7);
     std::size_t matches = 0;
-    for (int round = 0; round < Drawn("DRAWN_TREES", 300); ++round)
+    const int trees = Drawn("DRAWN_TREES", 300);
+    for (int round = 0; round < trees; ++round)
     {
         Document doc;
         const std::string text =
@@ -156,7 +157,7 @@ TEST(PathTest, FindsWhatXPathFinds)
             }
         }
     }
-    EXPECT_GT(matches, 5000U);
+    EXPECT_GT(matches, 16U * static_cast<unsigned>(trees));
 }
 
 TEST(PathTest, FindsNothingBehindAPrefixWithoutNamespace)
