@@ -15,9 +15,15 @@ using analytics::platform::Role;
 namespace
 {
 
-constexpr std::array kHighestFirst = {Role::Administrator, Role::Operator, Role::Viewer};
-
-std::string KeyOf(Role role) { return std::string("//server/roles/") + NameOf(role); }
+struct RoleKey
+{
+    Role role;
+    const char* key;
+};
+// The highest first.
+constexpr std::array kRoles = {RoleKey{Role::Administrator, "//server/roles/administrator"},
+                               RoleKey{Role::Operator, "//server/roles/operator"},
+                               RoleKey{Role::Viewer, "//server/roles/viewer"}};
 
 // A query has no text of its own for an element that only holds others, but it matches.
 bool HasRoles() { return !Settings::GetValues("//server/roles").empty(); }
@@ -79,11 +85,11 @@ Role RoleOf(const std::string& name)
 {
     if (!HasRoles())
         return Role::Administrator;
-    for (const Role role : kHighestFirst)
+    for (const RoleKey& row : kRoles)
     {
-        const std::vector<std::string> names = Settings::GetValues(KeyOf(role));
+        const std::vector<std::string> names = Settings::GetValues(row.key);
         if (!name.empty() && std::ranges::count(names, name) > 0)
-            return role;
+            return row.role;
     }
     return Role::Viewer;
 }
@@ -91,9 +97,9 @@ Role RoleOf(const std::string& name)
 std::string RolesInSettings()
 {
     std::string all = HasRoles() ? "roles" : "";
-    for (const Role role : kHighestFirst)
-        for (const std::string& name : Settings::GetValues(KeyOf(role)))
-            all += std::string(1, '\0') + NameOf(role) + '\0' + name;
+    for (const RoleKey& row : kRoles)
+        for (const std::string& name : Settings::GetValues(row.key))
+            all += std::string(1, '\0') + row.key + '\0' + name;
     return all;
 }
 
