@@ -8,7 +8,7 @@ root=$(cd "$(dirname "$0")" && pwd)
 
 "$root/cmake/install-packages.sh" build test
 cd "$root"
-export UBSAN_OPTIONS=print_stacktrace=1 TSAN_OPTIONS="halt_on_error=0 ${TSAN_OPTIONS:-}"
+export UBSAN_OPTIONS=print_stacktrace=1
 rm -f build/asan/fuzz/*.result
 for preset in ${PRESETS:-dev asan tsan armhf}
 do
