@@ -5,7 +5,7 @@
 // The column "unit" is the time for each plug-in x dependency x active rule (where there is none, one),
 // as a ratio to that of 10 plug-ins with the same number of active rules: it must not grow.
 
-#include <GetBehaviorAvailability2Request.h>
+#include <AvailabilityRequests.h>
 
 #include <analytics/Platform.h>
 #include <analytics/ProfileManager.h>

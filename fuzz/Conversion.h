@@ -2,7 +2,7 @@
 
 #include <analytics/Manifest.h>
 
-#include <ProfileParameters.h>
+#include <ProfileDocConverter.h>
 
 #include <string>
 

@@ -4,8 +4,7 @@
 
 #include <SoapRequest.h>
 
-#include <GetBehaviorAvailability2Request.h>
-#include <GetBehaviorAvailabilityRequest.h>
+#include <AvailabilityRequests.h>
 
 #include <fake-platform/FakePlatform.h>
 

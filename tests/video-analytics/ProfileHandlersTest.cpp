@@ -4,9 +4,7 @@
 
 #include <SoapRequest.h>
 
-#include <CreateProfileRequest.h>
-#include <GetActiveProfileRequest.h>
-#include <GetProfileListRequest.h>
+#include <ProfileRequests.h>
 
 #include <fake-platform/FakePlatform.h>
 

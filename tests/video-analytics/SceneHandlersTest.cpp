@@ -5,8 +5,7 @@
 
 #include <SoapRequest.h>
 
-#include <GetDefaultSceneRequest.h>
-#include <GetProfileSceneRequest.h>
+#include <SceneRequests.h>
 
 #include <analytics/Faults.h>
 

@@ -1,4 +1,4 @@
-#include <AlgorithmControlRequest.h>
+#include <ProfileRequests.h>
 
 #include <analytics/ProfileManager.h>
 

@@ -1,4 +1,4 @@
-#include <BehaviorAvailabilityRequest.h>
+#include <AvailabilityRequests.h>
 
 #include <analytics/PluginManager.h>
 #include <analytics/ProfileManager.h>
@@ -119,11 +119,6 @@ Usage Measure(const Strings& activeRules, const ManifestArray& activeEngines,
 }
 
 } // namespace
-
-BehaviorAvailabilityRequest::BehaviorAvailabilityRequest(const char* name, soap* soap)
-    : SoapRequest(name, soap)
-{
-}
 
 const AvailabilityList& BehaviorAvailabilityRequest::BehaviorAvailabilities(AvailabilityList& hidden) const
 {

@@ -1,4 +1,4 @@
-#include <CreateProfileRequest.h>
+#include <ProfileRequests.h>
 
 #include <analytics/ProfileManager.h>
 

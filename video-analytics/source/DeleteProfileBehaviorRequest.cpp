@@ -1,4 +1,4 @@
-#include <DeleteProfileBehaviorRequest.h>
+#include <BehaviorRequests.h>
 
 #include <AnalyticsId.h>
 

@@ -1,4 +1,4 @@
-#include <DeleteProfileRequest.h>
+#include <ProfileRequests.h>
 
 #include <analytics/ProfileManager.h>
 

@@ -1,4 +1,4 @@
-#include <ExecuteProfileRequest.h>
+#include <ProfileRequests.h>
 
 #include <analytics/ProfileManager.h>
 

@@ -1,4 +1,4 @@
-#include <GetActiveProfileRequest.h>
+#include <ProfileRequests.h>
 
 #include <analytics/ProfileManager.h>
 

@@ -1,4 +1,4 @@
-#include <GetBehaviorAvailability2Request.h>
+#include <AvailabilityRequests.h>
 
 namespace analyticsapi
 {

@@ -1,4 +1,4 @@
-#include <GetBehaviorAvailabilityRequest.h>
+#include <AvailabilityRequests.h>
 
 #include <analytics/ProfileManager.h>
 

@@ -1,4 +1,4 @@
-#include <GetDefaultConfigurationRequest.h>
+#include <BehaviorRequests.h>
 
 #include <AnalyticsId.h>
 #include <XmlHelper.h>

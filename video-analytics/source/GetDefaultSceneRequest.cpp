@@ -1,4 +1,4 @@
-#include <GetDefaultSceneRequest.h>
+#include <SceneRequests.h>
 
 #include <AnalyticsId.h>
 #include <XmlHelper.h>
@@ -7,8 +7,6 @@
 
 namespace analyticsapi
 {
-
-GetDefaultSceneRequest::GetDefaultSceneRequest(soap* soap) : SoapRequest("GetDefaultScene", soap) {}
 
 int GetDefaultSceneRequest::DoExecute()
 {

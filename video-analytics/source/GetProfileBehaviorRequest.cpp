@@ -1,4 +1,4 @@
-#include <GetProfileBehaviorRequest.h>
+#include <BehaviorRequests.h>
 
 #include <AnalyticsId.h>
 #include <Factory.h>

@@ -1,4 +1,4 @@
-#include <SetProfileSceneRequest.h>
+#include <SceneRequests.h>
 
 #include <AnalyticsId.h>
 #include <Factory.h>

@@ -1,4 +1,4 @@
-#include <StopProfileRequest.h>
+#include <ProfileRequests.h>
 
 #include <analytics/ProfileManager.h>
 

@@ -2,22 +2,10 @@
 // request, runs it, and copies its result to the response. Lists and their elements are allocated in
 // the connection's context, which frees them; no handler does.
 
-#include <AlgorithmControlRequest.h>
-#include <CreateProfileRequest.h>
-#include <DeleteProfileBehaviorRequest.h>
-#include <DeleteProfileRequest.h>
-#include <ExecuteProfileRequest.h>
-#include <GetActiveProfileRequest.h>
-#include <GetBehaviorAvailability2Request.h>
-#include <GetBehaviorAvailabilityRequest.h>
-#include <GetDefaultConfigurationRequest.h>
-#include <GetDefaultSceneRequest.h>
-#include <GetProfileBehaviorRequest.h>
-#include <GetProfileListRequest.h>
-#include <GetProfileSceneRequest.h>
-#include <SetProfileBehaviorRequest.h>
-#include <SetProfileSceneRequest.h>
-#include <StopProfileRequest.h>
+#include <AvailabilityRequests.h>
+#include <BehaviorRequests.h>
+#include <ProfileRequests.h>
+#include <SceneRequests.h>
 
 #include <soapH.h>
 

@@ -2,7 +2,7 @@
 
 #include "Families.h"
 
-#include <ProfileParameters.h>
+#include <ProfileDocConverter.h>
 
 #include <gtest/gtest.h>
 

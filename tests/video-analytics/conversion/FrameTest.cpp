@@ -1,6 +1,6 @@
 #include <AlarmSeverity.h>
 #include <LoiteringConfig.h>
-#include <ProfileParameters.h>
+#include <ProfileDocConverter.h>
 
 #include <gtest/gtest.h>
 

@@ -7,7 +7,7 @@
 
 #include <Drawn.h>
 
-#include <ProfileParameters.h>
+#include <ProfileDocConverter.h>
 
 #include <gtest/gtest.h>
 #include <pugixml.hpp>

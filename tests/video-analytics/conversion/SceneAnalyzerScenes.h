@@ -1,8 +1,7 @@
 #pragma once
 
 #include <SceneAnalyzerConfig.h>
-#include <SceneAnalyzerOnvifDoc.h>
-#include <SceneAnalyzerVarloDoc.h>
+#include <SceneAnalyzerConverter.h>
 
 #include <fake-platform/FakePlatform.h>
 

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <frame/BehaviorConfig.h>
-#include <frame/Rules.h>
 
 namespace profile_conversion::directionalmotion
 {

@@ -1,11 +1,22 @@
 #pragma once
 
-#include <DirectionalMotionOnvifDoc.h>
-#include <DirectionalMotionVarloDoc.h>
+#include <DirectionalMotionConfig.h>
 #include <frame/BehaviorConverter.h>
 
 namespace profile_conversion
 {
+namespace directionalmotion
+{
+
+class VarloDoc : public frame::BehaviorDoc<Config>
+{
+};
+
+class OnvifDoc : public frame::EngineRuleDoc<Config>
+{
+};
+
+} // namespace directionalmotion
 
 class DirectionalMotionConverter
     : public frame::EngineBehaviorConverter<directionalmotion::Config, directionalmotion::VarloDoc,

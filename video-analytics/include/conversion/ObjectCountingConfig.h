@@ -2,7 +2,6 @@
 
 #include <Shapes.h>
 #include <frame/BehaviorConfig.h>
-#include <frame/Rules.h>
 
 namespace profile_conversion::objectcounting
 {

@@ -1,4 +1,4 @@
-#include <AbandonedObjectOnvifDoc.h>
+#include <AbandonedObjectConverter.h>
 
 #include "frame/StillObjectForms.h"
 

@@ -1,4 +1,4 @@
-#include <AbandonedObjectVarloDoc.h>
+#include <AbandonedObjectConverter.h>
 
 #include "frame/StillObjectForms.h"
 

@@ -1,4 +1,4 @@
-#include <AdaptiveMotionOnvifDoc.h>
+#include <AdaptiveMotionConverter.h>
 
 #include "frame/RuleForm.h"
 

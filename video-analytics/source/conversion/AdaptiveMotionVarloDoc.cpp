@@ -1,4 +1,4 @@
-#include <AdaptiveMotionVarloDoc.h>
+#include <AdaptiveMotionConverter.h>
 
 #include "frame/BehaviorForm.h"
 

@@ -1,4 +1,4 @@
-#include <CameraSabotageOnvifDoc.h>
+#include <CameraSabotageConverter.h>
 
 #include "frame/Nodes.h"
 

@@ -1,6 +1,4 @@
-#include <CameraSabotageVarloDoc.h>
-
-#include <frame/BehaviorNodes.h>
+#include <CameraSabotageConverter.h>
 
 #include "frame/Nodes.h"
 

@@ -1,4 +1,4 @@
-#include <DirectionalMotionOnvifDoc.h>
+#include <DirectionalMotionConverter.h>
 
 #include "frame/EnginePart.h"
 

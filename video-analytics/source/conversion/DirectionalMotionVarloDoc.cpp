@@ -1,4 +1,4 @@
-#include <DirectionalMotionVarloDoc.h>
+#include <DirectionalMotionConverter.h>
 
 #include "frame/BehaviorForm.h"
 

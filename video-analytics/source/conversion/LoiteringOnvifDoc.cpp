@@ -1,4 +1,4 @@
-#include <LoiteringOnvifDoc.h>
+#include <LoiteringConverter.h>
 
 #include "frame/RuleForm.h"
 

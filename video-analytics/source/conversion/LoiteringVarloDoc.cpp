@@ -1,4 +1,4 @@
-#include <LoiteringVarloDoc.h>
+#include <LoiteringConverter.h>
 
 #include "frame/BehaviorForm.h"
 

@@ -1,4 +1,4 @@
-#include <ObjectCountingOnvifDoc.h>
+#include <ObjectCountingConverter.h>
 
 #include "frame/ObjectSizes.h"
 #include "frame/RuleForm.h"

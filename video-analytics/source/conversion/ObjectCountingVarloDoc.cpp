@@ -1,4 +1,4 @@
-#include <ObjectCountingVarloDoc.h>
+#include <ObjectCountingConverter.h>
 
 #include "frame/BehaviorForm.h"
 #include "frame/ObjectSizes.h"

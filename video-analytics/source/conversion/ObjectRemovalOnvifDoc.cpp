@@ -1,4 +1,4 @@
-#include <ObjectRemovalOnvifDoc.h>
+#include <ObjectRemovalConverter.h>
 
 #include "frame/EnginePart.h"
 

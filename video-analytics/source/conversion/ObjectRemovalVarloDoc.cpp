@@ -1,4 +1,4 @@
-#include <ObjectRemovalVarloDoc.h>
+#include <ObjectRemovalConverter.h>
 
 #include "frame/BehaviorForm.h"
 

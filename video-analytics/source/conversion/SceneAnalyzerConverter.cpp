@@ -1,8 +1,6 @@
 #include <SceneAnalyzerConverter.h>
 
 #include <SceneAnalyzerConfig.h>
-#include <SceneAnalyzerOnvifDoc.h>
-#include <SceneAnalyzerVarloDoc.h>
 
 namespace profile_conversion
 {

@@ -1,4 +1,4 @@
-#include <SceneAnalyzerOnvifDoc.h>
+#include <SceneAnalyzerConverter.h>
 
 #include <analytics/PluginManager.h>
 #include <analytics/ProfileDoc.h>

@@ -1,4 +1,4 @@
-#include <SceneAnalyzerVarloDoc.h>
+#include <SceneAnalyzerConverter.h>
 
 #include <analytics/Document.h>
 

@@ -1,4 +1,4 @@
-#include <StoppedVehicleOnvifDoc.h>
+#include <StoppedVehicleConverter.h>
 
 #include "frame/StillObjectForms.h"
 

@@ -1,4 +1,4 @@
-#include <StoppedVehicleVarloDoc.h>
+#include <StoppedVehicleConverter.h>
 
 #include "frame/StillObjectForms.h"
 

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <ProfileDocConverter.h>
+#include <frame/BehaviorDoc.h>
+#include <frame/RuleDoc.h>
 
 #include <string>
 

@@ -3,7 +3,6 @@
 #include <Shapes.h>
 #include <frame/BehaviorConfig.h>
 #include <frame/BehaviorDoc.h>
-#include <frame/Rules.h>
 
 #include <vector>
 

@@ -1,6 +1,6 @@
 #include "frame/ObjectSizes.h"
 
-#include <frame/BehaviorNodes.h>
+#include <frame/BehaviorDoc.h>
 
 #include "frame/Nodes.h"
 

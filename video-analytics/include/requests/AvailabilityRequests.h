@@ -31,7 +31,7 @@ class BehaviorAvailabilityRequest : public SoapRequest
     const AvailabilityList& BehaviorAvailabilities(AvailabilityList& hidden) const;
 
   protected:
-    BehaviorAvailabilityRequest(const char* name, soap* soap);
+    BehaviorAvailabilityRequest(const char* name, soap* soap) : SoapRequest(name, soap) {}
 
     // Fills the lists and returns 0. Each of `activeRules` is an Id() or an Alias(); one that no plug-in
     // answers to costs nothing but takes a selection. Throws what the platform throws.
@@ -42,6 +42,40 @@ class BehaviorAvailabilityRequest : public SoapRequest
 
     AvailabilityList m_availabilities;
     AvailabilityList m_hiddenAvailabilities;
+};
+
+// Availability beside the active rules of a stored profile.
+class GetBehaviorAvailabilityRequest : public BehaviorAvailabilityRequest
+{
+  public:
+    // A negative identifier, or one that no profile has, stands for a profile with nothing active.
+    GetBehaviorAvailabilityRequest(int profileId, soap* soap)
+        : BehaviorAvailabilityRequest("GetBehaviorAvailability", soap), m_profileId(profileId)
+    {
+    }
+
+  protected:
+    int DoExecute() override;
+
+  private:
+    int m_profileId;
+};
+
+// Availability beside a set of rules that the client names.
+class GetBehaviorAvailability2Request : public BehaviorAvailabilityRequest
+{
+  public:
+    // Keeps a reference: the list must outlive the request.
+    GetBehaviorAvailability2Request(const std::vector<std::string>& activeBehaviors, soap* soap)
+        : BehaviorAvailabilityRequest("GetBehaviorAvailability2", soap), m_activeBehaviors(activeBehaviors)
+    {
+    }
+
+  protected:
+    int DoExecute() override;
+
+  private:
+    const std::vector<std::string>& m_activeBehaviors;
 };
 
 } // namespace analyticsapi

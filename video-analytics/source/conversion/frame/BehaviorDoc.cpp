@@ -1,4 +1,4 @@
-#include <frame/BehaviorNodes.h>
+#include <frame/BehaviorDoc.h>
 
 #include "frame/Nodes.h"
 
