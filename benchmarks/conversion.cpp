@@ -10,7 +10,7 @@
 #include "Heap.h"
 #include "Measure.h"
 
-#include <Factory.h>
+#include <ProfileDocConverter.h>
 
 #include <analytics/Platform.h>
 #include <analytics/PluginManager.h>

@@ -5,7 +5,7 @@
 
 #include "store/ProfileDocument.h"
 
-#include <Factory.h>
+#include <ProfileDocConverter.h>
 
 #include <analytics/Document.h>
 #include <analytics/PluginManager.h>

@@ -5,7 +5,7 @@
 
 #include <SoapRequest.h>
 
-#include <Factory.h>
+#include <ProfileDocConverter.h>
 
 #include <analytics/PluginManager.h>
 #include <analytics/ProfileManager.h>

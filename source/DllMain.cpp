@@ -2,7 +2,6 @@
 #include <SoapIO.h>
 #include <SoapRequest.h>
 
-#include <analytics/AutoLock.h>
 #include <analytics/Mutex.h>
 #include <analytics/Settings.h>
 

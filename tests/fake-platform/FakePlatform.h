@@ -1,7 +1,7 @@
 #pragma once
 
 #include <analytics/Manifest.h>
-#include <analytics/ProfileSummary.h>
+#include <analytics/ProfileManager.h>
 #include <tarno/osa/TcpServer.h>
 
 #include <gmock/gmock.h>

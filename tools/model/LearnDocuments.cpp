@@ -6,7 +6,7 @@
 #include "Learner.h"
 #include "ModelText.h"
 
-#include <Factory.h>
+#include <ProfileDocConverter.h>
 
 #include <analytics/Platform.h>
 #include <analytics/PluginManager.h>

@@ -1,7 +1,7 @@
 #include <BehaviorRequests.h>
 
 #include <AnalyticsId.h>
-#include <Factory.h>
+#include <ProfileDocConverter.h>
 #include <XmlHelper.h>
 
 #include <analytics/ProfileManager.h>

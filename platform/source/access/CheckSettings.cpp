@@ -1,5 +1,3 @@
-#include "access/CheckSettings.h"
-
 #include "access/AccessSettings.h"
 #include "access/TlsSource.h"
 #include "access/Users.h"

@@ -2,7 +2,7 @@
 
 #include <analytics/Settings.h>
 
-#include "files/FileStamp.h"
+#include "files/FileText.h"
 #include "files/StandardError.h"
 #include "metrics/Metrics.h"
 #include "settings/Configuration.h"

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <analytics/ProfileSummary.h>
+#include <analytics/ProfileManager.h>
 
-#include "files/FileStamp.h"
+#include "files/FileText.h"
 #include "files/StandardError.h"
 #include "threads/Mutex.h"
 #include "threads/Ticker.h"

@@ -1,6 +1,6 @@
 #include <tarno/osa/TcpServer.h>
 
-#include "access/CheckSettings.h"
+#include "access/AccessSettings.h"
 #include "audit/AuditTrail.h"
 #include "files/FileText.h"
 #include "files/StandardError.h"

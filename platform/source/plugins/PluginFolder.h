@@ -1,7 +1,7 @@
 #pragma once
 
 #include "files/FileHandle.h"
-#include "files/FileStamp.h"
+#include "files/FileText.h"
 #include "plugins/Plugin.h"
 #include "threads/Mutex.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <analytics/ProfileSummary.h>
+#include <analytics/ProfileManager.h>
 
 #include "audit/AuditTrail.h"
 #include "feed/EngineFeed.h"

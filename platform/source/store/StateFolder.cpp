@@ -2,7 +2,7 @@
 
 #include <analytics/Faults.h>
 
-#include "files/FileStamp.h"
+#include "files/FileText.h"
 
 #include <fcntl.h>
 #include <sys/file.h>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "files/FileStamp.h"
+#include "files/FileText.h"
 #include "files/StandardError.h"
 #include "store/CommitGroup.h"
 #include "store/StateFolder.h"

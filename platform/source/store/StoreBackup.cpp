@@ -4,7 +4,7 @@
 #include <analytics/Platform.h>
 
 #include "files/FileHandle.h"
-#include "files/FileStamp.h"
+#include "files/FileText.h"
 #include "files/StandardError.h"
 #include "store/StateFolder.h"
 #include "store/StoreConnection.h"

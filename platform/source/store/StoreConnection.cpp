@@ -2,7 +2,7 @@
 
 #include <analytics/Faults.h>
 
-#include "files/FileStamp.h"
+#include "files/FileText.h"
 
 #include <sqlite3.h>
 

@@ -1,4 +1,4 @@
-#include "files/FileStamp.h"
+#include "files/FileText.h"
 
 #include "platform/PlatformTest.h"
 

@@ -2,7 +2,7 @@
 
 #include <analytics/PluginManager.h>
 
-#include <Factory.h>
+#include <ProfileDocConverter.h>
 
 #include "feed/EngineFeed.h"
 #include "files/FileHandle.h"

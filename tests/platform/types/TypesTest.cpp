@@ -1,9 +1,8 @@
-#include <analytics/AutoLock.h>
 #include <analytics/Faults.h>
 #include <analytics/Manifest.h>
 #include <analytics/Mutex.h>
 #include <analytics/Point.h>
-#include <analytics/ProfileSummary.h>
+#include <analytics/ProfileManager.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

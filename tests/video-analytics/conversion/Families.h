@@ -4,7 +4,7 @@
 
 #include <analytics/Document.h>
 
-#include <Factory.h>
+#include <ProfileDocConverter.h>
 
 #include <memory>
 #include <ostream>

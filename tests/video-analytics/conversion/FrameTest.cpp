@@ -1,6 +1,6 @@
-#include <AlarmSeverity.h>
 #include <LoiteringConfig.h>
 #include <ProfileDocConverter.h>
+#include <frame/BehaviorConfig.h>
 
 #include <gtest/gtest.h>
 

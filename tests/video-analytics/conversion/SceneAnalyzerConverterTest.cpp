@@ -2,7 +2,7 @@
 
 #include "SceneAnalyzerScenes.h"
 
-#include <Factory.h>
+#include <ProfileDocConverter.h>
 #include <SceneAnalyzerConverter.h>
 
 #include <gmock/gmock.h>

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <AlarmSeverity.h>
 #include <frame/BehaviorConfig.h>
 
 namespace profile_conversion::camerasabotage

@@ -43,4 +43,14 @@ class ProfileDocConverter
     virtual bool AdditionalComponent(std::string& /*id*/, std::string& /*config*/) const { return false; }
 };
 
+// Makes converters.
+class Factory
+{
+  public:
+    // A converter for a rule or engine identifier, or for the alias of a rule; null if there is none.
+    // The caller owns it. The search order is fixed, and each converter that is passed over costs a
+    // look-up of its alias.
+    static ProfileDocConverter* CreateConverter(const std::string& id);
+};
+
 } // namespace profile_conversion

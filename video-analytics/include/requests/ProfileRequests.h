@@ -2,7 +2,7 @@
 
 #include <SoapRequest.h>
 
-#include <analytics/ProfileSummary.h>
+#include <analytics/ProfileManager.h>
 
 #include <string>
 #include <vector>

@@ -1,4 +1,4 @@
-#include <Factory.h>
+#include <ProfileDocConverter.h>
 
 #include <AbandonedObjectConverter.h>
 #include <AdaptiveMotionConverter.h>

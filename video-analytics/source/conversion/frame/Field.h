@@ -1,6 +1,6 @@
 #pragma once
 
-#include <AlarmSeverity.h>
+#include <frame/BehaviorConfig.h>
 
 #include <variant>
 
