@@ -4,8 +4,7 @@
 #include "Installation.h"
 
 #include "access/AccessSettings.h"
-#include "net/ConfiguredEndpoint.h"
-#include "net/Limits.h"
+#include "net/ServerSettings.h"
 
 #include <analytics/Faults.h>
 #include <analytics/Settings.h>

@@ -1,12 +1,10 @@
 #include "net/Connection.h"
 
-#include "net/Identity.h"
-#include "net/Listener.h"
 #include "net/MemorySocket.h"
 
 #include "access/Passwords.h"
 #include "access/Users.h"
-#include "request/Request.h"
+#include "audit/AuditTrail.h"
 #include "request/WorkMemory.h"
 
 #include <analytics/Faults.h>
@@ -22,32 +20,45 @@
 namespace tarno::osa
 {
 using analytics::platform::Caller;
+using analytics::platform::FileHandle;
 using Wish = EventHandler::Wish;
 namespace
 {
 
+// What every connection may hold without asking; nearly every request fits.
+constexpr std::size_t kFreeBytes = 16'384;
 constexpr int kLooks = 3; // for the first bytes
 // A client that still sends when it is answered gets the answer only if it isn't cut off meanwhile.
 // For this long and this much its bytes are read and dropped.
 constexpr std::chrono::seconds kLingerTime(3);
 constexpr std::size_t kLingerBytes = 67'108'864;
 
-Refusal RefusalOf(Authenticator::Verdict verdict)
+constexpr std::array kReasons = {"no user with this password", "too many wrong passwords from this address",
+                                 "no valid client certificate"}; // by requestmetrics::Refused
+
+// A client on this machine may have been stopped between connecting and sending, for this thread. It isn't
+// waited for: who doesn't send at his next turn is left to an event.
+template <class Step, class IsSilent>
+StreamResult AfterLooks(Step step, IsSilent isSilent)
 {
-    if (verdict == Authenticator::Verdict::TooManyAttempts)
-        return Refusal::TooManyAttempts;
-    return verdict == Authenticator::Verdict::Busy ? Refusal::Busy : Refusal::Unauthorized;
+    StreamResult result = step();
+    for (int look = 0; look < kLooks && result.state == StreamState::WaitRead && isSilent(); ++look)
+    {
+        sched_yield();
+        result = step();
+    }
+    return result;
 }
 
 } // namespace
 
-Connection::Connection(Accepted accepted, Served& server)
-    : m_server(server), m_peer(accepted.peer), m_share(server.memory)
+Connection::Connection(FileHandle socket, const boost::asio::ip::address& peer, Served& server)
+    : m_server(server), m_peer(peer), m_share(server.memory)
 {
     if (m_server.counted)
         requestmetrics::CountBegun();
     const auto& tls = m_server.access.tls;
-    m_stream.emplace(std::move(accepted.socket), tls == nullptr ? nullptr : tls->Current());
+    m_stream.emplace(std::move(socket), tls == nullptr ? nullptr : tls->Current());
     m_reader.emplace(m_server.limits.maxRequestBytes);
     Within(m_server.limits.requestTime);
 }
@@ -61,8 +72,6 @@ Connection::~Connection()
     m_share.Release();
     m_server.ended();
 }
-
-void Connection::Within(std::chrono::milliseconds time) { m_deadline = Clock::now() + time; }
 
 Wish Connection::Continue(Cause cause)
 {
@@ -129,15 +138,8 @@ Wish Connection::Await(const StreamResult& result)
 
 Wish Connection::Open()
 {
-    StreamResult result = m_stream->Open();
-    // A client on this machine may have been stopped between connecting and sending, for this thread. It
-    // isn't waited for: who doesn't send at his next turn is left to an event.
-    for (int look = 0; look < kLooks && result.state == StreamState::WaitRead && !m_stream->Tls()->Begun();
-         ++look)
-    {
-        sched_yield();
-        result = m_stream->Open();
-    }
+    const StreamResult result =
+        AfterLooks([this] { return m_stream->Open(); }, [this] { return !m_stream->Tls()->Begun(); });
     if (result.state == StreamState::WaitRead || result.state == StreamState::WaitWrite)
         return Await(result);
     if (m_stream->Tls() != nullptr)
@@ -162,7 +164,19 @@ void Connection::CountHandshake(const StreamResult& result) const
                           : m_stream->Tls()->Resumed() ? Handshake::Resumed
                                                        : Handshake::Full);
     if (result.state == StreamState::NoCertificate)
-        m_server.refused(Refused::Certificate, NewCaller("", m_peer));
+        NoteRefused(requestmetrics::Refused::Certificate);
+}
+
+Caller Connection::CallerNamed(const std::string& name) const
+{
+    return analytics::platform::NewCaller(name, m_peer.is_unspecified() ? "" : m_peer.to_string());
+}
+
+// `name` is as it was claimed.
+void Connection::NoteRefused(requestmetrics::Refused why, const std::string& name) const
+{
+    requestmetrics::Count(why);
+    analytics::platform::AuditRefusedAccess(CallerNamed(name), kReasons[static_cast<std::size_t>(why)]);
 }
 
 Wish Connection::ReadRequest()
@@ -193,14 +207,8 @@ Wish Connection::ReadRequest()
 
 StreamResult Connection::ReadSome(std::span<char> room)
 {
-    StreamResult result = m_stream->Read(room);
-    for (int look = 0; look < kLooks && result.state == StreamState::WaitRead && !m_looked; ++look)
-    {
-        sched_yield(); // as for a handshake
-        result = m_stream->Read(room);
-    }
-    m_looked = true;
-    return result;
+    const bool looked = std::exchange(m_looked, true);
+    return AfterLooks([&] { return m_stream->Read(room); }, [looked] { return !looked; });
 }
 
 // It isn't the client who is slow: his time stands still.
@@ -253,13 +261,18 @@ Wish Connection::OnVerdict(Authenticator::Verdict verdict)
     const bool asked = m_server.access.passwords != nullptr;
     const auto credentials = asked ? ParseBasicCredentials(m_reader->Authorization()) : std::nullopt;
     const std::string user = credentials ? credentials->name : "";
-    if (verdict != Authenticator::Verdict::Allowed)
+    switch (verdict)
     {
-        if (verdict != Authenticator::Verdict::Busy)
-            m_server.refused(verdict == Authenticator::Verdict::Denied ? Refused::Password
-                                                                       : Refused::Throttled,
-                             NewCaller(user, m_peer));
-        return Refuse(RefusalOf(verdict));
+    case Authenticator::Verdict::Denied:
+        NoteRefused(requestmetrics::Refused::Password, user);
+        return Refuse(Refusal::Unauthorized);
+    case Authenticator::Verdict::TooManyAttempts:
+        NoteRefused(requestmetrics::Refused::Throttled, user);
+        return Refuse(Refusal::TooManyAttempts);
+    case Authenticator::Verdict::Busy:
+        return Refuse(Refusal::Busy);
+    case Authenticator::Verdict::Allowed:
+        break;
     }
     m_user = asked || m_stream->Tls() == nullptr ? user : m_stream->Tls()->PeerName();
     m_stage = Stage::Serving;
@@ -301,18 +314,15 @@ catch (const analytics::AnalyticsFault&)
 
 std::string Connection::Answer(std::string& identity)
 {
-    Caller caller = NewCaller(m_user, m_peer);
+    Caller caller = CallerNamed(m_user);
     const analytics::platform::RequestScope scope(caller);
     if (m_server.access.roles)
         caller.role = RoleOf(m_user);
     identity = IdentityFields(caller);
     analytics::platform::ClaimForReceived(m_reader->Request().size());
-    const auto exchange =
-        std::make_shared<Exchange>(m_reader->TakeRequest(), [this] { return m_stream->PeerGone(); });
+    std::string request = m_reader->TakeRequest();
     m_reader.reset();
-    m_server.acceptor.AcceptSocket(new MemorySocket(exchange)); // which owns it from here on
-    // The answer ends here even if the acceptor couldn't release its socket.
-    return exchange->Finish();
+    return AnswerOf(m_server.acceptor, std::move(request), [this] { return m_stream->PeerGone(); });
 }
 
 Wish Connection::Send(std::string answer)

@@ -23,7 +23,6 @@ namespace tarno::osa
 {
 
 class ITcpSocketAccept;
-struct Accepted;
 
 // Who gets to the service, and how. What is null asks nothing of its clients.
 struct Access
@@ -31,14 +30,6 @@ struct Access
     std::unique_ptr<TlsSource> tls;
     std::unique_ptr<Authenticator> passwords;
     bool roles = false; // what the settings say of roles counts
-};
-
-// Why somebody didn't get in.
-enum class Refused
-{
-    Password,
-    Throttled,
-    Certificate
 };
 
 // What the connections of a server have in common. Outlives them.
@@ -52,9 +43,7 @@ struct Served
     Budget memory;
     std::atomic<bool> ending = false; // nobody is waited for any longer than an answer needs
     std::function<void()> ended;      // a connection is closed
-    // Somebody didn't get in; his name as claimed, perhaps empty.
-    std::function<void(Refused why, const analytics::platform::Caller& caller)> refused;
-    LeaderFollowers pool; // goes first
+    LeaderFollowers pool;             // goes first
 };
 
 // One accepted connection: agrees on TLS, reads a whole request, authenticates its sender, has it served,
@@ -62,7 +51,8 @@ struct Served
 class Connection final : public EventHandler
 {
   public:
-    Connection(Accepted accepted, Served& server);
+    // `socket` doesn't block; `peer` is unspecified if it is none of IP.
+    Connection(analytics::platform::FileHandle socket, const boost::asio::ip::address& peer, Served& server);
     ~Connection() override;
 
     Wish Continue(Cause cause) override;
@@ -80,13 +70,14 @@ class Connection final : public EventHandler
     };
     using Outcome = requestmetrics::ConnectionOutcome;
 
-    void Within(std::chrono::milliseconds time);
+    void Within(std::chrono::milliseconds time) { m_deadline = Clock::now() + time; }
     Wish OnDeadline();
     Wish OnEnding();
     Wish Go();
     Wish Await(const StreamResult& result);
     Wish Open();
     void CountHandshake(const StreamResult& result) const;
+    void NoteRefused(requestmetrics::Refused why, const std::string& name = "") const;
     Wish ReadRequest();
     StreamResult ReadSome(std::span<char> room);
     Wish AwaitRoom();
@@ -97,11 +88,13 @@ class Connection final : public EventHandler
     Wish Refuse(Refusal reason);
     Wish Serve();
     std::string Answer(std::string& identity);
+    analytics::platform::Caller CallerNamed(const std::string& name) const;
     Wish Send(std::string answer);
     Wish SendMore();
     Wish End();
     Wish Linger();
     void CountRequest(bool delivered);
+
     Served& m_server;
     const boost::asio::ip::address m_peer;
     std::optional<Stream> m_stream;

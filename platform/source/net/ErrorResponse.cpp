@@ -110,4 +110,24 @@ std::string ErrorResponse(Refusal refusal, const Limits& limits, SoapVersion ver
            "Connection: close\r\n\r\n" + (head ? "" : body);
 }
 
+// A name may hold whatever a certificate can.
+std::string IdentityFields(const analytics::platform::Caller& caller)
+{
+    std::string name;
+    for (const char letter : caller.name)
+    {
+        if (letter > ' ' && letter < 127 && letter != '%' && letter != ';')
+        {
+            name += letter;
+            continue;
+        }
+        const auto byte = static_cast<unsigned char>(letter);
+        name += '%';
+        name += "0123456789ABCDEF"[byte / 16];
+        name += "0123456789ABCDEF"[byte % 16];
+    }
+    return std::string("\r\nVarlo-Analytics-Version: ") + VERSION + "\r\nVarlo-Analytics-Caller: " + name +
+           "; role=" + analytics::platform::NameOf(caller.role);
+}
+
 } // namespace tarno::osa

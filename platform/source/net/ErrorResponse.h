@@ -1,6 +1,7 @@
 #pragma once
 
-#include "net/Limits.h"
+#include "net/ServerSettings.h"
+#include "request/Request.h"
 
 #include <string>
 
@@ -40,5 +41,8 @@ std::size_t HeaderLimit(std::size_t maxRequestBytes);
 // The answer to HEAD is the same without the body.
 std::string ErrorResponse(Refusal refusal, const Limits& limits, SoapVersion version = SoapVersion::Soap11,
                           bool head = false);
+
+// What a client is told of the service and of itself, for the head of its answer: "\r\nNAME: VALUE" each.
+std::string IdentityFields(const analytics::platform::Caller& caller);
 
 } // namespace tarno::osa

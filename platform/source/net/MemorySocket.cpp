@@ -1,9 +1,13 @@
 #include "net/MemorySocket.h"
 
 #include <tarno/osa/SocketException.h>
+#include <tarno/osa/TcpServer.h>
+#include <tarno/osa/TcpSocket.h>
 
 #include <algorithm>
+#include <atomic>
 #include <limits>
+#include <memory>
 #include <utility>
 
 namespace tarno::osa
@@ -14,52 +18,63 @@ namespace
 constexpr unsigned kPiecesToALook = 256;
 constexpr std::size_t kUsualAnswer = 2000; // bytes; most are shorter
 
+// A request and its answer, while an acceptor has them to itself.
+struct Exchange
+{
+    std::string request;
+    const std::function<bool()> gone;
+    std::size_t read = 0;
+    std::string answer = {};
+    unsigned pieces = 0; // of the answer
+    bool peerGone = false;
+    std::atomic<bool> over = false;
+};
+
+class MemorySocket final : public TcpSocket
+{
+  public:
+    explicit MemorySocket(std::shared_ptr<Exchange> exchange) : m_exchange(std::move(exchange)) {}
+
+    // The real socket has the size that the server was given; there is nothing to set here.
+    void SetBufferSize(unsigned int /*bytes*/) const override {}
+    void SendAll(const void* data, unsigned int size) override
+    {
+        Exchange& all = *m_exchange;
+        if (all.over)
+            throw SocketException(SocketException::kInvalid,
+                                  "The connection has been given back to the server");
+        // Answers come in many small pieces, and it is a system call to look.
+        all.peerGone = all.peerGone || (++all.pieces % kPiecesToALook == 0 && all.gone());
+        if (all.peerGone)
+            throw SocketException(SocketException::kError, "The client has closed the connection");
+        if (all.answer.empty())
+            all.answer.reserve(kUsualAnswer);
+        all.answer.append(static_cast<const char*>(data), size);
+    }
+    int Recv(void* data, unsigned int size, unsigned int /*timeout*/) override
+    {
+        constexpr unsigned int kMost = std::numeric_limits<int>::max();
+        Exchange& all = *m_exchange;
+        const std::size_t count = all.request.copy(static_cast<char*>(data), std::min(size, kMost), all.read);
+        all.read += count;
+        return static_cast<int>(count);
+    }
+
+  private:
+    const std::shared_ptr<Exchange> m_exchange;
+};
+
 } // namespace
 
-Exchange::Exchange(std::string request, std::function<bool()> gone)
-    : m_request(std::move(request)), m_gone(std::move(gone))
+std::string AnswerOf(ITcpSocketAccept& acceptor, std::string request, std::function<bool()> gone)
 {
-}
-
-std::size_t Exchange::Read(void* data, std::size_t size)
-{
-    const std::size_t count = m_request.copy(static_cast<char*>(data), size, m_read);
-    m_read += count;
-    return count;
-}
-
-void Exchange::Write(const void* data, std::size_t size)
-{
-    if (m_over)
-        throw SocketException(SocketException::kInvalid, "The connection has been given back to the server");
-    // Answers come in many small pieces, and it is a system call to look.
-    m_peerGone = m_peerGone || (++m_pieces % kPiecesToALook == 0 && m_gone());
-    if (m_peerGone)
-        throw SocketException(SocketException::kError, "The client has closed the connection");
-    if (m_answer.empty())
-        m_answer.reserve(kUsualAnswer);
-    m_answer.append(static_cast<const char*>(data), size);
-}
-
-std::string Exchange::Finish()
-{
-    m_over = true;
-    std::string().swap(m_request);
-    m_read = 0;
-    return std::move(m_answer);
-}
-
-MemorySocket::MemorySocket(std::shared_ptr<Exchange> exchange) : m_exchange(std::move(exchange)) {}
-
-// The real socket has the size that the server was given; there is nothing to set here.
-void MemorySocket::SetBufferSize(unsigned int /*bytes*/) const {}
-
-void MemorySocket::SendAll(const void* data, unsigned int size) { m_exchange->Write(data, size); }
-
-int MemorySocket::Recv(void* data, unsigned int size, unsigned int /*timeout*/)
-{
-    constexpr unsigned int kMost = std::numeric_limits<int>::max();
-    return static_cast<int>(m_exchange->Read(data, std::min(size, kMost)));
+    const auto exchange = std::make_shared<Exchange>(std::move(request), std::move(gone));
+    acceptor.AcceptSocket(new MemorySocket(exchange)); // which owns it from here on
+    // The answer ends here even if the acceptor couldn't release its socket.
+    exchange->over = true;
+    exchange->read = 0;
+    std::string().swap(exchange->request);
+    return std::move(exchange->answer);
 }
 
 } // namespace tarno::osa

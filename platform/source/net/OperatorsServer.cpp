@@ -1,25 +1,19 @@
 #include "net/OperatorsServer.h"
 
-#include "access/AccessSettings.h"
 #include "metrics/Health.h"
 #include "metrics/Metrics.h"
-#include "settings/Configuration.h"
 
 #include <analytics/Platform.h>
-#include <analytics/Settings.h>
 #include <tarno/osa/TcpSocket.h>
 
 #include <array>
-#include <limits>
+#include <memory>
 #include <sstream>
 
 namespace tarno::osa
 {
-using analytics::Settings;
 namespace
 {
-
-constexpr int kDefaultMetricsPort = 9464;
 
 // A few programs that ask now and then.
 Limits FewLimits()
@@ -43,47 +37,7 @@ std::string Response(const char* status, const std::string& body, const std::str
            "Cache-Control: no-store\r\nConnection: close\r\n\r\n" + (method == "HEAD" ? "" : body);
 }
 
-} // namespace
-
-std::optional<ListenOptions> OperatorsServer::Configured()
-{
-    if (Settings::GetValues("//server/metrics").empty())
-        return std::nullopt;
-    ListenOptions options;
-    options.settledBy = "<metrics> in the settings document";
-    if (const std::string address = Settings::GetValue("//server/metrics/@address"); !address.empty())
-        options.address = address;
-    const int port = Settings::GetValue("//server/metrics/@port", kDefaultMetricsPort);
-    options.port = static_cast<std::uint16_t>(
-        port >= 0 && port <= std::numeric_limits<std::uint16_t>::max() ? port : kDefaultMetricsPort);
-    if (ReachedFromOutside(options.address) && Settings::GetValue("//server/metrics/@insecure") != "1")
-        throw AccessFault(
-            analytics::platform::CurrentConfiguration().settingsFile + ": " + options.address +
-            " can be reached from outside, and everybody there could read the metrics; set the address "
-            "of metrics to 127.0.0.1, or insecure=\"1\" if its network is guarded");
-    return options;
-}
-
-std::unique_ptr<OperatorsServer> OperatorsServer::FromSettings()
-{
-    const auto options = Configured();
-    return options ? std::make_unique<OperatorsServer>(*options) : nullptr;
-}
-
-OperatorsServer::OperatorsServer(const ListenOptions& options)
-    : m_server(*this, FewLimits(), {}, true), m_url(m_server.Start(options))
-{
-}
-
-void OperatorsServer::AcceptSocket(TcpSocket* socket)
-{
-    const std::unique_ptr<TcpSocket> owned(socket);
-    std::array<char, 4096> room;
-    const int count = socket->Recv(room.data(), room.size(), 0);
-    const std::string answer = OperatorsAnswer({room.data(), static_cast<std::size_t>(count)});
-    socket->SendAll(answer.data(), static_cast<unsigned int>(answer.size()));
-}
-
+// The whole answer to a request, of which the first line counts.
 std::string OperatorsAnswer(const std::string& request)
 {
     std::istringstream line(request);
@@ -104,6 +58,22 @@ std::string OperatorsAnswer(const std::string& request)
         return Response("405 Method Not Allowed", "Ask by the method GET\n", method, kSentence,
                         path == "/metrics" ? "Allow: GET\r\n" : "Allow: GET, HEAD\r\n");
     return Response("404 Not Found", "There are /healthz and /metrics\n", method);
+}
+
+} // namespace
+
+OperatorsServer::OperatorsServer(const ListenOptions& options)
+    : m_server(*this, FewLimits(), {}, true), m_url(m_server.Start(options))
+{
+}
+
+void OperatorsServer::AcceptSocket(TcpSocket* socket)
+{
+    const std::unique_ptr<TcpSocket> owned(socket);
+    std::array<char, 4096> room;
+    const int count = socket->Recv(room.data(), room.size(), 0);
+    const std::string answer = OperatorsAnswer({room.data(), static_cast<std::size_t>(count)});
+    socket->SendAll(answer.data(), static_cast<unsigned int>(answer.size()));
 }
 
 } // namespace tarno::osa

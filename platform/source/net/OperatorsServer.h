@@ -4,8 +4,6 @@
 
 #include <tarno/osa/TcpServer.h>
 
-#include <memory>
-#include <optional>
 #include <string>
 
 namespace tarno::osa
@@ -16,10 +14,6 @@ namespace tarno::osa
 class OperatorsServer final : private ITcpSocketAccept
 {
   public:
-    // Where the settings have it listen, if anywhere. Throws AccessFault, with what to do about it.
-    static std::optional<ListenOptions> Configured();
-    // Null if the settings name none. Throws AccessFault or SocketException, with what to do about it.
-    static std::unique_ptr<OperatorsServer> FromSettings();
     // Throws SocketException.
     explicit OperatorsServer(const ListenOptions& options);
 
@@ -31,8 +25,5 @@ class OperatorsServer final : private ITcpSocketAccept
     Server m_server;
     std::string m_url;
 };
-
-// The whole answer to a request, of which the first line counts.
-std::string OperatorsAnswer(const std::string& request);
 
 } // namespace tarno::osa

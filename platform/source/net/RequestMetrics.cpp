@@ -130,6 +130,13 @@ Counter Handshakes(const char* kind)
 }
 std::array<Counter, 3> gHandshakes = {Handshakes("full"), Handshakes("resumed"), Handshakes("failed")};
 
+Counter Refusals(const char* reason)
+{
+    return Counter("varlo_access_refused_total", "Requests that were refused for who sent them.",
+                   std::string("reason=\"") + reason + '"');
+}
+std::array<Counter, 3> gRefused = {Refusals("password"), Refusals("throttled"), Refusals("certificate")};
+
 } // namespace
 
 std::size_t OperationOf(std::string_view request)
@@ -181,5 +188,7 @@ void CountEnded(ConnectionOutcome outcome)
 }
 
 void Count(Handshake handshake) { gHandshakes[static_cast<std::size_t>(handshake)].Add(); }
+
+void Count(Refused why) { gRefused[static_cast<std::size_t>(why)].Add(); }
 
 } // namespace tarno::osa::requestmetrics

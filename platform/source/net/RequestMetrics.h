@@ -45,6 +45,15 @@ enum class Handshake
 };
 void Count(Handshake handshake);
 
+// Why somebody didn't get in.
+enum class Refused
+{
+    Password,
+    Throttled,
+    Certificate
+};
+void Count(Refused why);
+
 } // namespace requestmetrics
 
 } // namespace tarno::osa

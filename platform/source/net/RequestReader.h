@@ -10,8 +10,6 @@
 namespace tarno::osa
 {
 
-class RequestParser;
-
 // Frames one HTTP/1.x request out of the bytes of a connection, in whatever pieces they come, without
 // doing any input or output itself. What it yields is for a reader that knows nothing of framing: the
 // request line as it came, the fields without Authorization, Expect, Transfer-Encoding and the sender's
@@ -56,6 +54,8 @@ class RequestReader
     std::string TakeRequest();
 
   private:
+    class Parser;
+
     bool LooksLikeHttp(std::string_view start) const;
     // Takes from the front of `rest` what can be used.
     Outcome Parse(std::string_view& rest);
@@ -64,9 +64,9 @@ class RequestReader
     Outcome Refuse(Refusal reason);
 
     const std::size_t m_maxBytes;
-    std::unique_ptr<RequestParser> m_parser; // made at the first byte: a silent connection costs nothing
-    std::string m_pending;                   // what the parser couldn't use yet
-    std::size_t m_received = 0;              // all bytes as they came, framing included
+    std::unique_ptr<Parser> m_parser; // made at the first byte: a silent connection costs nothing
+    std::string m_pending;            // what the parser couldn't use yet
+    std::size_t m_received = 0;       // all bytes as they came, framing included
     bool m_headerDone = false;
     bool m_moreCame = false;
     Refusal m_reason = Refusal::NotHttp;

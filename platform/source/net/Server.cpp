@@ -1,23 +1,37 @@
 #include "net/Server.h"
 
-#include "audit/AuditTrail.h"
-#include "metrics/Metrics.h"
-
 #include <tarno/osa/SocketException.h>
+
+#include <boost/asio/error.hpp>
+#include <boost/asio/io_context.hpp>
+#include <boost/asio/ip/tcp.hpp>
+
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <sys/socket.h>
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
 #include <new>
+#include <sstream>
 #include <system_error>
 #include <utility>
 
 namespace tarno::osa
 {
-using analytics::platform::Counter;
+using analytics::platform::FileHandle;
 using analytics::platform::MutexLock;
 namespace
 {
+
+namespace asio = boost::asio;
+using Error = boost::system::error_code;
+using Tcp = asio::ip::tcp;
+
+// Listening socket, event queue, profile store, plug-in files, the host's own.
+constexpr std::size_t kFilesForTheRest = 64;
+constexpr std::chrono::minutes kWarningInterval(1); // to look whether there is something to warn of
 
 // Room for a fair number of the largest requests, and more if they are small.
 std::size_t MemoryFor(const Limits& limits)
@@ -25,45 +39,105 @@ std::size_t MemoryFor(const Limits& limits)
     return std::max<std::size_t>(67'108'864, 16 * limits.maxRequestBytes);
 }
 
-Counter Refusals(const char* reason)
-{
-    return Counter("varlo_access_refused_total", "Requests that were refused for who sent them.",
-                   std::string("reason=\"") + reason + '"');
-}
-std::array<Counter, 3> gRefused = {Refusals("password"), Refusals("throttled"), Refusals("certificate")};
-
-constexpr std::array kReasons = {"no user with this password", "too many wrong passwords from this address",
-                                 "no valid client certificate"};
-
-void NoteRefused(Refused why, const analytics::platform::Caller& caller)
-{
-    gRefused[static_cast<std::size_t>(why)].Add();
-    analytics::platform::AuditRefusedAccess(caller, kReasons[static_cast<std::size_t>(why)]);
-}
-
-constexpr std::chrono::minutes kWarningInterval(1); // to look whether there is something to warn of
-
 // Nothing is wanting: the next connection can be accepted at once.
 bool IsPassing(int error) { return error == EINTR || error == ECONNABORTED || error == EAGAIN; }
 
+struct Advice
+{
+    int error;
+    const char* text;
+};
+
+constexpr std::array kAdvice = {
+    Advice{asio::error::address_in_use,
+           " is in use by another program; stop it or choose another port with "},
+    Advice{asio::error::access_denied,
+           " needs privileges that this process lacks; choose a port above 1023 with "},
+    Advice{EADDRNOTAVAIL, " is no address of this machine; choose one that it has with "},
+};
+
+template <class T>
+std::string Text(const T& value)
+{
+    std::ostringstream text;
+    text << value;
+    return text.str();
+}
+
+std::string Sentence(const Tcp::endpoint& endpoint, const Error& error, const std::string& settledBy)
+{
+    const auto* const row =
+        std::find_if(kAdvice.begin(), kAdvice.end(),
+                     [&error](const Advice& advice) { return advice.error == error.value(); });
+    if (row != kAdvice.end())
+        return Text(endpoint) + row->text + settledBy;
+    return Text(endpoint) + " can't be listened on (" + error.message() + "); choose another with " +
+           settledBy;
+}
+
+Tcp::endpoint EndpointOf(const ListenOptions& options)
+{
+    Error error;
+    const auto address = asio::ip::make_address(options.address, error);
+    if (error)
+        throw SocketException(
+            SocketException::kBindError,
+            "\"" + options.address +
+                "\" is no numeric IPv4 or IPv6 address; choose one such as 127.0.0.1 with " +
+                options.settledBy);
+    return {address, options.port};
+}
+
 } // namespace
 
-// Accepts one connection after the other, on whichever thread gets there first. That thread goes on with the
-// connection, and the next one accepts.
-class Server::Acceptor final : public EventHandler
+std::size_t ConnectionsAllowed(std::size_t wanted)
+{
+    rlimit files = {};
+    if (getrlimit(RLIMIT_NOFILE, &files) != 0 || files.rlim_cur == RLIM_INFINITY)
+        return wanted;
+    const auto all = static_cast<std::size_t>(files.rlim_cur);
+    return std::min(wanted, all > kFilesForTheRest ? all - kFilesForTheRest : 1);
+}
+
+void CheckAddress(const ListenOptions& options) { EndpointOf(options); }
+
+// The listening socket. It accepts one connection after the other, on whichever thread gets there first. That
+// thread goes on with the connection, and the next one accepts.
+class Server::Listener final : public EventHandler
 {
   public:
-    explicit Acceptor(Server& server) : m_server(server), m_descriptor(server.m_listener.Descriptor()) {}
+    explicit Listener(Server& server) : m_server(server) {}
 
+    std::string Listen(const ListenOptions& options)
+    {
+        const Tcp::endpoint endpoint = EndpointOf(options);
+        try
+        {
+            Open(endpoint, options);
+            return options.scheme + "://" + Text(m_acceptor.local_endpoint()) + "/";
+        }
+        catch (const boost::system::system_error& failure)
+        {
+            Close();
+            throw SocketException(SocketException::kBindError,
+                                  Sentence(endpoint, failure.code(), options.settledBy));
+        }
+    }
+    // The port is free from then on.
+    void Close()
+    {
+        Error ignored; // It listens no more, whatever the system says.
+        m_acceptor.close(ignored);
+    }
     Wish Continue(Cause cause) override
     {
         if (cause == Cause::Ending)
         {
-            m_server.m_listener.Close();
+            Close();
             return Wish::Nothing;
         }
         m_deadline = Clock::time_point::max();
-        int reason = ENOMEM;
+        int reason = ENOMEM; // One reason more to wait for a better time.
         std::shared_ptr<Connection> connection;
         try
         {
@@ -71,7 +145,6 @@ class Server::Acceptor final : public EventHandler
         }
         catch (const std::bad_alloc&)
         {
-            // One reason more to wait for a better time.
         }
         if (connection != nullptr)
             return GoOn(std::move(connection));
@@ -83,29 +156,50 @@ class Server::Acceptor final : public EventHandler
     int Descriptor() const override { return m_descriptor; }
 
   private:
+    void Open(const Tcp::endpoint& endpoint, const ListenOptions& options)
+    {
+        m_acceptor.open(endpoint.protocol());
+        m_acceptor.non_blocking(true);
+        // A program that this process starts gets none of it.
+        fcntl(m_acceptor.native_handle(), F_SETFD, FD_CLOEXEC);
+        m_acceptor.set_option(asio::socket_base::reuse_address(true));
+        if (options.bufferBytes > 0)
+        {
+            // Accepted connections inherit them.
+            const int bytes = static_cast<int>(std::min(options.bufferBytes, 1U << 30));
+            m_acceptor.set_option(asio::socket_base::receive_buffer_size(bytes));
+            m_acceptor.set_option(asio::socket_base::send_buffer_size(bytes));
+        }
+        m_acceptor.bind(endpoint);
+        m_acceptor.listen(options.backlog);
+        m_descriptor = m_acceptor.native_handle();
+    }
     std::shared_ptr<Connection> Accept(int& reason)
     {
-        Accepted accepted = m_server.m_listener.Accept();
+        Tcp::endpoint peer; // unspecified if it is none of IP
+        socklen_t size = static_cast<socklen_t>(peer.capacity());
+        FileHandle socket(accept4(m_descriptor, peer.data(), &size, SOCK_CLOEXEC | SOCK_NONBLOCK));
         reason = errno;
-        return accepted.socket ? std::make_shared<Connection>(std::move(accepted), m_server.m_served)
-                               : nullptr;
+        return socket ? std::make_shared<Connection>(std::move(socket), peer.address(), m_server.m_served)
+                      : nullptr;
     }
     Wish GoOn(std::shared_ptr<Connection> connection)
     {
-        const auto self = std::static_pointer_cast<Acceptor>(shared_from_this());
-        LeaderFollowers& pool = m_server.m_served.pool;
-        if (m_server.Count(self))
-            pool.Wait(self, Wish::Read); // another thread may be here from now on
-        pool.Do(std::move(connection), Cause::Ready);
+        if (m_server.Count())
+            m_server.AcceptAgain(); // another thread may be here from now on
+        m_server.m_served.pool.Do(std::move(connection), Cause::Ready);
         return Wish::Nothing;
     }
 
     Server& m_server;
-    const int m_descriptor;
+    asio::io_context m_context; // which nothing runs in
+    Tcp::acceptor m_acceptor{m_context};
+    int m_descriptor = -1;
 };
 
 Server::Server(ITcpSocketAccept& acceptor, const Limits& limits, Access access, bool forOperators)
     : m_maxConnections(ConnectionsAllowed(limits.maxConnections)),
+      m_listener(std::make_shared<Listener>(*this)),
       m_served{.acceptor = acceptor,
                .limits = limits,
                .access = std::move(access),
@@ -114,7 +208,6 @@ Server::Server(ITcpSocketAccept& acceptor, const Limits& limits, Access access, 
                .memory = Budget(MemoryFor(limits)),
                .ending = false,
                .ended = [this] { Ended(); },
-               .refused = NoteRefused,
                .pool = LeaderFollowers(limits.workers)}
 {
 }
@@ -123,7 +216,7 @@ Server::~Server() { Stop(); }
 
 std::string Server::Start(const ListenOptions& options)
 {
-    std::string url = m_listener.Listen(options);
+    std::string url = m_listener->Listen(options);
     try
     {
         m_served.pool.Start();
@@ -131,7 +224,7 @@ std::string Server::Start(const ListenOptions& options)
     catch (const std::system_error& failure)
     {
         m_served.pool.Stop();
-        m_listener.Close();
+        m_listener->Close();
         throw SocketException(SocketException::kError,
                               std::string("The server's threads can't be started (") + failure.what() +
                                   "); allow the process more threads");
@@ -143,44 +236,44 @@ std::string Server::Start(const ListenOptions& options)
         warn();
         m_warnings.emplace(kWarningInterval, warn);
     }
-    m_served.pool.Wait(std::make_shared<Acceptor>(*this), EventHandler::Wish::Read);
+    AcceptAgain();
     return url;
 }
 
-bool Server::Count(const std::shared_ptr<Acceptor>& acceptor)
+bool Server::Count()
 {
     const MutexLock hold(m_lock);
-    if (++m_connections < m_maxConnections)
-        return true;
-    m_paused = acceptor;
-    return false;
+    m_paused = ++m_connections >= m_maxConnections;
+    return !m_paused;
 }
 
 void Server::Ended()
 {
-    std::shared_ptr<Acceptor> goesOn;
+    bool goesOn = false;
     {
         const MutexLock hold(m_lock);
-        goesOn = std::exchange(m_paused, nullptr);
+        goesOn = std::exchange(m_paused, false);
         if (--m_connections == 0)
             m_idle.Wake();
     }
-    if (goesOn != nullptr)
-        m_served.pool.Wait(std::move(goesOn), EventHandler::Wish::Read);
+    if (goesOn)
+        AcceptAgain();
 }
+
+void Server::AcceptAgain() { m_served.pool.Wait(m_listener, EventHandler::Wish::Read); }
 
 void Server::StopAccepting()
 {
     m_served.ending = true;
     m_listening = false;
     m_served.pool.End();
-    std::shared_ptr<Acceptor> ends;
+    const auto wasPaused = [this]
     {
         const MutexLock hold(m_lock);
-        ends = std::exchange(m_paused, nullptr);
-    }
-    if (ends != nullptr)
-        m_served.pool.Wait(std::move(ends), EventHandler::Wish::Read);
+        return std::exchange(m_paused, false);
+    };
+    if (wasPaused())
+        AcceptAgain(); // for the last time
 }
 
 bool Server::Drain(std::chrono::milliseconds limit)
@@ -220,7 +313,7 @@ void Server::Stop()
                        if (m_served.access.passwords != nullptr)
                            m_served.access.passwords->Stop();
                        m_served.pool.Stop();
-                       m_listener.Close();
+                       m_listener->Close();
                    });
 }
 

@@ -1,8 +1,7 @@
 #pragma once
 
 #include "net/Connection.h"
-#include "net/Limits.h"
-#include "net/Listener.h"
+#include "net/ServerSettings.h"
 #include "threads/Mutex.h"
 #include "threads/Ticker.h"
 
@@ -18,6 +17,13 @@ namespace tarno::osa
 {
 
 class ITcpSocketAccept;
+
+// As many of `wanted` connections as the process may have files open now, less those that the rest
+// of it needs; at least one.
+std::size_t ConnectionsAllowed(std::size_t wanted);
+
+// Throws SocketException with a sentence for the operator if the address is none.
+void CheckAddress(const ListenOptions& options);
 
 // One server: a thread of its pool accepts a connection and takes it as far as its bytes carry it: handshake,
 // request, password, answer. What has to wait for something goes on when that has come, on any of the
@@ -35,7 +41,8 @@ class Server
     Server(const Server&) = delete;
     Server& operator=(const Server&) = delete;
 
-    // Once. Listens and serves from then on; returns the URL. Throws SocketException.
+    // Once. Listens and serves from then on; returns the URL. Throws SocketException (kBindError) with a
+    // sentence for the operator.
     std::string Start(const ListenOptions& options);
     bool Listening() const { return m_listening; }
     // See analytics::platform::DrainServer.
@@ -50,21 +57,22 @@ class Server
     std::size_t WaitingRequests() { return m_served.pool.WaitingForSlot(); }
 
   private:
-    class Acceptor;
+    class Listener;
 
-    bool Count(const std::shared_ptr<Acceptor>& acceptor); // false: that is as many as are allowed
+    bool Count(); // false: that is as many as are allowed
     void Ended();
+    void AcceptAgain();
     void StopAccepting();
 
     const std::size_t m_maxConnections;
     std::atomic<bool> m_listening = false;
     std::once_flag m_stopped;
-    Listener m_listener;
+    const std::shared_ptr<Listener> m_listener;
 
     analytics::platform::Mutex m_lock;
     analytics::platform::CondVar m_idle;
     std::size_t m_connections ANALYTICS_GUARDED_BY(m_lock) = 0;
-    std::shared_ptr<Acceptor> m_paused ANALYTICS_GUARDED_BY(m_lock); // until a connection ends
+    bool m_paused ANALYTICS_GUARDED_BY(m_lock) = false; // until a connection ends
 
     Served m_served;                                       // goes before all that its connections use
     std::optional<analytics::platform::Ticker> m_warnings; // of certificates

@@ -4,10 +4,9 @@
 #include "audit/AuditTrail.h"
 #include "files/FileText.h"
 #include "files/StandardError.h"
-#include "net/ConfiguredEndpoint.h"
-#include "net/Limits.h"
 #include "net/OperatorsServer.h"
 #include "net/Server.h"
+#include "net/ServerSettings.h"
 #include "threads/Mutex.h"
 
 #include <analytics/PluginManager.h>
@@ -63,7 +62,7 @@ std::vector<std::string> MistakesInAddresses()
 try
 {
     CheckAddress({.address = ConfiguredEndpoint("kestrile-server", 0).address});
-    if (const auto operators = OperatorsServer::Configured())
+    if (const auto operators = ConfiguredMetrics())
         CheckAddress(*operators);
     return {};
 }
@@ -115,9 +114,12 @@ std::string TcpServer::Loop::Start(ITcpSocketAccept* acceptor, unsigned short ba
     const char* const scheme = access.tls == nullptr ? "http" : "https";
     // A thread that waits for memory, or for others' part of a commit, leaves its turn to others.
     analytics::platform::Event::OnWaiting(LeaderFollowers::Blocked);
-    auto operators = access.roles ? OperatorsServer::FromSettings() : nullptr;
-    if (operators != nullptr)
+    std::unique_ptr<OperatorsServer> operators;
+    if (const auto metrics = access.roles ? ConfiguredMetrics() : std::nullopt)
+    {
+        operators = std::make_unique<OperatorsServer>(*metrics);
         analytics::platform::Say("metrics on " + operators->Url());
+    }
     analytics::platform::OpenAuditTrail();
     const auto loop = std::make_shared<Server>(*acceptor, LimitsFromSettings(), std::move(access));
     std::string url = loop->Start({endpoint.address, endpoint.port, backlog, m_bufferBytes, scheme});

@@ -34,6 +34,9 @@ struct Caller
     std::string request; // 8 hexadecimal digits
 };
 
+// Under a new number. `name` is as it was proved or claimed.
+Caller NewCaller(const std::string& name, const std::string& peer);
+
 // Null outside of a request, and in one whose host asks nobody who he is: then all is allowed. Lives as long
 // as the scope.
 const Caller* CurrentCaller();

@@ -1,6 +1,6 @@
 // The server as the service and the host know it, with the settings that it is started with.
 
-#include "net/ConfiguredEndpoint.h"
+#include "net/ServerSettings.h"
 #include "platform/net/ServerFixture.h"
 
 #include <analytics/Platform.h>
@@ -117,7 +117,10 @@ TEST_F(TcpServerTest, TakesDefaultsForLimitsThatMakeNoSense)
 {
     Configure("<maxConnections>0</maxConnections><maxRequestBytes>-5</maxRequestBytes>"
               "<requestSeconds>soon</requestSeconds>");
+    testing::internal::CaptureStderr();
     EXPECT_EQ(LimitsFromSettings().maxConnections, 1024U);
+    EXPECT_THAT(testing::internal::GetCapturedStderr(), testing::HasSubstr("\"soon\", is no whole number in "
+                                                                           "range; 30 is used"));
     EXPECT_EQ(LimitsFromSettings().maxRequestBytes, 4'194'304U);
     EXPECT_EQ(LimitsFromSettings().requestTime, std::chrono::seconds(30));
 }
