@@ -80,31 +80,29 @@ bool LeaderFollowers::Next(Task& task)
 {
     for (;;)
     {
-        {
-            const MutexLock hold(m_lock);
-            if (m_stopped)
-                return false;
-            if (TakeReady(task))
-                return true;
-        }
-        if (TakeEvent(task))
+        if (m_stopped)
+            return false;
+        if ((m_queued != 0 && TakeReady(task)) || TakeEvent(task))
             return true;
     }
 }
 
 bool LeaderFollowers::TakeReady(Task& task)
 {
-    if (!m_queue.empty() && m_taken < m_slots)
+    const MutexLock hold(m_lock);
+    if (!m_queue.empty() && TakeFreeSlot())
     {
-        ++m_taken;
         task = {std::move(m_queue.front()), Cause::Slot};
         m_queue.pop_front();
-        return true;
     }
-    if (m_ready.empty())
+    else if (!m_ready.empty())
+    {
+        task = std::move(m_ready.front());
+        m_ready.pop_front();
+    }
+    else
         return false;
-    task = std::move(m_ready.front());
-    m_ready.pop_front();
+    --m_queued;
     return true;
 }
 
@@ -153,26 +151,32 @@ Wish LeaderFollowers::Step(EventHandler& handler, Cause cause)
         // Memory ran short: this one ends, the others go on.
     }
     if (cause == Cause::Slot)
-        ReleaseSlot();
+        --m_taken; // This thread takes the next of the queue.
     gSlotOf = nullptr;
     return wish;
 }
 
-bool LeaderFollowers::TakeSlot(const std::shared_ptr<EventHandler>& handler)
+bool LeaderFollowers::TakeFreeSlot()
 {
-    const MutexLock hold(m_lock);
-    const bool free = m_taken < m_slots;
-    if (free)
-        ++m_taken;
-    else
-        m_queue.push_back(handler);
-    return free;
+    std::size_t taken = m_taken;
+    while (taken < m_slots)
+        if (m_taken.compare_exchange_weak(taken, taken + 1))
+            return true;
+    return false;
 }
 
-void LeaderFollowers::ReleaseSlot()
+bool LeaderFollowers::TakeSlot(const std::shared_ptr<EventHandler>& handler)
 {
+    if (TakeFreeSlot())
+        return true;
     const MutexLock hold(m_lock);
-    --m_taken; // This thread takes the next of the queue.
+    m_queue.push_back(handler);
+    ++m_queued;
+    if (!TakeFreeSlot())
+        return false;
+    m_queue.pop_back(); // One was given up meanwhile.
+    --m_queued;
+    return true;
 }
 
 void LeaderFollowers::Blocked(bool begins)
@@ -264,6 +268,7 @@ void LeaderFollowers::End()
 void LeaderFollowers::Push(Task task)
 {
     m_ready.push_back(std::move(task));
+    ++m_queued;
     Ring(1);
 }
 
@@ -334,6 +339,7 @@ void LeaderFollowers::Stop()
     waiting.swap(m_waiting);
     ready.swap(m_ready);
     queue.swap(m_queue);
+    m_queued = 0;
     m_deadlines.clear();
 }
 

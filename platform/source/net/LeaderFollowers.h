@@ -3,6 +3,7 @@
 #include "files/FileHandle.h"
 #include "threads/Mutex.h"
 
+#include <atomic>
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
@@ -106,11 +107,11 @@ class LeaderFollowers
 
     void Run();
     bool Next(Task& task); // false at the end
-    bool TakeReady(Task& task) ANALYTICS_REQUIRES(m_lock);
+    bool TakeReady(Task& task);
     bool TakeEvent(Task& task);
     EventHandler::Wish Step(EventHandler& handler, EventHandler::Cause cause);
+    bool TakeFreeSlot();
     bool TakeSlot(const std::shared_ptr<EventHandler>& handler); // false: it is queued
-    void ReleaseSlot();
     void LeaveSlot(bool leave);
     void Expire();
     bool Claim(EventHandler* handler, Task& task) ANALYTICS_REQUIRES(m_lock);
@@ -132,11 +133,14 @@ class LeaderFollowers
         m_timerSet ANALYTICS_GUARDED_BY(m_lock) = EventHandler::Clock::time_point::max();
     std::deque<Task> m_ready ANALYTICS_GUARDED_BY(m_lock);
     std::deque<std::shared_ptr<EventHandler>> m_queue ANALYTICS_GUARDED_BY(m_lock); // for a slot
-    std::size_t m_taken ANALYTICS_GUARDED_BY(m_lock) = 0;                           // slots
     std::size_t m_blocked ANALYTICS_GUARDED_BY(m_lock) = 0;
     bool m_ending ANALYTICS_GUARDED_BY(m_lock) = false;
-    bool m_stopped ANALYTICS_GUARDED_BY(m_lock) = false;
     std::vector<std::thread> m_threads ANALYTICS_GUARDED_BY(m_lock);
+    // A request takes the lock twice, to be accepted; these spare it the rest. They are changed in such an
+    // order that who queues sees a slot given up just now, or who gives it up sees the queue.
+    std::atomic<std::size_t> m_taken = 0;  // slots
+    std::atomic<std::size_t> m_queued = 0; // as m_queue and m_ready hold; changed under the lock
+    std::atomic<bool> m_stopped = false;   // set under the lock
 };
 
 } // namespace tarno::osa
