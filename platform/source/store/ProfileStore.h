@@ -5,11 +5,14 @@
 #include "audit/AuditTrail.h"
 #include "feed/EngineFeed.h"
 #include "store/ProfileConfigurations.h"
-#include "store/ReadCache.h"
 #include "store/Store.h"
-#include "store/StoreBackup.h"
+#include "store/StoreFiles.h"
+#include "threads/LruCache.h"
 
+#include <cstddef>
+#include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <tuple>
@@ -18,6 +21,48 @@
 
 namespace analytics
 {
+
+namespace platform
+{
+
+// What was last read of a store, by a key, for as long as the store doesn't change. Bounded: those that
+// were used last stay. Any thread.
+template <class Value, class Key = int>
+class ReadCache
+{
+  public:
+    static constexpr std::size_t kMost = 16; // entries
+    static constexpr std::size_t kMostBytes = std::size_t{512} * 1024;
+
+    explicit ReadCache(Store& store) : m_store(store) {}
+
+    // `read` reads the value from the store if it isn't here; what it throws passes through, and so does what
+    // the look at the store throws. `size` tells the bytes of a value.
+    std::shared_ptr<const Value> Get(
+        const Key& key, const std::function<Value()>& read,
+        const std::function<std::size_t(const Value&)>& size = [](const Value&) { return sizeof(Value); })
+    {
+        m_store.Look();
+        const std::uint64_t version = m_store.Version();
+        if (const auto kept = m_kept.Find(key); kept && kept->version == version)
+            return kept->value;
+        auto value = std::make_shared<const Value>(read());
+        m_kept.Put(key, {version, value}, size(*value));
+        return value;
+    }
+
+  private:
+    struct Kept
+    {
+        std::uint64_t version; // of the store, before it was read
+        std::shared_ptr<const Value> value;
+    };
+
+    Store& m_store;
+    LruCache<Key, Kept> m_kept{kMost, kMostBytes};
+};
+
+} // namespace platform
 
 // What the operations of ProfileManager have in common: who may change the store, the line in the audit
 // trail, what the engine is shown, what was last read, and the engine's part of a behavior. That comes before

@@ -4,7 +4,6 @@
 
 #include "metrics/Metrics.h"
 #include "request/Request.h"
-#include "store/StoreBackup.h"
 #include "store/StoreConnection.h"
 
 #include <sqlite3.h>

@@ -3,7 +3,7 @@
 #include "files/FileText.h"
 #include "files/StandardError.h"
 #include "store/CommitGroup.h"
-#include "store/StateFolder.h"
+#include "store/StoreFiles.h"
 #include "threads/Mutex.h"
 
 #include <atomic>

@@ -1,6 +1,6 @@
 // Readings that are used again for as long as they are true.
 
-#include "store/ReadCache.h"
+#include "store/ProfileStore.h"
 
 #include <analytics/Faults.h>
 

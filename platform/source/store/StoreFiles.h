@@ -1,11 +1,35 @@
 #pragma once
 
+#include "files/FileHandle.h"
+
 #include <atomic>
 #include <chrono>
 #include <string>
+#include <utility>
 
 namespace analytics::platform
 {
+
+// Where the profile store lies in its folder.
+inline std::string DatabaseIn(const std::string& folder) { return folder + "/profiles.db"; }
+
+inline std::string FolderOf(const std::string& file) { return file.substr(0, file.rfind('/')); }
+
+// The folder of the profile store, and the lock that keeps a second process out of it until this
+// object goes. One thread at a time.
+class StateFolder
+{
+  public:
+    explicit StateFolder(std::string path) : m_path(std::move(path)) {}
+
+    // Makes the folder where it is missing (mode 0700), and takes the lock. When it has been taken,
+    // takes it anew if the folder isn't the same any more. Throws AnalyticsFault.
+    void Take();
+
+  private:
+    std::string m_path;
+    FileHandle m_lock;
+};
 
 // Copies of the profile store are made by SQLite's own backup: consistent while the store is in use, one file
 // each, mode 0600, checked and on the disk before they get their name. See BackUpStore() and its like.

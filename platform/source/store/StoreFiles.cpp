@@ -1,4 +1,4 @@
-#include "store/StoreBackup.h"
+#include "store/StoreFiles.h"
 
 #include <analytics/Faults.h>
 #include <analytics/Platform.h>
@@ -6,17 +6,19 @@
 #include "files/FileHandle.h"
 #include "files/FileText.h"
 #include "files/StandardError.h"
-#include "store/StateFolder.h"
 #include "store/StoreConnection.h"
 
 #include <SQLiteCpp/Backup.h>
 #include <fcntl.h>
 #include <sqlite3.h>
+#include <sys/file.h>
+#include <sys/stat.h>
 
 #include <cerrno>
 #include <cstdio>
 #include <ctime>
 #include <exception>
+#include <filesystem>
 #include <system_error>
 
 namespace analytics::platform
@@ -31,6 +33,40 @@ constexpr const char* kParts[] = {"-journal", "-shm", "-wal", ""};
 
 bool Exists(const std::string& path) { return StampOf(path).error == 0; }
 std::string Reason() { return std::generic_category().message(errno); }
+
+// Files that were made or renamed in it are so after a power cut only once the folder is on the disk.
+void SyncFolder(const std::string& folder)
+{
+    const FileHandle handle(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (handle)
+        fsync(handle.Get());
+}
+
+void MakeFolder(const std::filesystem::path& folder, mode_t mode)
+{
+    std::error_code error;
+    if (std::filesystem::is_directory(folder, error))
+        return;
+    if (std::filesystem::exists(folder, error))
+        throw AnalyticsFault("The state folder " + folder.string() +
+                             " can't be used: it is no folder; choose another state folder");
+    const std::filesystem::path parent = folder.has_parent_path() ? folder.parent_path() : ".";
+    MakeFolder(parent, 0755);
+    if (mkdir(folder.c_str(), mode) != 0 && errno != EEXIST)
+        throw AnalyticsFault(
+            "The state folder " + folder.string() + " can't be made: " + Reason() +
+            "; make the folder above it writable for the service, or choose another state folder");
+    SyncFolder(parent);
+}
+// Gives a file to the owner of its folder, where this process may: an administrator's command must leave
+// nothing that the service can't open.
+void GiveToOwner(const std::string& file)
+{
+    struct stat folder = {};
+    if (geteuid() == 0 && stat(FolderOf(file).c_str(), &folder) == 0 &&
+        chown(file.c_str(), folder.st_uid, folder.st_gid) != 0)
+        throw AnalyticsFault("The owner of " + file + " can't be set: " + Reason());
+}
 
 std::string Count(int number, const std::string& word)
 {
@@ -195,6 +231,25 @@ std::string AgeOf(const std::string& file)
 }
 
 } // namespace
+
+void StateFolder::Take()
+{
+    std::filesystem::path folder(m_path);
+    MakeFolder(folder.has_filename() ? folder : folder.parent_path(), 0700);
+    const std::string path = m_path + "/lock";
+    if (IsAt(m_lock.Get(), path))
+        return;
+    FileHandle lock(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
+    if (!lock)
+        throw AnalyticsFault("The state folder " + m_path + " can't be used: " + Reason() +
+                             "; it has to be a folder in which the service may write");
+    GiveToOwner(path);
+    if (flock(lock.Get(), LOCK_EX | LOCK_NB) != 0)
+        throw AnalyticsFault(
+            "The state folder " + m_path +
+            " is in use by another process; end that process, or choose another state folder");
+    m_lock = std::move(lock);
+}
 
 void FinishReplacement(const std::string& database)
 {
