@@ -21,10 +21,15 @@ constexpr std::size_t kUsualAnswer = 2000; // bytes; most are shorter
 // A request and its answer, while an acceptor has them to itself.
 struct Exchange
 {
+    Exchange(std::string received, std::function<bool()> isGone)
+        : request(std::move(received)), gone(std::move(isGone))
+    {
+    }
+
     std::string request;
     const std::function<bool()> gone;
     std::size_t read = 0;
-    std::string answer = {};
+    std::string answer;
     unsigned pieces = 0; // of the answer
     bool peerGone = false;
     std::atomic<bool> over = false;
