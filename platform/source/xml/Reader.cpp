@@ -56,8 +56,6 @@ class Judge
                  : code == XML_ERROR_NO_ELEMENTS ? "the document ends before its root element does"
                                                  : XML_ErrorString(code),
                  static_cast<int>(XML_GetCurrentColumnNumber(m_parser)) + 1};
-        if (m_survey.elements > m_limits.elements)
-            error.reason = "the document has more than " + std::to_string(m_limits.elements) + " elements";
         return std::nullopt;
     }
 
@@ -78,8 +76,7 @@ class Judge
             judge.Refuse("an element has more than 256 attributes");
         if (++judge.m_depth > kMaxDepth)
             judge.Refuse("the elements are nested too deeply");
-        if (++judge.m_survey.elements > judge.m_limits.elements)
-            judge.Refuse("the document has too many elements");
+        ++judge.m_survey.elements;
     }
     static void End(void* self, const char* /*name*/) { --Self(self).m_depth; }
 

@@ -28,7 +28,6 @@ struct SyntaxError
 struct Limits
 {
     std::size_t bytes = std::size_t{64} << 20U;
-    std::size_t elements = static_cast<std::size_t>(-1);
     // A document type declaration that names a file (<!DOCTYPE a SYSTEM "a.dtd">) is passed over; otherwise
     // it may hold the name alone.
     bool namedType = false;
