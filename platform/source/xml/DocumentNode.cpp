@@ -24,13 +24,6 @@ bool IsName(const std::string& name)
            xml::Check("<" + name + "/>", error);
 }
 
-// The element has no children. Nothing is there for an empty text.
-void SetText(pugi::xml_node element, const std::string& text)
-{
-    if (pugi::xml_text content = element.text(); content || !text.empty())
-        Require(content.set(text.c_str()));
-}
-
 void Set(pugi::xml_node element, const std::string& name, const std::string& value)
 {
     if (IsElement(element) && IsName(name))
@@ -41,11 +34,9 @@ DocumentNode* AddElement(pugi::xml_node parent, const std::string& name, const s
 {
     if (!IsElement(parent) || !IsName(name) || !platform::AdmitAnother())
         return nullptr;
-    const std::string_view prefix = xml::QName(parent.name()).prefix;
-    const pugi::xml_node child =
-        xml::AppendElement(parent, std::string(prefix) + (prefix.empty() ? "" : ":") + name);
-    SetText(child, text);
-    return xml::HandleOf({child, {}});
+    std::string whole(xml::QName(parent.name()).prefix);
+    (whole.empty() ? whole : whole += ':') += name;
+    return xml::HandleOf({xml::AppendElement(parent, whole, text), {}});
 }
 
 // Behind the children of `place`, with the declarations that it needs there. Gives the place of the node.
@@ -88,7 +79,8 @@ void DocumentNode::SetValue(const std::string& value)
     if (!IsElement(node))
         return;
     node.remove_children();
-    SetText(node, text);
+    if (pugi::xml_text content = node.text(); content || !text.empty())
+        Require(content.set(text.c_str()));
 }
 
 int DocumentNode::GetProperty(const std::string& name, int defaultValue)

@@ -2,7 +2,6 @@
 
 #include "xml/Reader.h"
 
-#include <algorithm>
 #include <new>
 #include <optional>
 #include <set>

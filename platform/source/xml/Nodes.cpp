@@ -1,5 +1,7 @@
 #include "xml/Nodes.h"
 
+#include "xml/Reader.h"
+
 #include <algorithm>
 #include <cstdint>
 #include <memory>
@@ -29,6 +31,13 @@ struct Text : pugi::xml_writer
 
     std::string& text;
 };
+
+// Shows the matches of a query until `visit` returns false.
+void ForEach(Tree* tree, const std::string& query, const DocumentNode* context, const Path::Visit& visit)
+{
+    if (tree != nullptr && (context == nullptr || NodeOf(context)))
+        Path::Of(query)->ForEach(*tree, context == nullptr ? tree->document : NodeOf(context), visit);
+}
 } // namespace
 
 DocumentNode* HandleOf(const Match& match)
@@ -53,25 +62,30 @@ std::vector<DocumentNode*> HandlesOf(const std::vector<Match>& matches)
 }
 
 std::vector<Match> All(Tree* tree, const std::string& query, const DocumentNode* context,
-                       const Path::Visit& accept, std::size_t most)
+                       const Path::Visit& accept)
 {
     std::vector<Match> matches;
     const auto take = [&](const Match& match)
     {
         if (!accept || accept(match))
             matches.push_back(match);
-        return matches.size() < most;
+        return true;
     };
-    if (tree != nullptr && (context == nullptr || NodeOf(context)))
-        Path::Of(query)->ForEach(*tree, context == nullptr ? tree->document : NodeOf(context),
-                                 std::ref(take));
+    ForEach(tree, query, context, take);
     return matches;
 }
 
 Match First(Tree* tree, const std::string& query, const DocumentNode* context, const Path::Visit& accept)
 {
-    const std::vector<Match> matches = All(tree, query, context, accept, 1);
-    return matches.empty() ? Match() : matches.front();
+    Match first;
+    const auto take = [&](const Match& match)
+    {
+        if (!accept || accept(match))
+            first = match;
+        return !first.element;
+    };
+    ForEach(tree, query, context, take);
+    return first;
 }
 
 void Remove(const std::vector<Match>& matches)
@@ -98,10 +112,17 @@ pugi::xml_attribute AttributeOf(const DocumentNode& handle)
     return pugi::xml_attribute(reinterpret_cast<pugi::xml_attribute_struct*>(Bits(handle) & ~kAttribute));
 }
 
-pugi::xml_node AppendElement(pugi::xml_node parent, const std::string& name)
+pugi::xml_node AppendElement(pugi::xml_node parent, const std::string& name, const std::string& text)
 {
-    const pugi::xml_node element = parent.append_child(name.c_str());
-    Require(*element.name() != '\0'); // so far as it has none without memory for it
+    static const struct Pattern : pugi::xml_document
+    {
+        Pattern() { Build("<a>b</a>", {}, *this, true); }
+    } pattern;
+    pugi::xml_node element =
+        text.empty() ? parent.append_child() : parent.append_copy(pattern.document_element());
+    Require(element.set_name(name.c_str()));
+    if (!text.empty())
+        Require(element.text().set(text.c_str()));
     return element;
 }
 

@@ -21,7 +21,7 @@ pugi::xml_attribute AttributeOf(const DocumentNode& handle); // null for that of
 // The first matches of a query from `context`, or from the document where that is null, as far as they are
 // accepted. Nothing without a tree.
 std::vector<Match> All(Tree* tree, const std::string& query, const DocumentNode* context,
-                       const Path::Visit& accept = nullptr, std::size_t most = static_cast<std::size_t>(-1));
+                       const Path::Visit& accept = nullptr);
 Match First(Tree* tree, const std::string& query, const DocumentNode* context,
             const Path::Visit& accept = nullptr);
 void Remove(const std::vector<Match>& matches); // with all below them
@@ -37,8 +37,8 @@ T Require(T made)
     return made;
 }
 
-// Behind the children that the parent has.
-pugi::xml_node AppendElement(pugi::xml_node parent, const std::string& name);
+// Behind the children that the parent has. A text is the value of the element, as in one that was read.
+pugi::xml_node AppendElement(pugi::xml_node parent, const std::string& name, const std::string& text = "");
 // Replaces the value of the attribute, or appends it.
 void SetAttribute(pugi::xml_node element, const std::string& name, const std::string& value);
 

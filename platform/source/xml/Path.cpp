@@ -133,22 +133,15 @@ class Path::Walk
     {
     }
 
-    // A path with a prefix that the document doesn't bind finds nothing.
+    // A path with a prefix that the document doesn't bind finds nothing. In a plain one no element has it.
     bool Bind(const Tree& tree)
     {
-        std::string_view prefix;
-        std::string_view space;
-        for (const Step& step : m_path.m_steps)
+        const auto bind = [&](const Step& step)
         {
-            if (step.prefix != prefix)
-                space = step.prefix.empty() ? step.prefix : FirstBinding(tree, step.prefix);
-            prefix = step.prefix;
-            if (space.empty() != prefix.empty())
-                return false;
-            if (!m_plain)
-                m_wanted.push_back(space);
-        }
-        return true;
+            m_wanted.push_back(step.prefix.empty() ? step.prefix : FirstBinding(tree, step.prefix));
+            return m_wanted.back().empty() == step.prefix.empty();
+        };
+        return m_plain || std::ranges::all_of(m_path.m_steps, bind);
     }
 
     // False once the visitor has seen enough.
@@ -201,7 +194,7 @@ class Path::Walk
     {
         const Step& wanted = m_path.m_steps[step];
         if (m_plain && !wanted.any
-                ? node.type() != pugi::node_element || std::strcmp(wanted.text.c_str(), node.name()) != 0
+                ? std::strcmp(wanted.text.c_str(), node.name()) != 0 || node.type() != pugi::node_element
                 : !IsElement(node) || !HasName(node, step))
             return false;
         return wanted.anyOf.empty() ||

@@ -74,7 +74,7 @@ bool ProfileDoc::RuleIsActive(const std::string& ruleId)
     const auto isMark = [&ruleId](pugi::xml_node node)
     {
         const xml::QName name(node.name());
-        return ruleId == node.attribute(kType).value() && name.local == kActiveRule &&
+        return name.local == kActiveRule && ruleId == node.attribute(kType).value() &&
                xml::NamespaceAt(node, name.prefix) == kActiveNamespace;
     };
     if (Content() != nullptr && !ruleId.empty())
