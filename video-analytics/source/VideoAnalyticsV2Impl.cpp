@@ -14,7 +14,7 @@
 namespace
 {
 
-// The generated caller never passes null; whoever else does ends here, in every build.
+// The generated caller never passes null; any other caller that does is stopped here, in every build.
 template <class Request, class Response>
 void CheckArguments(const soap* thesoap, const Request* request, const Response* response)
 {

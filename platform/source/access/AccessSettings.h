@@ -13,7 +13,8 @@ class WatchedFile;
 namespace tarno::osa
 {
 
-// Something that the operator wrote down can't be used. Says which file, which line, and what to do.
+// A file or setting of the operator's can't be used. The text names the file and the line, and says what to
+// do.
 class AccessFault : public std::runtime_error
 {
   public:
@@ -30,7 +31,7 @@ struct AccessSettings
     std::string users;
     std::chrono::seconds sessionTime =
         std::chrono::hours(1); // how long a TLS session can be resumed; 0: not at all
-    bool insecure = false;     // nobody has to be kept out
+    bool insecure = false;     // everybody may use the endpoint
 };
 
 // Those of the endpoint with this name in the settings document. A relative file name counts from the
@@ -47,17 +48,17 @@ void CheckAccess(const AccessSettings& access, const std::string& address);
 // The text of a file that the settings name, as it last stood. Throws AccessFault if it couldn't be read.
 const std::string& TextOf(const analytics::platform::WatchedFile& file);
 
-// Says on standard error that a renewed file is in force, or, with the reason, that what was read before
-// stays so. The same again is said once in 10 seconds. Any thread.
+// Reports on standard error that a changed file is in force, or why it isn't and the former one stays. The
+// same report appears at most once in 10 seconds. Any thread.
 void SayTakenOver(const std::string& path);
 void SayNotTakenOver(const AccessFault& fault);
 
-// What in the text of a settings document isn't known, or can't be used as it stands, each as a sentence that
-// begins with `path` and the line. Also the one mistake of a text that is not well-formed.
+// The unknown names and unusable values in the text of a settings document, a sentence each that begins with
+// `path` and the line; or the one error of a text that is not well-formed.
 std::vector<std::string> MistakesInSettings(const std::string& path, const std::string& text);
 
-// The same of the files that the settings in force name: certificates, revocation lists and users, and
-// whether they leave open what can be reached from outside. `address` is where the service listens.
+// The same for the files that the current settings name (certificates, revocation lists, users), and for an
+// `address` to listen on that can be reached from outside without protection.
 std::vector<std::string> MistakesInAccess(const std::string& address);
 
 } // namespace tarno::osa

@@ -7,7 +7,7 @@
 #include <optional>
 #include <string>
 
-// What a client claims to be, and what that is held against.
+// A client's name and password, and how they are verified.
 namespace tarno::osa
 {
 
@@ -27,15 +27,15 @@ struct BasicCredentials
 // nothing that any user could have: no name, a NUL, more than crypt(3) takes.
 std::optional<BasicCredentials> ParseBasicCredentials(const std::string& authorization);
 
-// Why `hash` is no password hash in the notation of crypt(3) that a password can be held against;
-// empty if it is one. Methods that are broken by now (DES, MD5) are refused like unknown ones.
+// Why `hash` can't be used as a password hash of crypt(3); empty if it can. Broken methods (DES, MD5) are
+// refused like unknown ones.
 std::string WhyNoPasswordHash(const std::string& hash);
 
 // Whether `password` has this hash. Takes as long as the hash was made to cost, whatever the answer.
 bool PasswordMatches(const std::string& password, const std::string& hash);
 
-// Which credentials were found right a short while ago, so that a slow hash isn't paid at every
-// request. What it keeps of them is a hash keyed with a secret of this process. One thread at a time.
+// The credentials that were verified a short while ago, so that not every request pays for a slow hash. They
+// are kept as a hash that is keyed with a secret of this process. One thread at a time.
 class CredentialCache
 {
   public:
@@ -46,11 +46,10 @@ class CredentialCache
 
     CredentialCache();
 
-    // By what the credentials are known here. `hash`, what they are held against, is a part of it: a
-    // changed password makes another key.
+    // The key of the credentials. It depends on `hash`, the user's: a changed password makes another key.
     std::string KeyOf(const BasicCredentials& credentials, const std::string& hash) const;
     bool Knows(const std::string& key, Time now) { return m_known.Find(key, now) != nullptr; }
-    // The one that was found right the longest ago makes room.
+    // When the cache is full, the entry that was verified the longest ago goes.
     void Remember(const std::string& key, Time now) { m_known.Put(key, true, now + kLifetime); }
     void Clear() { m_known.Clear(); }
 
@@ -59,9 +58,8 @@ class CredentialCache
     analytics::platform::TimedCache<bool, kMost> m_known; // all true
 };
 
-// Slows down whoever tries password after password. Each attempt counts as failed until it is found
-// right, so that many at a time don't help. Nobody waits for the attempts of somebody else. One thread
-// at a time.
+// Slows down clients that guess passwords. Each attempt counts as failed until it has succeeded, so that many
+// at a time don't help. An address never waits for the attempts of another. One thread at a time.
 class AttemptThrottle
 {
   public:
@@ -72,11 +70,12 @@ class AttemptThrottle
     static constexpr std::chrono::milliseconds kLongestPause{4000};
     static constexpr std::chrono::seconds kLongestWait{10};
     static constexpr std::chrono::minutes kForgotten{5}; // after the last attempt
-    static constexpr std::size_t kMost = 1024;           // addresses; the one quiet the longest makes room
+    static constexpr std::size_t kMost =
+        1024; // addresses; the one that has been quiet the longest goes first
 
-    // When an attempt that comes `now` may be looked at; nothing if it would have to wait too long.
+    // When an attempt that arrives `now` may be verified; nothing if it would have to wait too long.
     std::optional<Time> Begin(const std::string& who, Time now);
-    // An attempt was right after all.
+    // To be called for an attempt that succeeded.
     void Succeeded(const std::string& who);
 
   private:

@@ -73,7 +73,7 @@ std::string Users::WhyNobody() const
 
 const std::string& Users::HashFor(const std::string& name) const
 {
-    // Of a password that nobody knows.
+    // The hash of no known password.
     static const std::string kNobody = "$2b$05$CCCCCCCCCCCCCCCCCCCCC.E5YPO9kmyuRGyh0XouQYb4YMJKvyOeW";
     if (m_hashes.empty())
         return kNobody;

@@ -19,12 +19,12 @@ class Users
 
     // A sentence for each line that was left out, with `path` and the line.
     const std::vector<std::string>& Mistakes() const { return m_mistakes; }
-    // Why nobody can get in; empty if somebody can.
+    // Why no user can log in; empty if one can.
     std::string WhyNobody() const;
 
     bool Has(const std::string& name) const { return m_hashes.count(name) != 0; }
-    // What to hold a password against. For a name that isn't there it is the hash of somebody else, so
-    // that such a name costs what a wrong password costs.
+    // The hash to compare a password with. For an unknown name it is another user's, so that the answer takes
+    // as long as for a wrong password.
     const std::string& HashFor(const std::string& name) const;
 
   private:
@@ -36,12 +36,12 @@ class Users
     std::vector<std::string> m_mistakes;
 };
 
-// What the settings say that `name` may do: a user, "CN=..." of a certificate, or empty for nobody. Without
-// roles whoever gets in is an administrator, with them who isn't named is a viewer. Of two roles the higher
-// one counts. Throws AnalyticsFault if the settings could never be read.
+// The role that the settings give to `name`: a user, "CN=..." of a certificate, or empty without either. If
+// they define no roles it is administrator; if they do, viewer for a name without one. Of two roles the
+// higher one counts. Throws AnalyticsFault if the settings could never be read.
 analytics::platform::Role RoleOf(const std::string& name);
 
-// All that RoleOf() depends on: while it is the same, so is every role.
+// All that RoleOf() depends on; while this text is equal, so is every role.
 std::string RolesInSettings();
 
 } // namespace tarno::osa

@@ -12,9 +12,8 @@ void Say(const std::string& sentence);
 // The same, unless this was said within the last 10 seconds.
 void SayOnce(const std::string& sentence);
 
-// Something that may stop working for a while. Standard error is told when that begins and when it has
-// ended, at most once in 10 seconds: what breaks and works again all the time is told of now and then. One
-// thread at a time.
+// Something that may stop working for a while. Its beginning and its end are reported on standard error, at
+// most once in 10 seconds, however often it breaks and works again. One thread at a time.
 class Outage
 {
   public:
@@ -27,7 +26,7 @@ class Outage
     void End(const std::string& sentence);
 
   private:
-    bool m_told = false; // that it is ongoing
+    bool m_told = false; // of the beginning, and not yet of the end
     std::optional<Clock::time_point> m_last;
 };
 

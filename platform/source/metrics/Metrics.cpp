@@ -214,8 +214,8 @@ void Add(std::string& text, const std::string& name, const char* type, const std
     text += Head(name, type, help) + Line(name, "", Number(value));
 }
 
-// What Linux knows of this process, by the names that Prometheus' clients have in common. What can't be read
-// is left out.
+// The system's figures of this process, under the names that Prometheus' clients have in common. What can't
+// be read is left out.
 std::string ProcessText()
 {
     std::string text;

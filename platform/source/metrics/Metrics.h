@@ -5,9 +5,9 @@
 #include <cstdint>
 #include <string>
 
-// What the service counts, in the terms of Prometheus. Whoever counts something has a counter at namespace
-// scope, from the start of the process to its end; it is shown from the start, at 0. Counting takes no lock
-// and no memory: each thread counts for itself, and a scrape adds up. Any thread.
+// What the service counts, in the terms of Prometheus. Counters are objects at namespace scope and are shown
+// from the start, at 0. Counting takes no lock and no memory: each thread counts for itself, and a scrape
+// adds up. Any thread.
 namespace analytics::platform
 {
 
@@ -61,7 +61,7 @@ extern Counter gAuditErrors;      // lines that couldn't be written
 extern Counter gEngineFeedErrors; // files that couldn't be written
 extern Counter gRefusedByRole;
 
-// All of them and what the system knows of the process, in Prometheus' text format 0.0.4.
+// All of them and the system's figures of the process, in Prometheus' text format 0.0.4.
 std::string MetricsText();
 
 } // namespace analytics::platform
