@@ -2,7 +2,7 @@
 
 #include "Expect.h"
 
-#include "plugins/Plugin.h"
+#include "plugins/PluginFolder.h"
 #include "xml/Reader.h"
 
 #include <algorithm>

@@ -1,6 +1,5 @@
 #include "SoapIOImpl.h"
 
-#include <tarno/osa/SocketException.h>
 #include <tarno/osa/TcpSocket.h>
 
 #include <soapH.h>

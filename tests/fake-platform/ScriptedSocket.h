@@ -1,6 +1,5 @@
 #pragma once
 
-#include <tarno/osa/SocketException.h>
 #include <tarno/osa/TcpSocket.h>
 
 #include <algorithm>

@@ -6,7 +6,7 @@
 #include <fake-platform/FakePlatform.h>
 
 #include <analytics/Faults.h>
-#include <tarno/osa/SocketException.h>
+#include <tarno/osa/TcpSocket.h>
 
 #include <gtest/gtest.h>
 

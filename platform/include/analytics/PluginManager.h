@@ -1,12 +1,91 @@
 #pragma once
 
-#include <analytics/Manifest.h>
-
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace analytics
 {
+
+// Numbers as in the `type` of a manifest: source, engine, rule, sink. AllPlugin selects every kind.
+enum tagPluginType
+{
+    MediaSourcePlugin = 0,
+    EnginePlugin = 1,
+    RulePlugin = 2,
+    EventSinkPlugin = 3,
+    AllPlugin = 4
+};
+using PluginType = tagPluginType;
+
+// What a plug-in says of itself, for whoever makes a Manifest.
+struct ManifestFields
+{
+    std::string id;    // reverse-domain form, towards the platform
+    std::string alias; // URN form, towards clients
+    std::string name;  // shown to users
+    std::string home;  // the plug-in's folder
+    bool fixedCameraPosition = false;
+    std::uint32_t resourceRequirement = 0;
+    std::vector<std::string> dependencies;
+    std::string type; // source, engine, rule or sink
+    bool supportsAdvancedMode = false;
+};
+
+// The description of one plug-in. A value: a copy doesn't change when the plug-in does. One that no
+// plug-in filled is not valid; its texts and lists are empty, its numbers 0 and its flags false. It is all in
+// this header: nothing of it is asked of the platform's library.
+class Manifest
+{
+  public:
+    Manifest() = default;
+    // Valid if the identifier isn't empty.
+    explicit Manifest(const ManifestFields& fields)
+        : m_id(fields.id),
+          m_alias(fields.alias),
+          m_name(fields.name),
+          m_home(fields.home),
+          m_fixedCameraPosition(fields.fixedCameraPosition),
+          m_resourceRequirement(fields.resourceRequirement),
+          m_dependencies(fields.dependencies),
+          m_type(fields.type),
+          m_supportsAdvancedMode(fields.supportsAdvancedMode)
+    {
+    }
+    Manifest(const Manifest&) = default;
+    Manifest(Manifest&&) noexcept = default;
+    Manifest& operator=(const Manifest&) = default;
+    Manifest& operator=(Manifest&&) noexcept = default;
+    virtual ~Manifest() = default;
+
+    // References live as long as the manifest.
+    const std::string& Id() const { return m_id; }
+    const std::string& Alias() const { return m_alias; }
+    const std::string& Name() const { return m_name; }
+    const std::string& Home() const { return m_home; }
+    const std::string& Type() const { return m_type; }
+    // The Id() or Alias() of each plug-in that this one needs, in the order of the manifest file.
+    std::vector<std::string> Dependencies() const { return m_dependencies; }
+    // What the plug-in costs of Settings::MaxResource(), in the same unit.
+    std::uint32_t ResourceRequirement() const { return m_resourceRequirement; }
+    // True if the plug-in works only while the camera does not move.
+    bool FixedCameraPosition() const { return m_fixedCameraPosition; }
+    bool SupportsAdvancedMode() const { return m_supportsAdvancedMode; }
+    bool Valid() const { return !m_id.empty(); }
+
+  private:
+    std::string m_id;
+    std::string m_alias;
+    std::string m_name;
+    std::string m_home;
+    bool m_fixedCameraPosition = false;
+    std::uint32_t m_resourceRequirement = 0;
+    std::vector<std::string> m_dependencies;
+    std::string m_type;
+    bool m_supportsAdvancedMode = false;
+};
+
+using ManifestArray = std::vector<Manifest>;
 
 // The installed plug-ins, as the plug-in folder holds them at the moment of each call. Objects hold
 // nothing and cost nothing; every one sees the same plug-ins. Any operation may be called from any

@@ -1,6 +1,6 @@
 #include "access/AccessSettings.h"
 
-#include "files/FileText.h"
+#include "files/File.h"
 #include "files/StandardError.h"
 #include "settings/Configuration.h"
 
@@ -15,7 +15,7 @@ namespace tarno::osa
 namespace
 {
 
-constexpr int kLongestSession = 604'800; // seconds; TLS 1.3 knows none beyond a week
+constexpr int kLongestSession = 604'800; // seconds; TLS 1.3 allows none beyond a week
 
 std::string File(const std::string& key)
 {

@@ -1,7 +1,7 @@
 #include "access/AccessSettings.h"
 #include "access/TlsSource.h"
 #include "access/Users.h"
-#include "files/FileText.h"
+#include "files/File.h"
 #include "xml/Reader.h"
 #include "xml/Text.h"
 

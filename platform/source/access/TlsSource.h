@@ -2,7 +2,7 @@
 
 #include "access/AccessSettings.h"
 #include "access/Tls.h"
-#include "files/FileText.h"
+#include "files/File.h"
 #include "threads/Mutex.h"
 
 #include <chrono>
@@ -14,9 +14,9 @@
 namespace tarno::osa
 {
 
-// The TLS context of an endpoint, made anew, which ends all sessions, when one of its files has changed, or
-// what else says who is who: users and roles. While the files can't be used, the last good context stays, and
-// standard error says so once. Any thread.
+// The TLS context of an endpoint. When one of its files, the users or the roles change, it is made again,
+// which ends all sessions. While the files can't be used, the last good context stays, and standard error
+// says so once. Any thread.
 class TlsSource
 {
   public:
@@ -24,7 +24,7 @@ class TlsSource
     explicit TlsSource(const AccessSettings& settings);
 
     std::shared_ptr<TlsContext> Current();
-    // To be called now and then: says once a day what ends soon or has expired.
+    // To be called regularly; reports once a day what expires soon or has expired.
     void Warn(std::chrono::system_clock::time_point now);
 
   private:

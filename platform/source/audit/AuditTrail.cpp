@@ -2,7 +2,7 @@
 
 #include <analytics/Settings.h>
 
-#include "files/FileText.h"
+#include "files/File.h"
 #include "files/StandardError.h"
 #include "metrics/Metrics.h"
 #include "settings/Configuration.h"

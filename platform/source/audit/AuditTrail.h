@@ -2,7 +2,7 @@
 
 #include <analytics/Faults.h>
 
-#include "files/FileHandle.h"
+#include "files/File.h"
 #include "files/StandardError.h"
 #include "request/Request.h"
 #include "threads/Mutex.h"
@@ -55,9 +55,9 @@ AuditLine FormatAudit(const AuditEntry& entry, std::chrono::system_clock::time_p
 // (WITH_SYSTEMD).
 bool SendToJournal(const AuditLine& line);
 
-// Who tries passwords doesn't fill the trail: the first refusal of an address is told at once, the further
-// ones together at the end of each 10 seconds, by user and reason of the last. Those of the addresses beyond
-// the first 1,024 at a time are told together, without their address. One thread at a time.
+// Keeps a client that guesses passwords from filling the trail: the first refusal of an address is reported
+// at once, further ones together every 10 seconds, with user and reason of the last. Addresses beyond the
+// first 1,024 at a time are reported together, without their address. One thread at a time.
 class AccessRefusals
 {
   public:
@@ -65,30 +65,30 @@ class AccessRefusals
     static constexpr std::chrono::seconds kWindow{10};
     static constexpr std::size_t kMost = 1024;
 
-    // What is to be told at once, if anything.
+    // What to report at once, if anything.
     std::vector<AuditEntry> Add(AuditEntry entry, Clock::time_point now);
-    // What is to be told now.
+    // What to report now.
     std::vector<AuditEntry> Due(Clock::time_point now);
-    // What is left to tell, at the end.
+    // What is left to report at the end.
     std::vector<AuditEntry> Rest();
 
   private:
     struct Window
     {
-        AuditEntry last; // counts those that are yet to be told
+        AuditEntry last; // `count`: those not reported yet
         Clock::time_point end;
     };
     std::map<std::string, Window> m_windows; // by address
 };
 
-// Where audit lines go: a file, or the system's journal. A line that can't be written is counted, told on
-// standard error as an outage is, and lost: no request fails for it. Any thread.
+// Where audit lines go: a file, or the system's journal. A line that can't be written is counted,
+// reported on standard error as an outage, and lost: no request fails for it. Any thread.
 class AuditTrail
 {
   public:
     // kJournal, or the path of a file.
     explicit AuditTrail(std::string target);
-    // Writes what refusals of access are yet to be told.
+    // Writes the refusals of access that have not been reported yet.
     ~AuditTrail();
     AuditTrail(const AuditTrail&) = delete;
     AuditTrail& operator=(const AuditTrail&) = delete;
@@ -123,13 +123,13 @@ class AuditTrail
 
 // Adds who is behind it: the caller of the request that this thread serves.
 void Audit(AuditEntry entry) noexcept;
-// A request that doesn't get in, and the sentence why. `caller` holds what is known of it.
+// A request that was refused access, and why, as a sentence. `caller` holds what is known of its sender.
 void AuditRefusedAccess(const Caller& caller, const std::string& reason) noexcept;
-// At the start, and when the files are to be opened anew.
+// At the start, and when files have been renamed.
 void OpenAuditTrail() noexcept;
 
-// Runs a change and writes its line before it returns or throws what the change throws. The change may fill
-// in `entry` what it comes to know.
+// Runs a change and writes its line before it returns or throws what the change throws. The change may
+// complete `entry`.
 template <class Change>
 void Audited(AuditEntry& entry, Change change)
 {

@@ -2,8 +2,7 @@
 
 #include <analytics/Settings.h>
 
-#include "files/FileHandle.h"
-#include "files/FileText.h"
+#include "files/File.h"
 #include "metrics/Metrics.h"
 #include "settings/Configuration.h"
 

@@ -2,7 +2,7 @@
 
 #include <analytics/ProfileManager.h>
 
-#include "files/FileText.h"
+#include "files/File.h"
 #include "files/StandardError.h"
 #include "threads/Mutex.h"
 #include "threads/Ticker.h"

@@ -2,7 +2,7 @@
 
 #include "access/Passwords.h"
 #include "access/Users.h"
-#include "files/FileText.h"
+#include "files/File.h"
 #include "threads/Mutex.h"
 
 #include <boost/asio/ip/address.hpp>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "files/FileHandle.h"
+#include "files/File.h"
 #include "threads/Mutex.h"
 
 #include <atomic>

@@ -1,6 +1,5 @@
 #include "net/MemorySocket.h"
 
-#include <tarno/osa/SocketException.h>
 #include <tarno/osa/TcpServer.h>
 #include <tarno/osa/TcpSocket.h>
 

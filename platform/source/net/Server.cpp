@@ -1,6 +1,6 @@
 #include "net/Server.h"
 
-#include <tarno/osa/SocketException.h>
+#include <tarno/osa/TcpSocket.h>
 
 #include <boost/asio/error.hpp>
 #include <boost/asio/io_context.hpp>

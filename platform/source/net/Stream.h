@@ -1,7 +1,7 @@
 #pragma once
 
 #include "access/Tls.h"
-#include "files/FileHandle.h"
+#include "files/File.h"
 
 #include <memory>
 #include <span>

@@ -2,7 +2,7 @@
 
 #include "access/AccessSettings.h"
 #include "audit/AuditTrail.h"
-#include "files/FileText.h"
+#include "files/File.h"
 #include "files/StandardError.h"
 #include "net/OperatorsServer.h"
 #include "net/Server.h"
@@ -10,7 +10,7 @@
 #include "threads/Mutex.h"
 
 #include <analytics/PluginManager.h>
-#include <tarno/osa/SocketException.h>
+#include <tarno/osa/TcpSocket.h>
 
 #include "plugins/PluginFolder.h"
 #include "settings/Configuration.h"

@@ -1,8 +1,8 @@
-#include "plugins/Plugin.h"
+#include "plugins/PluginFolder.h"
 
 #include <analytics/Faults.h>
 
-#include "files/FileText.h"
+#include "files/File.h"
 #include "xml/Text.h"
 #include "xml/XmlFile.h"
 

@@ -2,7 +2,7 @@
 
 #include <analytics/Faults.h>
 
-#include "files/FileText.h"
+#include "files/File.h"
 #include "files/StandardError.h"
 #include "request/Request.h"
 #include "settings/Configuration.h"

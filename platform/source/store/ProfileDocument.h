@@ -1,6 +1,6 @@
 #pragma once
 
-#include <analytics/Manifest.h>
+#include <analytics/PluginManager.h>
 
 #include <string>
 #include <vector>

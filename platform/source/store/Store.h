@@ -1,6 +1,6 @@
 #pragma once
 
-#include "files/FileText.h"
+#include "files/File.h"
 #include "files/StandardError.h"
 #include "store/CommitGroup.h"
 #include "store/StoreFiles.h"

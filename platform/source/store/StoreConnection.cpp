@@ -2,7 +2,7 @@
 
 #include <analytics/Faults.h>
 
-#include "files/FileText.h"
+#include "files/File.h"
 
 #include <sqlite3.h>
 

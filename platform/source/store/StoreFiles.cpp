@@ -3,8 +3,7 @@
 #include <analytics/Faults.h>
 #include <analytics/Platform.h>
 
-#include "files/FileHandle.h"
-#include "files/FileText.h"
+#include "files/File.h"
 #include "files/StandardError.h"
 #include "store/StoreConnection.h"
 

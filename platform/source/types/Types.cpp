@@ -1,9 +1,8 @@
-// The out-of-line parts of the platform's small types: whoever catches or derives from one across the
-// library's border meets the same type information.
+// The out-of-line parts of the platform's small types, so that code in other libraries that catches one or
+// derives from one has the same type information.
 
 #include <analytics/Faults.h>
 #include <analytics/Mutex.h>
-#include <tarno/osa/SocketException.h>
 #include <tarno/osa/TcpServer.h>
 #include <tarno/osa/TcpSocket.h>
 

@@ -1,4 +1,4 @@
-#include "files/FileText.h"
+#include "files/File.h"
 
 #include "platform/PlatformTest.h"
 

@@ -3,7 +3,6 @@
 #include "net/Server.h"
 #include "platform/net/Client.h"
 
-#include <tarno/osa/SocketException.h>
 #include <tarno/osa/TcpServer.h>
 #include <tarno/osa/TcpSocket.h>
 

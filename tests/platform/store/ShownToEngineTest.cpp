@@ -5,7 +5,7 @@
 #include <ProfileDocConverter.h>
 
 #include "feed/EngineFeed.h"
-#include "files/FileHandle.h"
+#include "files/File.h"
 #include "platform/store/StoreFixture.h"
 
 #include <map>

@@ -1,6 +1,6 @@
 #include <analytics/Faults.h>
-#include <analytics/Manifest.h>
 #include <analytics/Mutex.h>
+#include <analytics/PluginManager.h>
 #include <analytics/Point.h>
 #include <analytics/ProfileManager.h>
 

@@ -2,7 +2,7 @@
 
 #include <SoapRequest.h>
 
-#include <analytics/Manifest.h>
+#include <analytics/PluginManager.h>
 
 #include <string>
 #include <utility>

@@ -1,6 +1,4 @@
-#include "files/FileText.h"
-
-#include "files/FileHandle.h"
+#include "files/File.h"
 
 #include <fcntl.h>
 #include <sys/sysmacros.h>

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cstddef>
 #include <cstdint>
@@ -9,6 +10,33 @@
 
 namespace analytics::platform
 {
+
+// Owns a file descriptor; -1 is none.
+class FileHandle
+{
+  public:
+    FileHandle() = default;
+    explicit FileHandle(int handle) : m_handle(handle) {}
+    FileHandle(FileHandle&& other) noexcept : m_handle(std::exchange(other.m_handle, -1)) {}
+    FileHandle& operator=(FileHandle&& other) noexcept
+    {
+        std::swap(m_handle, other.m_handle);
+        return *this;
+    }
+    ~FileHandle()
+    {
+        if (m_handle >= 0)
+            close(m_handle);
+    }
+
+    int Get() const { return m_handle; }
+    // Closing it is the caller's from then on.
+    int Release() { return std::exchange(m_handle, -1); }
+    explicit operator bool() const { return m_handle >= 0; }
+
+  private:
+    int m_handle = -1;
+};
 
 // Which file a path leads to; links are followed.
 struct FileIdentity
@@ -20,8 +48,8 @@ struct FileIdentity
     bool operator==(const FileIdentity&) const = default;
 };
 
-// Leaves the file's times alone: after somebody has looked at them, some kernels give the next change a time
-// of its own, and whoever writes and syncs the file then pays a second write to the disk each time.
+// Doesn't ask for the file's times: once they were asked for, some kernels give the next change a time of its
+// own, and each sync of a file that is being written costs a second write to the disk.
 FileIdentity IdentityOf(const std::string& path);
 
 // By what one sees that a file isn't what it was. Links are followed.
