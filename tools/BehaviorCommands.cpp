@@ -102,11 +102,11 @@ void EditDocument(Session& session, const BehaviorArguments& arguments)
         session.Out().Result(About(profile, id), "Nothing has been changed.");
 }
 
-using Action = void (*)(Session&, const BehaviorArguments&);
+using BehaviorAction = void (*)(Session&, const BehaviorArguments&);
 
 // A command on one behavior: of a profile, if there is `ofProfile`.
 CLI::App* Add(CLI::App& group, Session& session, const std::string& name, const std::string& description,
-              const std::string& examples, Action action, bool ofProfile,
+              const std::string& examples, BehaviorAction action, bool ofProfile,
               std::shared_ptr<BehaviorArguments> arguments)
 {
     CLI::App* const command = AddCommand(group, session, name, description, examples,

@@ -3,8 +3,6 @@
 #include "Text.h"
 #include "TlsTrouble.h"
 
-#include <cstring>
-
 namespace client
 {
 namespace
@@ -36,13 +34,6 @@ constexpr Hint kHints[] = {
 std::string Text(const char* const* text)
 {
     return text == nullptr || *text == nullptr ? "" : Trimmed(*text);
-}
-
-std::string Sentence(std::string text)
-{
-    if (!text.empty() && std::strchr(".!?", text.back()) == nullptr)
-        text += '.';
-    return text;
 }
 
 std::string OfFault(soap& context)

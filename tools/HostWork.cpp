@@ -2,19 +2,13 @@
 
 #include "Behaviors.h"
 #include "Failure.h"
+#include "Text.h"
 #include "Transfer.h"
 
 namespace client
 {
 namespace
 {
-
-std::string Sentence(std::string text)
-{
-    if (text.empty() || text.back() != '.')
-        text += '.';
-    return text;
-}
 
 void Warn(HostResult& result, const std::string& field, const std::string& text)
 {

@@ -26,7 +26,7 @@ std::string Digest(const std::string& text)
     return digest;
 }
 
-[[noreturn]] void RefuseFile(const std::string& file, const std::string& what)
+[[noreturn]] void RefusePlan(const std::string& file, const std::string& what)
 {
     throw Failure(Exit::Document, file + " " + what + ". 'varlo-analytics plan DIR --out " + file +
                                       "' makes one; a folder that 'export' has written is taken as well");
@@ -88,7 +88,7 @@ Json Written(const Goal& goal, const std::vector<Target>& targets)
 void ReadHeader(const Json& header, const std::string& file, const Target& otherwise, SavedPlan& plan)
 {
     if (header.at("plan") != kVersion)
-        RefuseFile(file, "is the plan of another version of this program");
+        RefusePlan(file, "is the plan of another version of this program");
     plan.goal.options = {header.at("prune"), header.at("run")};
     ProfileDocuments& wanted = plan.goal.wanted;
     wanted.name = header.at("name");
@@ -166,10 +166,10 @@ SavedPlan ReadPlan(const std::string& file, const Target& otherwise)
     }
     catch (const Json::exception&)
     {
-        RefuseFile(file, "is no saved plan, or a damaged one");
+        RefusePlan(file, "is no saved plan, or a damaged one");
     }
     if (!whole || plan.digests.size() != plan.targets.size())
-        RefuseFile(file, "is a saved plan that was cut off");
+        RefusePlan(file, "is a saved plan that was cut off");
     return plan;
 }
 

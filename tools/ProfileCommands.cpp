@@ -7,7 +7,7 @@ namespace client
 namespace
 {
 
-void Show(Session& session)
+void ShowProfiles(Session& session)
 {
     List list{{{"id", "ID"}, {"name", "NAME"}, {"active", "RUNS"}, {"preset", "PRESET"}}, {}};
     for (const Profile& profile : session.Service().Profiles())
@@ -78,7 +78,7 @@ void AddProfileCommands(CLI::App& app, Session& session)
     AddCommand(*group, session, "list", "List all profiles",
                "  varlo-analytics profile list\n"
                "  varlo-analytics --url http://192.168.0.90:8080/ profile list --json",
-               [&session] { Show(session); });
+               [&session] { ShowProfiles(session); });
 
     auto name = std::make_shared<std::string>();
     AddCommand(*group, session, "create", "Create an empty profile",

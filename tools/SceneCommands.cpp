@@ -92,10 +92,10 @@ void ShowExample(Session& session)
     session.Out().Document({}, &SceneModel(), Example(SceneModel(), session.Frame()));
 }
 
-using Action = void (*)(Session&, const SceneArguments&);
+using SceneAction = void (*)(Session&, const SceneArguments&);
 
 CLI::App* Add(CLI::App& group, Session& session, const std::string& name, const std::string& description,
-              const std::string& examples, Action action, std::shared_ptr<SceneArguments> arguments)
+              const std::string& examples, SceneAction action, std::shared_ptr<SceneArguments> arguments)
 {
     CLI::App* const command = AddCommand(group, session, name, description, examples,
                                          [&session, action, arguments] { action(session, *arguments); });

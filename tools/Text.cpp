@@ -72,4 +72,11 @@ std::size_t Width(std::string_view text)
 
 std::string Trimmed(std::string_view text) { return std::string(analytics::xml::Trimmed(text)); }
 
+std::string Sentence(std::string text)
+{
+    if (!text.empty() && std::string_view(".!?").find(text.back()) == std::string_view::npos)
+        text += '.';
+    return text;
+}
+
 } // namespace client

@@ -21,4 +21,7 @@ std::size_t Width(std::string_view text);
 // Without white space in front and behind.
 std::string Trimmed(std::string_view text);
 
+// With a full stop behind it, unless it is empty or ends as a sentence does.
+std::string Sentence(std::string text);
+
 } // namespace client

@@ -134,10 +134,11 @@ void Remove(Session& session, const ZoneArguments& arguments)
           WithoutZone(model, Stored(session, arguments, model).second, arguments.zone));
 }
 
-using Action = void (*)(Session&, const ZoneArguments&);
+using ZoneAction = void (*)(Session&, const ZoneArguments&);
 
 CLI::App* AddOne(CLI::App& group, Session& session, const std::string& name, const std::string& description,
-                 const std::string& examples, Action action, const std::shared_ptr<ZoneArguments>& arguments)
+                 const std::string& examples, ZoneAction action,
+                 const std::shared_ptr<ZoneArguments>& arguments)
 {
     CLI::App* const command = AddCommand(group, session, name, description, examples,
                                          [&session, action, arguments] { action(session, *arguments); });

@@ -38,7 +38,7 @@ std::optional<std::string> Number(const Json& json)
     return std::nullopt;
 }
 
-bool IsNumber(const Field& field)
+bool HoldsNumber(const Field& field)
 {
     return field.kind == Field::Kind::Number || field.kind == Field::Kind::Flag ||
            (field.kind == Field::Kind::Constant && Integer(field.value));
@@ -106,7 +106,7 @@ class Builder
 
     std::optional<std::string> Value(const Field& field, const Json& json, const std::string& pointer)
     {
-        const bool isNumber = IsNumber(field);
+        const bool isNumber = HoldsNumber(field);
         if (field.kind == Field::Kind::Flag && json.is_boolean())
             return json.get<bool>() ? "1" : "0";
         if (const auto number = Number(json); isNumber && number)
