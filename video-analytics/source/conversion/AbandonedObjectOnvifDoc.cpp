@@ -1,4 +1,4 @@
-#include <AbandonedObjectConverter.h>
+#include <AbandonedObjectConfig.h>
 
 #include "frame/StillObjectForms.h"
 

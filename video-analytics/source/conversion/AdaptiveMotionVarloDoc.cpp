@@ -1,4 +1,4 @@
-#include <AdaptiveMotionConverter.h>
+#include <AdaptiveMotionConfig.h>
 
 #include "frame/BehaviorForm.h"
 

@@ -1,4 +1,4 @@
-#include <DirectionalMotionConverter.h>
+#include <DirectionalMotionConfig.h>
 
 #include "frame/BehaviorForm.h"
 

@@ -1,4 +1,4 @@
-#include <LoiteringConverter.h>
+#include <LoiteringConfig.h>
 
 #include "frame/BehaviorForm.h"
 

@@ -1,4 +1,4 @@
-#include <ObjectCountingConverter.h>
+#include <ObjectCountingConfig.h>
 
 #include "frame/BehaviorForm.h"
 #include "frame/ObjectSizes.h"

@@ -1,4 +1,4 @@
-#include <ObjectRemovalConverter.h>
+#include <ObjectRemovalConfig.h>
 
 #include "frame/BehaviorForm.h"
 

@@ -1,4 +1,4 @@
-#include <StoppedVehicleConverter.h>
+#include <StoppedVehicleConfig.h>
 
 #include "frame/StillObjectForms.h"
 
