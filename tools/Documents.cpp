@@ -103,6 +103,11 @@ const DocumentModel& ModelFor(const Source& source)
         const XmlDocument document(source.text, source.name);
         if (!RootOf(SceneModel(), document.Root()).empty())
             return SceneModel();
+        if (std::string_view(document.Root().name()) == "profile")
+            Refuse(source,
+                   "this lists the documents of an exported profile and is none itself; name the files that "
+                   "stand in it",
+                   1);
         const pugi::xml_node behavior = document.First("behavior");
         if (behavior.empty())
             Refuse(source,
