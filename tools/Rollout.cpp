@@ -1,7 +1,7 @@
 #include "Rollout.h"
 
 #include "Failure.h"
-#include "Integer.h"
+#include "Text.h"
 
 #include <algorithm>
 #include <memory>

@@ -2,7 +2,6 @@
 
 #include "Cameras.h"
 #include "Failure.h"
-#include "Integer.h"
 #include "Text.h"
 
 #include <CLI/CLI.hpp>

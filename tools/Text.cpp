@@ -79,4 +79,12 @@ std::string Sentence(std::string text)
     return text;
 }
 
+std::optional<long long> Integer(std::string_view text)
+{
+    long long value = 0;
+    return analytics::xml::ReadInteger(analytics::xml::Trimmed(text), value) == std::errc()
+               ? std::optional(value)
+               : std::nullopt;
+}
+
 } // namespace client

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -23,5 +24,8 @@ std::string Trimmed(std::string_view text);
 
 // With a full stop behind it, unless it is empty or ends as a sentence does.
 std::string Sentence(std::string text);
+
+// The integer in the text, which may have a sign and white space around it.
+std::optional<long long> Integer(std::string_view text);
 
 } // namespace client

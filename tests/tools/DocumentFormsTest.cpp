@@ -67,6 +67,21 @@ TEST(ExamplesTest, PassEveryCheckInAnyFrame)
                 ADD_FAILURE() << model.name << ": " << finding.text;
 }
 
+TEST(ExamplesTest, HaveALineWhereAZoneHasTwoPoints)
+{
+    DocumentModel model = *FindModel("adaptive-motion");
+    for (Element& child : model.root.children)
+        if (child.name == "maxPoints")
+            child.value.front().value = "2";
+    const XmlDocument example(Example(model, Frame()), "the example");
+    EXPECT_EQ(Children(example.First("vertices"), "vertex").size(), 2U);
+    EXPECT_THAT(Check(model, example, Frame()), IsEmpty());
+    const XmlDocument zone(Example(*FindModel("adaptive-motion"), Frame()), "the example");
+    EXPECT_THAT(
+        Check(model, zone, Frame()),
+        testing::Contains(testing::Field(&Finding::text, testing::HasSubstr("too many; 2 are advised"))));
+}
+
 TEST(JsonFormTest, IsTheSameDocument)
 {
     for (const DocumentModel& model : AllModels())

@@ -1,6 +1,5 @@
 #include "documents/Compare.h"
 
-#include "Integer.h"
 #include "Text.h"
 #include "XmlDocument.h"
 #include "documents/Shape.h"

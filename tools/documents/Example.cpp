@@ -20,8 +20,17 @@ std::string Value(const Field& field)
     if (field.name == "active" || field.name == "enable")
         return "1";
     const std::optional<Bounds> advised = Advised(field);
-    return advised ? std::to_string(std::clamp(std::stoll(field.value), advised->min, advised->max))
-                   : field.value;
+    return advised ? std::to_string(std::clamp(field.Number(), advised->min, advised->max)) : field.value;
+}
+
+// As many points of it as a zone is to have: two of them are a line.
+PointList ZoneFor(const DocumentModel& model)
+{
+    PointList zone = kZone;
+    if (const std::optional<Bounds> points = model.ZonePoints();
+        points && points->max < static_cast<long long>(zone.size()))
+        zone.resize(static_cast<std::size_t>(points->max));
+    return zone;
 }
 
 void AddPoints(pugi::xml_node vertices, const PointList& points)
@@ -34,32 +43,32 @@ void AddPoints(pugi::xml_node vertices, const PointList& points)
     }
 }
 
-void Fill(pugi::xml_node node, const Element& element);
+void Fill(pugi::xml_node node, const Element& element, const PointList& zone);
 
-void Add(pugi::xml_node parent, const Element& element)
+void Add(pugi::xml_node parent, const Element& element, const PointList& zone)
 {
     pugi::xml_node node = parent.append_child(element.name.c_str());
     if (!element.key.empty())
         node.append_child("name").text().set(element.key.c_str());
-    Fill(node, element);
+    Fill(node, element, zone);
 }
 
-void Fill(pugi::xml_node node, const Element& element)
+void Fill(pugi::xml_node node, const Element& element, const PointList& zone)
 {
     for (const Field& field : element.attributes)
         node.append_attribute(field.name.c_str()).set_value(Value(field).c_str());
     for (const Element& child : element.children)
-        Add(node, child);
+        Add(node, child, zone);
     if (element.form == Element::Form::Line)
         AddPoints(node, kNoLimit);
     else if (element.form == Element::Form::Points)
-        AddPoints(node, std::string_view(node.parent().name()) == "roi" ? kZone : kExcluded);
+        AddPoints(node, std::string_view(node.parent().name()) == "roi" ? zone : kExcluded);
     else if (element.form == Element::Form::Leaf)
     {
         const std::string text = Value(element.value.front());
-        const bool zone = std::string_view(node.parent().name()) == "roi" && element.name == "name";
-        if (zone || !text.empty())
-            node.text().set(zone ? "Zone 1" : text.c_str());
+        const bool isZone = std::string_view(node.parent().name()) == "roi" && element.name == "name";
+        if (isZone || !text.empty())
+            node.text().set(isZone ? "Zone 1" : text.c_str());
     }
 }
 
@@ -68,7 +77,7 @@ void Fill(pugi::xml_node node, const Element& element)
 std::string Example(const DocumentModel& model, const Frame& frame)
 {
     pugi::xml_document document;
-    Fill(document.append_child(model.root.name.c_str()), model.root);
+    Fill(document.append_child(model.root.name.c_str()), model.root, ZoneFor(model));
     const XmlDocument example(document);
     return XmlDocument(Scaled(example.Text(), Frame(), frame), "the example").Indented();
 }

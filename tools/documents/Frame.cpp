@@ -1,7 +1,7 @@
 #include "documents/Frame.h"
 
 #include "Failure.h"
-#include "Integer.h"
+#include "Text.h"
 #include "XmlDocument.h"
 
 #include <xml/Text.h>

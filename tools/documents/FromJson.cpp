@@ -1,6 +1,6 @@
 #include "documents/DocumentJson.h"
 
-#include "Integer.h"
+#include "Text.h"
 #include "documents/Shape.h"
 
 #include <cmath>

@@ -1,4 +1,4 @@
-#include "Integer.h"
+#include "Text.h"
 #include "documents/Meanings.h"
 #include "documents/Schemas.h"
 #include "documents/Shape.h"

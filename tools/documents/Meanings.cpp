@@ -183,14 +183,15 @@ std::optional<Bounds> Advised(const Field& field)
     std::optional<Bounds> advised = MeaningOf(field.name).advised;
     // A direction may be all of them where that is what it is if nothing is said.
     if (advised)
-        advised->max = std::max(advised->max, std::stoll(field.value));
+        advised->max = std::max(advised->max, field.Number());
     return advised;
 }
 
 std::string BoundsText(const Bounds& bounds)
 {
-    return std::to_string(bounds.min) +
-           (bounds.max == INT_MAX ? " or more" : " to " + std::to_string(bounds.max));
+    return std::to_string(bounds.min) + (bounds.max == INT_MAX      ? " or more"
+                                         : bounds.max == bounds.min ? ""
+                                                                    : " to " + std::to_string(bounds.max));
 }
 
 std::string Choice(const Field& field, long long number)

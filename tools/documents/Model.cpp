@@ -1,5 +1,7 @@
 #include "documents/Model.h"
 
+#include "Text.h"
+
 #include <algorithm>
 
 namespace client
@@ -20,10 +22,12 @@ std::optional<long long> ConstantOf(const Element& root, const std::string& name
     const Element* const child = root.Child(name);
     if (child == nullptr || child->value.empty())
         return std::nullopt;
-    return std::stoll(child->value.front().value);
+    return child->value.front().Number();
 }
 
 } // namespace
+
+long long Field::Number() const { return Integer(value).value(); }
 
 const Element* Element::Child(const std::string& childName) const { return Find(children, childName); }
 

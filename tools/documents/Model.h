@@ -34,6 +34,8 @@ struct Field
     std::string value;             // if missing; of a constant the only one
     Bounds accepted;               // beyond, the service takes the nearest; of a Number or Flag
     std::optional<Bounds> advised; // as the document itself says it
+
+    long long Number() const; // `value`, where that is an integer
 };
 
 // What may stand in one element.

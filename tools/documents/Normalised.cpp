@@ -1,6 +1,5 @@
 #include "documents/Compare.h"
 
-#include "Integer.h"
 #include "Text.h"
 #include "documents/Shape.h"
 
@@ -23,7 +22,7 @@ Json Taken(const Field& field, const Json& given)
         return given.is_string() ? Json(Trimmed(given.get<std::string>())) : Json(field.value);
     const bool isInteger =
         given.is_number_integer() && Bounds{INT_MIN, INT_MAX}.Holds(given.get<long long>());
-    const long long number = isInteger ? given.get<long long>() : std::stoll(field.value);
+    const long long number = isInteger ? given.get<long long>() : field.Number();
     if (field.kind == Field::Kind::Flag)
         return number == 0 ? 0 : 1;
     return std::clamp(number, field.accepted.min, field.accepted.max);

@@ -1,6 +1,6 @@
 #include "documents/Shape.h"
 
-#include "Integer.h"
+#include "Text.h"
 #include "XmlDocument.h"
 
 #include <algorithm>

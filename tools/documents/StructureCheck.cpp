@@ -1,6 +1,5 @@
 #include "documents/StructureCheck.h"
 
-#include "Integer.h"
 #include "Text.h"
 #include "documents/DocumentJson.h"
 #include "documents/Meanings.h"

@@ -76,9 +76,8 @@ class ZoneChecker
         const auto count = static_cast<long long>(zone.points.size());
         if (!advised || advised->Holds(count))
             return;
-        const std::string most = advised->max == INT_MAX ? " or more" : " to " + std::to_string(advised->max);
         Warn(zone, "has " + std::to_string(count) + (count == 1 ? " point" : " points") + ", too " +
-                       (count < advised->min ? "few" : "many") + "; " + std::to_string(advised->min) + most +
+                       (count < advised->min ? "few" : "many") + "; " + BoundsText(*advised) +
                        " are advised");
     }
 

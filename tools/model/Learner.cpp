@@ -1,5 +1,7 @@
 #include "Learner.h"
 
+#include "Text.h"
+
 namespace model
 {
 namespace
@@ -44,9 +46,9 @@ Field FieldOf(const std::string& name, const Values& values)
 {
     if (!IsNumber(values.usual))
         return TextField(name, values);
-    const long long high = std::stoll(values.high);
-    const long long low = std::stoll(values.low);
-    const long long zero = std::stoll(values.zero);
+    const long long high = client::Integer(values.high).value();
+    const long long low = client::Integer(values.low).value();
+    const long long zero = client::Integer(values.zero).value();
     Field field{name, Field::Kind::Number, values.usual, kInteger, std::nullopt};
     if (high == low && high == zero)
         field.kind = Field::Kind::Constant;
@@ -94,7 +96,7 @@ class Learner
             value.kind = Field::Kind::Assigned;
         if (const Field* const min = element.Attribute("min"), * const max = element.Attribute("max");
             min && max)
-            value.advised = Bounds{std::stoll(min->value), std::stoll(max->value)};
+            value.advised = Bounds{min->Number(), max->Number()};
         element.value.push_back(value);
     }
 

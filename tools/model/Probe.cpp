@@ -1,5 +1,7 @@
 #include "Probe.h"
 
+#include "Text.h"
+
 #include <sstream>
 #include <stdexcept>
 
@@ -97,10 +99,7 @@ void Ask(const Convert& convert, const std::string& bare, Answers& answers)
     AskFor(convert, answers, 0, answers.zero);
 }
 
-bool IsNumber(const std::string& text)
-{
-    return !text.empty() && text.find_first_not_of("-0123456789") == std::string::npos;
-}
+bool IsNumber(const std::string& text) { return client::Integer(text).has_value(); }
 
 bool IsLeaf(const pugi::xml_node& element)
 {
