@@ -118,9 +118,9 @@ FileText ReadFile(const std::string& path)
     return file;
 }
 
-bool WatchedFile::Renew()
+bool WatchedFile::Renew(const FileStamp& now)
 {
-    if (m_trusted && StampOf(m_path) == m_last.stamp)
+    if (m_trusted && now == m_last.stamp)
         return false;
     FileText file = ReadFile(m_path);
     m_trusted = file.Missing() || (file.failure.empty() && Settled(file.stamp));

@@ -97,9 +97,10 @@ class WatchedFile
   public:
     explicit WatchedFile(std::string path) : m_path(std::move(path)) {}
 
-    // Looks at the file. True if its text, or the reason why it can't be read, is another than at the
-    // last call; and at the first.
-    bool Renew();
+    // Looks at the file, unless it has the stamp that was seen `now`. True if its text, or the reason why it
+    // can't be read, is another than at the last call; and at the first.
+    bool Renew() { return Renew(StampOf(m_path)); }
+    bool Renew(const FileStamp& now);
     // As it stood at the last Renew().
     const FileText& Last() const { return m_last; }
     const std::string& Path() const { return m_path; }

@@ -71,8 +71,9 @@ class SettingsFile
     // once for each change of the file. Throws AnalyticsFault if it could never be read.
     std::shared_ptr<SettingsDocument> Current()
     {
+        const FileStamp now = StampOf(m_path); // many threads look at a time
         const MutexLock hold(m_lock);
-        if (m_file.Renew())
+        if (m_file.Renew(now))
             Parse(m_file.Last());
         if (!m_document)
             throw AnalyticsFault(m_failure);
