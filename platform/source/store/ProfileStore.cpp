@@ -172,6 +172,12 @@ bool ProfileStore::Change(Role needed, AuditEntry entry, const Operation& operat
 
 void ProfileStore::Write(std::optional<int> profile, const Operation& operation)
 {
+    Commit(profile, operation);
+    CountProfiles();
+}
+
+void ProfileStore::Commit(std::optional<int> profile, const Operation& operation)
+{
     StoreHeld();
     std::optional<EngineState> next;
     m_store.Write(
@@ -188,7 +194,6 @@ void ProfileStore::Write(std::optional<int> profile, const Operation& operation)
     if (next)
         m_feed->Show(std::move(*next));
     m_copy.AfterChange();
-    CountProfiles();
 }
 
 bool ProfileStore::Put(AuditEntry entry, const std::vector<StoredConfiguration>& configurations,
@@ -197,16 +202,16 @@ bool ProfileStore::Put(AuditEntry entry, const std::vector<StoredConfiguration>&
     const int profile = entry.profile.value();
     // Asked on the thread of the request, since the one that commits may be another's.
     const std::int64_t limit = platform::ProfileBytes();
-    return Change(Role::Administrator, std::move(entry),
-                  [&](StoreConnection& connection)
-                  {
-                      RequireIn(connection, profile, refusal);
-                      for (const StoredConfiguration& configuration : configurations)
-                          PutIn(connection, profile, configuration);
-                      platform::RequireStorable(BytesIn(connection, profile), limit);
-                      if (!name.empty() || !preset.empty())
-                          Query(connection, kDescribe, name, preset, profile).Run();
-                  });
+    const auto put = [&](StoreConnection& connection)
+    {
+        RequireIn(connection, profile, refusal);
+        for (const StoredConfiguration& configuration : configurations)
+            PutIn(connection, profile, configuration);
+        platform::RequireStorable(BytesIn(connection, profile), limit);
+        if (!name.empty() || !preset.empty())
+            Query(connection, kDescribe, name, preset, profile).Run();
+    };
+    return Audited(Role::Administrator, entry, [&] { Commit(profile, put); });
 }
 
 // For the metrics. A change that is stored isn't called failed because they can't be read.

@@ -87,6 +87,8 @@ class ProfileStore
     bool Change(platform::Role needed, platform::AuditEntry entry, const Operation& operation);
     // In one transaction, on a profile or on the camera as a whole. What the engine sees of it is shown on
     // return; the number of times that this has changed is stored with the change itself.
+    void Commit(std::optional<int> profile, const Operation& operation);
+    // The same for what may change which profiles there are, or which one is active.
     void Write(std::optional<int> profile, const Operation& operation);
 
     template <class Ask>

@@ -30,7 +30,8 @@ constexpr const char* kLargeDocuments =
 // What isn't XML has no elements: a behavior may be stored as it came.
 bool HasMoreElements(const std::string& text, std::size_t most)
 {
-    if (static_cast<std::size_t>(std::ranges::count(text, '<')) <= most)
+    if (text.size() <= most * kShortestElement ||
+        static_cast<std::size_t>(std::ranges::count(text, '<')) <= most)
         return false;
     xml::SyntaxError ignored;
     const auto survey = xml::Check(text, ignored);
