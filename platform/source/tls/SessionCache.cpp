@@ -3,6 +3,7 @@
 #include <openssl/ssl.h>
 
 #include <algorithm>
+#include <new>
 #include <utility>
 
 namespace tarno::osa
@@ -20,7 +21,8 @@ std::string_view IdOf(const SSL_SESSION* session)
 
 } // namespace
 
-// What OpenSSL calls. The cache is the application's data of the context.
+// What OpenSSL calls, which no exception may cross: without memory, a client shakes hands anew. The cache is
+// the application's data of the context.
 struct SessionCache::Callbacks
 {
     static SessionCache& Of(const SSL_CTX* context)
@@ -29,19 +31,30 @@ struct SessionCache::Callbacks
     }
     static int New(SSL* ssl, SSL_SESSION* session)
     {
-        Of(SSL_get_SSL_CTX(ssl)).Add(Session(session));
-        return 1; // The session is the cache's from now on.
+        try
+        {
+            Of(SSL_get_SSL_CTX(ssl)).Add(session);
+        }
+        catch (const std::bad_alloc&)
+        {
+        }
+        return 0; // The session stays OpenSSL's.
     }
     static SSL_SESSION* Get(SSL* ssl, const unsigned char* id, int size, int* copy)
     {
         *copy = 0; // What is given is the caller's.
-        return Of(SSL_get_SSL_CTX(ssl))
-            .Resume({reinterpret_cast<const char*>(id), static_cast<std::size_t>(size)});
+        try
+        {
+            return Of(SSL_get_SSL_CTX(ssl))
+                .Resume({reinterpret_cast<const char*>(id), static_cast<std::size_t>(size)});
+        }
+        catch (const std::bad_alloc&)
+        {
+            return nullptr;
+        }
     }
     static void Remove(SSL_CTX* context, SSL_SESSION* session) { Of(context).Remove(IdOf(session)); }
 };
-
-void SessionCache::Free::operator()(ssl_session_st* session) const { SSL_SESSION_free(session); }
 
 void SessionCache::Serve(ssl_ctx_st& context, std::chrono::seconds lifetime)
 {
@@ -56,35 +69,45 @@ void SessionCache::Serve(ssl_ctx_st& context, std::chrono::seconds lifetime)
     SSL_CTX_sess_set_remove_cb(&context, Callbacks::Remove);
 }
 
-void SessionCache::Add(Session session)
+void SessionCache::Add(ssl_session_st* session)
 {
+    const int size = i2d_SSL_SESSION(session, nullptr);
+    if (size <= 0)
+        return;
+    Session kept{std::string(IdOf(session)), std::string(static_cast<std::size_t>(size), '\0'),
+                 SSL_SESSION_get_protocol_version(session) >= TLS1_3_VERSION};
+    auto* end = reinterpret_cast<unsigned char*>(kept.der.data());
+    i2d_SSL_SESSION(session, &end);
     const MutexLock hold(m_lock);
     if (m_sessions.size() >= kMost)
         m_sessions.pop_front();
-    m_sessions.push_back(std::move(session));
+    m_sessions.push_back(std::move(kept));
 }
 
 ssl_session_st* SessionCache::Resume(std::string_view id)
 {
-    const MutexLock hold(m_lock);
-    const auto found =
-        std::ranges::find(m_sessions, id, [](const Session& each) { return IdOf(each.get()); });
-    if (found == m_sessions.end())
-        return nullptr;
-    if (SSL_SESSION_get_protocol_version(found->get()) < TLS1_3_VERSION)
+    std::string der;
     {
-        SSL_SESSION_up_ref(found->get());
-        return found->get();
+        const MutexLock hold(m_lock);
+        const auto found = std::ranges::find(m_sessions, id, &Session::id);
+        if (found == m_sessions.end())
+            return nullptr;
+        if (!found->once)
+            der = found->der;
+        else
+        {
+            der = std::move(found->der);
+            m_sessions.erase(found);
+        }
     }
-    SSL_SESSION* const session = found->release();
-    m_sessions.erase(found);
-    return session;
+    const auto* begin = reinterpret_cast<const unsigned char*>(der.data());
+    return d2i_SSL_SESSION(nullptr, &begin, static_cast<long>(der.size()));
 }
 
 void SessionCache::Remove(std::string_view id)
 {
     const MutexLock hold(m_lock);
-    std::erase_if(m_sessions, [id](const Session& each) { return IdOf(each.get()) == id; });
+    std::erase_if(m_sessions, [id](const Session& each) { return each.id == id; });
 }
 
 } // namespace tarno::osa

@@ -5,7 +5,7 @@
 #include <chrono>
 #include <cstddef>
 #include <deque>
-#include <memory>
+#include <string>
 #include <string_view>
 
 struct ssl_ctx_st;
@@ -20,7 +20,8 @@ namespace tarno::osa
 class SessionCache
 {
   public:
-    // The oldest makes room. Some 10 KiB each with a client's certificate.
+    // The oldest makes room. Each is kept in its DER form, some 1 KiB with a client's certificate: an object
+    // of OpenSSL takes ten times that.
     static constexpr std::size_t kMost = 256;
 
     // Makes the sessions of `context` resumable for `lifetime`. The cache outlives the context.
@@ -28,14 +29,15 @@ class SessionCache
 
   private:
     struct Callbacks;
-    struct Free
+    struct Session
     {
-        void operator()(ssl_session_st* session) const;
+        std::string id;
+        std::string der;
+        bool once; // TLS 1.3
     };
-    using Session = std::unique_ptr<ssl_session_st, Free>;
 
-    void Add(Session session);
-    // A reference of the caller's own; null if there is none.
+    void Add(ssl_session_st* session);
+    // The caller's own; null if there is none.
     ssl_session_st* Resume(std::string_view id);
     void Remove(std::string_view id);
 
