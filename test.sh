@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
-# Installs what is missing, builds, and runs every test: as a user builds it, then under
-# AddressSanitizer with UndefinedBehaviorSanitizer, then under ThreadSanitizer, then what an emulated 32-bit Arm can show.
-# The second build fuzzes as well, each program for FUZZ_SECONDS (10). Options go to ctest, as in: ./test.sh -R Settings.
-# PRESETS="dev" runs the first alone, PRESETS="arm64" the last for 64-bit Arm.
+# Installs what is missing, builds, and runs every test: the Debian packages of what ./run.sh builds, all suites under
+# AddressSanitizer with UndefinedBehaviorSanitizer, those of threads under ThreadSanitizer, then what an emulated 32-bit
+# Arm can show. The second build fuzzes as well, each program for FUZZ_SECONDS (10). Options go to ctest, as in:
+# ./test.sh -R Settings.
+# PRESETS="dev" runs all suites without a sanitizer and the packages, PRESETS="arm64" the last for 64-bit Arm.
 set -euo pipefail
 root=$(cd "$(dirname "$0")" && pwd)
 
@@ -10,8 +11,10 @@ root=$(cd "$(dirname "$0")" && pwd)
 cd "$root"
 export UBSAN_OPTIONS=print_stacktrace=1
 rm -f build/asan/fuzz/*.result
-for preset in ${PRESETS:-dev asan tsan armhf}
+for preset in ${PRESETS:-release asan tsan armhf}
 do
+    # Single tests that were asked for aren't the packages'.
+    [ "$preset" != release ] || [ $# -eq 0 ] || continue
     case $preset in
     arm*)
         cmake/install-packages.sh arm
@@ -20,12 +23,10 @@ do
     esac
     cmake --preset "$preset" >/dev/null
     cmake --build --preset "$preset"
-    ctest --preset "$preset" "$@"
-    # The Debian packages of the build as a user builds it, unless single tests were asked for.
-    if [ "$preset" = dev ] && [ $# -eq 0 ]
-    then
-        packaging/test-packages.sh "build/$preset"
-    fi
+    [ "$preset" = release ] || ctest --preset "$preset" "$@"
+    case $preset in
+    release | dev) [ $# -gt 0 ] || packaging/test-packages.sh "build/$preset" ;;
+    esac
 done
 if compgen -G 'build/asan/fuzz/*.result' >/dev/null
 then
