@@ -15,12 +15,12 @@ export LLVM_PROFILE_FILE=$build/lines.profraw
 # What each program is for: files of llvm-cov's report, by a pattern.
 conversion='video-analytics/source/conversion'
 declare -A files=(
-    [reader]='net/Request(Reader|Parser)[.]cpp'
+    [reader]='net/RequestReader[.]cpp'
     [message]='/(source/Soap|schema/Answer[.]cpp|video-analytics/source/[^/]*[.]cpp|platform/source/store/Profile)'
     [behavior]="$conversion/([A-R]|St|frame/)"
     [scene]="$conversion/Scene"
     [engine]="$conversion/.*OnvifDoc|$conversion/frame/.*Rule|store/ProfileDocument|xml/ProfileDoc[.]cpp"
-    [settings]='platform/source/settings/|xml/XmlFile|access/AccessSettings|net/(Limits|ConfiguredEndpoint)[.]cpp'
+    [settings]='platform/source/settings/|xml/XmlFile|access/AccessSettings|net/ServerSettings[.]cpp'
     [manifest]='plugins/Plugin[.]|xml/XmlFile'
     [query]='xml/(Document|DocumentNode|Namespaces|Nodes|Path|Reader|Text)[.]'
     [access]='access/(Passwords|Users)[.]')

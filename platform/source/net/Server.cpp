@@ -128,6 +128,7 @@ class Server::Listener final : public EventHandler
     {
         Error ignored; // It listens no more, whatever the system says.
         m_acceptor.close(ignored);
+        m_descriptor = -1;
     }
     Wish Continue(Cause cause) override
     {

@@ -114,6 +114,7 @@ pugi::xml_attribute AttributeOf(const DocumentNode& handle)
 
 pugi::xml_node AppendElement(pugi::xml_node parent, const std::string& name, const std::string& text)
 {
+    // Only an element that was read, or a copy of one, holds its text itself; else the text is a node more.
     static const struct Pattern : pugi::xml_document
     {
         Pattern() { Build("<a>b</a>", {}, *this, true); }
