@@ -6,17 +6,18 @@
 
 #include <analytics/Platform.h>
 
-#ifdef WITH_SYSTEMD
-#include <systemd/sd-daemon.h>
-#endif
-
 #include <malloc.h>
 #include <signal.h>
 #include <sys/resource.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
+#include <cstddef>
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
 #include <string>
 #include <thread>
@@ -68,11 +69,23 @@ void SetUpAllocator()
     mallopt(M_TRIM_THRESHOLD, kKeptBytes);
 }
 
-void TellSystemd([[maybe_unused]] const std::string& state)
+// By the protocol of sd_notify(3), which is promised to stay: a datagram to the socket that systemd names.
+// Whoever starts the service otherwise names none.
+void TellSystemd(const std::string& state)
 {
-#ifdef WITH_SYSTEMD
-    sd_notify(0, state.c_str());
-#endif
+    const char* const named = std::getenv("NOTIFY_SOCKET");
+    const std::string path = named == nullptr ? "" : named;
+    sockaddr_un address = {};
+    address.sun_family = AF_UNIX;
+    if (path.empty() || path.size() > sizeof address.sun_path)
+        return;
+    path.copy(address.sun_path, path.size());
+    if (path[0] == '@') // of the abstract namespace, whose names begin with a zero
+        address.sun_path[0] = '\0';
+    const int sender = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    sendto(sender, state.data(), state.size(), MSG_NOSIGNAL, reinterpret_cast<const sockaddr*>(&address),
+           static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + path.size()));
+    close(sender);
 }
 
 void ReportListening(const std::string& url)

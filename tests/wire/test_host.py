@@ -275,19 +275,22 @@ class Life(ServiceTest):
 
     def test_readiness_is_told_to_systemd(self):
         self.host.stop()
-        with tempfile.TemporaryDirectory() as folder, socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM) as notify:
-            notify.bind(folder + "/notify")
-            notify.settimeout(60)
-            os.environ["NOTIFY_SOCKET"] = folder + "/notify"
-            try:
-                self.host.start()
-            finally:
-                del os.environ["NOTIFY_SOCKET"]
-            message = notify.recv(4096).decode()
-            self.assertIn("READY=1", message.split("\n"))
-            self.assertIn(self.host.url, message)
-            self.host.stop()
-            self.assertIn("STOPPING=1", notify.recv(4096).decode())
+        with tempfile.TemporaryDirectory() as folder:
+            # A file, or a name without one, which the variable writes with an @ for its first zero.
+            for name in (f"{folder}/notify", f"@{folder}"):
+                with self.subTest(name=name), socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM) as notify:
+                    notify.bind(name.replace("@", "\0"))
+                    notify.settimeout(60)
+                    os.environ["NOTIFY_SOCKET"] = name
+                    try:
+                        self.host.start()
+                    finally:
+                        del os.environ["NOTIFY_SOCKET"]
+                    message = notify.recv(4096).decode()
+                    self.assertIn("READY=1", message.split("\n"))
+                    self.assertIn(self.host.url, message)
+                    self.host.stop()
+                    self.assertEqual("STOPPING=1", notify.recv(4096).decode())
 
     def test_endpoint_of_the_settings(self):
         self.host.stop()

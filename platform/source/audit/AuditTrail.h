@@ -51,8 +51,7 @@ struct AuditLine
 // Texts are cut to 1,024 bytes; bytes that are no UTF-8 become U+FFFD.
 AuditLine FormatAudit(const AuditEntry& entry, std::chrono::system_clock::time_point time);
 
-// Whether the system's journal has taken the line; false where there is none, or none is known to this build
-// (WITH_SYSTEMD).
+// Whether the system's journal has taken the line; false where there is none.
 bool SendToJournal(const AuditLine& line);
 
 // Keeps a client that guesses passwords from filling the trail: the first refusal of an address is reported
