@@ -30,7 +30,7 @@ std::string CheckEndpoint(const std::string& text)
 {
     return ParseEndpoint(text) ? ""
                                : "'" + text +
-                                     "' is no ADDRESS:PORT, such as 127.0.0.1:8080 or [::1]:8080 "
+                                     "' isn't ADDRESS:PORT, such as 127.0.0.1:8080 or [::1]:8080 "
                                      "(port 0 to 65535, 0 takes a free one)";
 }
 

@@ -27,7 +27,8 @@ void* Load(const std::string& file)
 {
     void* const library = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (library == nullptr)
-        throw std::runtime_error(std::string("the API library can't be loaded: ") + dlerror());
+        throw std::runtime_error(std::string("the API library can't be loaded: ") + dlerror() +
+                                 ". Name another one with --library, or install libvarlo-analytics-api1");
     return library;
 }
 
@@ -35,7 +36,8 @@ auto Find(const std::string& file, const char* name)
 {
     void* const symbol = dlsym(Load(file), name);
     if (symbol == nullptr)
-        throw std::runtime_error(file + " is no API library: it has no " + name);
+        throw std::runtime_error(file + " isn't an API library, since it has no " + name +
+                                 ". Name another one with --library");
     return reinterpret_cast<bool (*)()>(symbol);
 }
 

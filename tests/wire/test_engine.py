@@ -117,6 +117,12 @@ class Files(EngineTest):
         self.host.start()
         self.assertEqual(snapshot(self.host.folder / "told" / "engine").sequence, 1)
 
+    def test_a_folder_that_cannot_be_made_is_named_with_the_reason(self):
+        self.host.stop()
+        self.host.options = ["--engine", "/proc/none"]
+        self.host.start()
+        self.assertIn("/proc/none can't be written: No such file or directory; ", self.host.errors[0])
+
     def test_a_start_puts_right_whatever_is_there(self):
         loitering = next(b for b in behaviors_with_zones() if "loitering" in b[0])
         self.create("Car park")

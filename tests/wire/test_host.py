@@ -55,7 +55,7 @@ class BadDays(StartTest):
 
     def test_settings_missing(self):
         self.host.settings = self.host.folder / "none.xml"
-        self.refused_to_start(str(self.host.settings))
+        self.refused_to_start(str(self.host.settings), "No such file", "name another one with --settings")
 
     def test_settings_not_well_formed(self):
         self.host.settings.write_text("<settings>\n  <backlog>5</backlog>\n  <server>\n</settings>\n")
@@ -80,7 +80,7 @@ class BadDays(StartTest):
     def test_library_missing_or_none(self):
         for file, text in (("/nowhere/api.so", "/nowhere/api.so"), (os.environ["PLATFORM"], "StartVarloAnalyticsApi")):
             self.host.options = ["--library", file]
-            self.refused_to_start(text)
+            self.refused_to_start(text, "Name another one with --library")
 
     def test_second_process_on_the_same_store(self):
         self.host.start()
@@ -161,6 +161,7 @@ class BadDays(StartTest):
         broken.mkdir()
         (broken / "manifest.xml").write_text("<manifest>\n<id>x</id>\n")
         self.host.start()
+        self.assertIn("zzz/manifest.xml:3: ", self.host.errors[0])  # before it listens
         for _ in range(3):
             response = self.host.call("GetBehaviorAvailability", profileId=-1)
             self.assertEqual(len(response[0]), len(list(service.DATA.glob("plugins/*.rule.*"))))

@@ -82,6 +82,13 @@ constexpr std::chrono::seconds kRetry{1};
 constexpr mode_t kFileMode = 0640;
 constexpr mode_t kFolderMode = 0750;
 
+// Without the call that failed, which says nothing to a person.
+std::string ReasonOf(const std::exception& failure)
+{
+    const auto* const error = dynamic_cast<const std::system_error*>(&failure);
+    return error != nullptr ? error->code().message() : failure.what();
+}
+
 [[noreturn]] void Throw(int error) { throw std::system_error(error, std::generic_category()); }
 
 std::string TemporaryOf(const std::string& folder, const char* name) { return folder + "/." + name + ".tmp"; }
@@ -170,7 +177,7 @@ void EngineFeed::PutRight()
     {
         gEngineFeedErrors.Add();
         m_outage.Begin(
-            "The files for the engine in " + m_folder + " can't be written: " + error.what() +
+            "The files for the engine in " + m_folder + " can't be written: " + ReasonOf(error) +
             "; the engine reads what was there before. Make room there, or make the folder writable "
             "for the service.");
     }

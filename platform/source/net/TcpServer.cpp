@@ -206,6 +206,20 @@ std::vector<std::string> MistakesInFiles(bool all)
     return mistakes;
 }
 
+// Says what is wrong with them, once for each mistake until it has gone.
+void ReadPlugins()
+{
+    try
+    {
+        ManifestArray manifests;
+        PluginManager().GetManifests(manifests);
+    }
+    catch (const AnalyticsFault& fault)
+    {
+        Say(fault.what());
+    }
+}
+
 } // namespace
 
 bool CheckConfiguration(bool all)
@@ -213,6 +227,8 @@ bool CheckConfiguration(bool all)
     const std::vector<std::string> mistakes = MistakesInFiles(all);
     for (const std::string& mistake : mistakes)
         Say(mistake);
+    if (!all)
+        ReadPlugins();
     return mistakes.empty();
 }
 
@@ -221,8 +237,7 @@ std::size_t Reload()
     RefreshSettings();
     if (const auto server = tarno::osa::RegisteredServer())
         server->RenewAccess();
-    ManifestArray manifests;
-    PluginManager().GetManifests(manifests);
+    ReadPlugins();
     OpenAuditTrail();
     return MistakesInFiles(true).size();
 }

@@ -86,7 +86,8 @@ class SettingsFile
         m_failure.clear();
         xml::SyntaxError error;
         if (!file.failure.empty())
-            m_failure = m_path + ": the settings document can't be read: " + file.failure;
+            m_failure = m_path + ": the settings document can't be read: " + file.failure +
+                        "; put one there that the service may read, or name another one with --settings";
         else if (auto xml = XmlFile::Parse(file.text, error))
             m_document = std::make_shared<SettingsDocument>(std::move(xml));
         else

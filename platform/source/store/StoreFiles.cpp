@@ -108,7 +108,9 @@ auto Explained(const std::string& file, const Action& action)
     catch (const SQLite::Exception& error)
     {
         if (MeansDamage(error.getErrorCode()) || (error.getErrorCode() & kPrimaryCode) == SQLITE_ERROR)
-            throw AnalyticsFault("The file " + file + " is damaged, or no profile store");
+            throw AnalyticsFault(
+                "The file " + file +
+                " is damaged or isn't a profile store; give --restore a copy that --backup has made");
         throw AnalyticsFault(
             ExplainStoreFault(error.getErrorCode(), errno, FolderOf(file), error.what()).sentence);
     }
@@ -260,7 +262,8 @@ std::string BackUpStore(const std::string& folder, const std::string& file)
 {
     const std::string database = DatabaseIn(folder);
     if (!Exists(database))
-        throw AnalyticsFault("There is no profile store in " + folder);
+        throw AnalyticsFault("There is no profile store in " + folder +
+                             "; name the service's folder with --state");
     // A file with no folder in its name is one of the working directory.
     const std::string path = file.find('/') == std::string::npos ? "./" + file : file;
     if (Exists(path))
@@ -271,7 +274,7 @@ std::string BackUpStore(const std::string& folder, const std::string& file)
 std::string RestoreStore(const std::string& folder, const std::string& file)
 {
     if (!Exists(file))
-        throw AnalyticsFault("There is no file " + file);
+        throw AnalyticsFault("There is no file " + file + "; name a copy that --backup has made");
     StateFolder state(folder);
     state.Take();
     const std::string database = DatabaseIn(folder);

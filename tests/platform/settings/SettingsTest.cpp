@@ -254,7 +254,9 @@ TEST_F(SettingsTest, ConfigureNamesAMissingFile)
 {
     m_configuration.settingsFile = Path("none.xml");
     EXPECT_EQ(FaultOf<AnalyticsFault>([this] { Configure(); }),
-              Path("none.xml") + ": the settings document can't be read: No such file or directory");
+              Path("none.xml") +
+                  ": the settings document can't be read: No such file or directory; "
+                  "put one there that the service may read, or name another one with --settings");
 }
 
 TEST_F(SettingsTest, ConfigureNamesFileAndLineOfABrokenOneAlsoIfItOnceWasGood)

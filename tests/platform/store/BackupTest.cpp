@@ -106,7 +106,7 @@ TEST_F(BackupTest, NeverWritesOverAFile)
     EXPECT_THAT(AnalyticsFaultOf([this] { BackUpStore(m_state, Path("none/copy")); }),
                 AllOf(HasSubstr("can't be made: No such file"), HasSubstr("choose a folder")));
     EXPECT_EQ(AnalyticsFaultOf([this] { BackUpStore(Path("empty"), Path("other")); }),
-              "There is no profile store in " + Path("empty"));
+              "There is no profile store in " + Path("empty") + "; name the service's folder with --state");
 }
 
 TEST_F(BackupTest, MakesNoCopyOfADamagedStore)
@@ -115,7 +115,8 @@ TEST_F(BackupTest, MakesNoCopyOfADamagedStore)
     m_manager.reset();
     Damage();
     EXPECT_THAT(AnalyticsFaultOf([this] { BackUp(); }),
-                "The file " + m_database + " is damaged, or no profile store");
+                "The file " + m_database +
+                    " is damaged or isn't a profile store; give --restore a copy that --backup has made");
     EXPECT_FALSE(std::filesystem::exists(m_copy));
     EXPECT_FALSE(std::filesystem::exists(m_copy + ".part"));
 }
@@ -180,12 +181,12 @@ TEST_F(BackupTest, PutsNothingBackThatIsNoStore)
     const auto before = Files();
     Write("copy.db", "no copy at all");
     EXPECT_THAT(AnalyticsFaultOf([this] { RestoreStore(m_state, m_copy); }),
-                HasSubstr("is damaged, or no profile store"));
+                HasSubstr("is damaged or isn't a profile store"));
     Write("empty.db", "");
     EXPECT_THAT(AnalyticsFaultOf([this] { RestoreStore(m_state, Path("empty.db")); }),
-                HasSubstr("is damaged, or no profile store"));
+                HasSubstr("is damaged or isn't a profile store"));
     EXPECT_EQ(AnalyticsFaultOf([this] { RestoreStore(m_state, Path("none")); }),
-              "There is no file " + Path("none"));
+              "There is no file " + Path("none") + "; name a copy that --backup has made");
     EXPECT_EQ(Files(), before);
 }
 
@@ -295,7 +296,8 @@ TEST_F(BackupTest, WithoutASoundCopyItSaysSo)
     Write("state/profiles.db.last", "damaged too");
     const auto before = Files();
     EXPECT_THAT(AnalyticsFaultOf([this] { RecoverStore(m_state); }),
-                "The file " + m_last + " is damaged, or no profile store");
+                "The file " + m_last +
+                    " is damaged or isn't a profile store; give --restore a copy that --backup has made");
     EXPECT_EQ(Files(), before);
     std::filesystem::remove(m_last);
     EXPECT_EQ(AnalyticsFaultOf([this] { RecoverStore(m_state); }),
