@@ -29,7 +29,7 @@ std::string HostOf(const std::string& url);
 void GuardPassword(const Access& access);
 
 // The password of `user`: from the file if one is named, else from VARLO_ANALYTICS_PASSWORD, else asked for
-// at the terminal. Throws Failure if there is none of them, or a file for nobody; nobody has an empty one.
+// at the terminal. Throws Failure without a password, or with a file but no user; without a user it is empty.
 std::string ReadPassword(const std::string& user, const std::string& file);
 
 } // namespace client

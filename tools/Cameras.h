@@ -10,8 +10,8 @@
 namespace client
 {
 
-// A camera by name, or by a line of a hosts file: what a person would say of it on the command line. What
-// is empty isn't said.
+// A camera by name, or by a line of a hosts file: what would otherwise be given as options. Empty fields are
+// not set.
 struct Camera
 {
     std::string name;
@@ -24,12 +24,12 @@ struct Camera
     std::optional<Frame> frame;
 };
 
-// ~/.config/varlo-analytics/cameras.ini, or what XDG_CONFIG_HOME says.
+// ~/.config/varlo-analytics/cameras.ini, or below XDG_CONFIG_HOME.
 std::string CamerasFile();
 // In the order of the file, which may be missing. Names of files count from its folder. Throws Failure with
 // the line of what is wrong.
 std::vector<Camera> ReadCameras();
-// Throws Failure if there is none of the name.
+// Throws Failure if no camera has the name.
 Camera NamedCamera(const std::string& name);
 // Puts it at the end of the file, or takes it out. Throws Failure if the name is taken, or unknown.
 void AddCamera(const Camera& camera);
@@ -40,7 +40,7 @@ void RemoveCamera(const std::string& name);
 // `place`.
 Camera ParseHost(const std::string& line, const std::string& folder, const std::string& place);
 
-// The way to a camera; what it doesn't say is as in `other`. Reads no password.
+// How to access a camera; fields that aren't set are taken from `other`. Reads no password.
 Access AccessOf(const Camera& camera, const Access& other);
 
 } // namespace client

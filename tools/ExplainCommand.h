@@ -9,7 +9,7 @@ namespace client
 
 struct Session;
 
-// Says what the fields of a document mean, or one of them. Throws Failure (usage) if there is none of the
+// Explains the fields of a document, or one of them. Throws Failure (usage) if it has no field of that
 // name.
 void Explain(Session& session, const DocumentModel& model, const std::string& field);
 

@@ -31,7 +31,7 @@ class Failure : public std::runtime_error
     Exit m_code;
 };
 
-// A file or a document can't be used. Knows where, for whoever tells it to a program.
+// A file or a document can't be used. Holds the place, for machine-readable output.
 class DocumentFailure : public Failure
 {
   public:

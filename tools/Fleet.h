@@ -7,9 +7,9 @@
 namespace client
 {
 
-// Work on many hosts, numbered from 0: so many at a time, until it is done or stopped. SIGINT and SIGTERM
-// stop it while Run() is at work: nothing more is begun then, and what has begun has ten seconds to end, or
-// until the next signal.
+// Work on many hosts, numbered from 0: a limited number at a time, until it is done or stopped. SIGINT and
+// SIGTERM stop it while Run() is at work: nothing more is begun then, and what has begun has ten seconds to
+// end, or until the next signal.
 class Fleet
 {
   public:

@@ -12,12 +12,12 @@ namespace client
 class Guard
 {
   public:
-    // Whether any plan of this kind could need somebody to agree.
+    // Whether any plan of this kind could need a confirmation.
     static bool Matters(std::size_t hosts, const PlanOptions& options);
 
     void Count(const HostResult& plan);
-    // What somebody has to agree to: that something is deleted, or that more than 30 % of more than 10 hosts
-    // that answered change; empty if it is neither.
+    // What has to be confirmed: that something is deleted, or that more than 30 % of more than 10 hosts that
+    // answered change; empty if neither.
     std::string Reason() const;
 
   private:
@@ -26,8 +26,8 @@ class Guard
     std::size_t m_deletions = 0;
 };
 
-// Returns once somebody at the terminal has agreed to the reason. Throws Failure: usage without a terminal,
-// refused after another answer than "yes".
+// Asks for confirmation at the terminal, and returns if it was given. Throws Failure: usage without a
+// terminal, refused after another answer than "yes".
 void Agree(const std::string& reason);
 
 } // namespace client

@@ -16,13 +16,13 @@ enum class HostState
     Same,
     Differs,     // planned
     Changed,     // done
-    Failed,      // it may be in between; the error says how far it came
+    Failed,      // it may be changed in part; the error says how far
     Unreachable, // no answer, a wrong certificate or no access
     Skipped,     // not begun; with an error: refused
     Restored     // a write failed, and the host has what it had
 };
 
-// What became of one host.
+// The result for one host.
 struct HostResult
 {
     std::string host; // its URL
@@ -42,7 +42,7 @@ std::string JsonLine(const HostResult& result);
 // Lines for people: the host, and under it what is written and how documents differ.
 std::string Lines(const HostResult& result);
 
-// Tells the hosts apart by what became of them.
+// Counts the hosts by their results.
 class Tally
 {
   public:

@@ -26,15 +26,15 @@ struct Trace
     std::atomic<std::size_t> writes{0}; // begun
 };
 
-// Reads what the host has and tells what would be written. Warns of behaviors that can't be active beside the
+// Reads what the host has and plans what to write. Warns of behaviors that can't be active beside the
 // others. Doesn't throw.
 HostResult PlanHost(const Target& target, const Goal& goal);
 
 // Whether the plan for a host may be carried out; if it says no, it may put the reason into the error.
 using Permission = std::function<bool(HostResult& plan)>;
 
-// Plans, writes what differs, and reads it once more: what came back different is warned of too. If a write
-// fails, the host gets back what it had. Doesn't throw.
+// Plans, writes what differs, and reads it again: also warns of what the service changed. If a write
+// fails, the host is restored. Doesn't throw.
 HostResult ApplyHost(const Target& target, const Goal& goal, const Permission& permission, Trace& trace);
 
 // Of a host on which the work was given up.

@@ -22,8 +22,8 @@ struct Target
 // Throws Failure with the line of what is wrong, also for an address that stands there twice.
 std::vector<Camera> ReadHosts(const std::string& file);
 
-// How to get to the cameras; what isn't said of one is as in `otherwise`. Asks for the password of a user
-// once, and reads files of passwords. Throws Failure.
+// How to access the cameras; fields that aren't set are taken from `otherwise`. Asks for the password of a
+// user once, and reads password files. Throws Failure.
 std::vector<Target> TargetsOf(const std::vector<Camera>& cameras, const Target& otherwise);
 
 } // namespace client

@@ -28,7 +28,7 @@ class Output
     bool m_json;
 };
 
-// A document as a person edits it, an element in each line; what is no XML is left as it is.
+// A document as a person edits it, one element a line; text that isn't XML is left as it is.
 std::string Readable(const std::string& document);
 
 } // namespace client

@@ -41,7 +41,7 @@ struct Step
 struct Found
 {
     std::vector<Profile> profiles;
-    std::optional<Profile> profile; // the one that is meant; nothing: it is to be created
+    std::optional<Profile> profile; // the profile of that name; nothing: it has to be created
     ProfileDocuments documents;     // of that
 
     // Whichever runs; -1: none.
@@ -57,12 +57,12 @@ struct PlanOptions
     bool run = false;
 };
 
-// The writes that make of `found` what is wanted, in the order in which they are to be done; none, if it
-// means the same already. The scene comes last, since no operation takes one away.
+// The writes that turn `found` into `wanted`, in their order; none if both mean the same. The scene comes
+// last, since no operation takes one away.
 std::vector<Step> MakePlan(const ProfileDocuments& wanted, const Found& found, const PlanOptions& options);
 
-// Those of the behaviors that the steps make active that the service wouldn't let be so beside the others of
-// the profile, by what it says. Throws Failure.
+// The behaviors that the steps make active although the service says that they can't be active together with
+// the others of the profile. Throws Failure.
 std::vector<Misfit> Misfits(Service& service, const Found& found, const std::vector<Step>& steps);
 
 // Does the steps on the profile that was found, or on the one that they create, and returns its identifier.

@@ -10,8 +10,8 @@
 namespace client
 {
 
-// A plan as it is written, to be applied later. Its lines are JSON objects: the first holds all that is to be
-// done and where, the last tells that the file is whole, and those between are the plans of the hosts.
+// A plan as it is written, to be applied later. Its lines are JSON objects: the first holds the goal and
+// the hosts, the last marks a complete file, and those between are the plans of the hosts.
 class PlanWriter
 {
   public:

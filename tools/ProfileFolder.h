@@ -31,7 +31,7 @@ struct ProfileDocuments
 // isn't given; then nothing is changed.
 void WriteFolder(const std::string& folder, const ProfileDocuments& profile, bool force);
 
-// Reads what WriteFolder() has written, and files besides the folder's own are out of its reach. Throws
+// Reads what WriteFolder() has written, and never a file outside of the folder. Throws
 // Failure.
 ProfileDocuments ReadFolder(const std::string& folder);
 

@@ -9,12 +9,12 @@ namespace client
 
 class Service;
 
-// Why a behavior can't be active beside others.
+// Why a behavior can't be active together with others.
 struct Unavailability
 {
     enum class Reason
     {
-        Camera, // some need a camera that stands still, others don't
+        Camera, // some need a still camera, others don't
         Number, // no more can be selected
         Budget  // together they cost more than the camera has
     };
@@ -22,11 +22,11 @@ struct Unavailability
     std::string text; // as in "can't be active beside loitering: ..."
 };
 
-// Asks the service about behavior `id` beside the active ones, all by their client identifiers; nothing if it
-// can be active. Changes nothing. Throws Failure.
+// Asks the service whether behavior `id` can be active together with the active ones, all by their client
+// identifiers; nothing if it can. Changes nothing. Throws Failure.
 std::optional<Unavailability> WhyUnavailable(Service& service, const std::vector<std::string>& active,
                                              const std::string& id);
-// A behavior that isn't to be active beside the others, and why not.
+// A behavior that can't be active together with the others, and why.
 struct Misfit
 {
     std::string id;

@@ -10,7 +10,7 @@ namespace client
 struct Session;
 
 // Checks a behavior's document, also whether it can be active beside the others of the profile, stores it and
-// says what came back different. `profile` is its number or its name. Throws
+// reports what the service changed. `profile` is its number or its name. Throws
 // Failure, and then nothing has been sent.
 void StoreBehavior(Session& session, const Source& source, const std::string& profile, const std::string& id);
 

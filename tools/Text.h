@@ -13,7 +13,7 @@ char32_t TakeCharacter(std::string_view& text);
 void AppendCharacter(std::string& text, char32_t character);
 
 // For a terminal: a character that would control it, or turn the direction of writing, becomes its number,
-// as in <U+001B>, and what is no UTF-8 becomes U+FFFD. With `lines`, line breaks and tabs stay.
+// as in <U+001B>, and invalid UTF-8 becomes U+FFFD. With `lines`, line breaks and tabs stay.
 std::string Printable(std::string_view text, bool lines = false);
 
 // Columns that a printable text takes on a terminal.

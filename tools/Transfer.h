@@ -30,7 +30,8 @@ struct Stored
     int id = 0;
     int replaced = 0; // how many profiles it took the place of
     bool runs = false;
-    std::vector<Change> changes; // what came back different, with the document in front of the node
+    std::vector<Change>
+        changes; // what the service stored differently, with the document in front of the node
 };
 
 // Makes a profile of the documents, once it has warned of behaviors that can't be active together. Throws

@@ -20,8 +20,8 @@ struct ConsoleCamera
     Frame frame;
 };
 
-// What the page asks: its own files, the picture, and below /api/ the cameras in JSON. Every request that
-// needs a camera talks to it over a connection of its own.
+// Answers the page: its own files, the picture, and the cameras in JSON below /api/. Every request that needs
+// a camera uses a connection of its own.
 class Console
 {
   public:
@@ -32,7 +32,7 @@ class Console
     WebAnswer Answer(const std::string& method, const std::string& target, const std::string& body);
 
   private:
-    // No operation tells these: known once they have been switched here.
+    // No operation returns these: known once they have been switched here.
     struct Camera
     {
         ConsoleCamera known;

@@ -16,7 +16,7 @@ struct Finding
     };
 
     Level level;
-    long line;         // 0: nobody knows
+    long line;         // 0: unknown
     std::string field; // a JSON pointer into the JSON form of the document
     std::string text;  // a sentence without its full stop
 };

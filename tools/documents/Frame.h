@@ -22,7 +22,7 @@ struct Frame
 Frame ParseFrame(std::string_view text, const std::string& source);
 
 // The document with all its points taken from one frame to another, each axis by its own factor, rounded
-// to the nearest. What isn't a number stays. Throws Failure if the text is no XML.
+// to the nearest. What isn't a number stays. Throws Failure if the text isn't XML.
 std::string Scaled(const std::string& document, const Frame& from, const Frame& to);
 
 } // namespace client

@@ -19,7 +19,7 @@ struct Meaning
     std::vector<std::string> choices; // of 0, 1, 2 and so on
 };
 
-// That of the name; one without words if there is none.
+// The meaning of the field; an empty one if it is unknown.
 const Meaning& MeaningOf(const std::string& name);
 
 // Between which numbers a field is advised to be: those that the document gives, else those of its

@@ -25,7 +25,7 @@ bool InJson(const Element& element);
 // The name that an element has in its parent's JSON form.
 std::string JsonName(const Element& element);
 
-// The points of a list of vertices. What is no number counts as 0.
+// The points of a list of vertices. What isn't a number counts as 0.
 PointList PointsOf(const pugi::xml_node& vertices);
 
 // The document's root in a text that may hold more; empty if there is none.

@@ -16,12 +16,12 @@ struct NamedZone
     PointList points;
 };
 
-// All zones, then all exclude zones. Throws Failure if the text is no XML.
+// All zones, then all exclude zones. Throws Failure if the text isn't XML.
 std::vector<NamedZone> ZonesOf(const DocumentModel& model, const std::string& document);
 
 // Changes of a document, which they give back. An empty text is a behavior without zones, which becomes
 // active with its first one. All throw Failure: if the behavior has no such zones, if the name is taken or
-// if there is no zone of that name, or more than one.
+// if no zone has that name, or more than one has.
 std::string WithZone(const DocumentModel& model, const std::string& document, const NamedZone& zone);
 std::string WithPoints(const DocumentModel& model, const std::string& document, const NamedZone& zone);
 std::string WithoutZone(const DocumentModel& model, const std::string& document, const std::string& name);

@@ -12,28 +12,28 @@ namespace model
 // Stores a document and gives what the service would give back of it.
 using Convert = std::function<std::string(const std::string& document)>;
 
-// What came back of documents of one kind that differ in their values alone: everything as it is if it
-// isn't sent; all numbers far above, far below and 0, with other texts.
+// What the service returned for documents of one kind that differ only in their values: nothing sent;
+// all numbers far above, far below and 0, with other texts.
 struct Answers
 {
     pugi::xml_document usual;
     pugi::xml_document high;
     pugi::xml_document low;
     pugi::xml_document zero;
-    // The elements that came empty and were sent with a zone in them.
+    // The elements that were empty in the default and were sent with a zone in them.
     std::set<std::string> lists;
 
-    // What several elements of one name in one parent are told apart by.
+    // Whether the node distinguishes elements of the same name in one parent.
     bool IsKey(const pugi::xml_node& node) const;
 };
 
 inline constexpr long long kFar = 1000000000;
-// Texts that nobody but us has sent.
+// Texts that only this program sends.
 inline constexpr char kZoneName[] = "Probed zone";
 inline constexpr char kProfileName[] = "Probed profile";
 
 // `bare`: the document that says nothing but what it is of. Throws what the converters and the platform
-// throw, and std::runtime_error if there is no answer.
+// throw, and std::runtime_error without an answer.
 void Ask(const Convert& convert, const std::string& bare, Answers& answers);
 
 bool IsNumber(const std::string& text);
