@@ -1,5 +1,6 @@
 #include "Access.h"
 
+#include "Documents.h"
 #include "Failure.h"
 #include "Text.h"
 
@@ -25,16 +26,19 @@ constexpr char kVariable[] = "VARLO_ANALYTICS_PASSWORD";
 
 [[noreturn]] void RefuseUrl(const std::string& text, const std::string& why)
 {
-    throw Failure(Exit::Usage, "'" + Printable(text) + "' is no address of a service: " + why +
+    throw Failure(Exit::Usage, "'" + Printable(text) + "' isn't the address of a service: " + why +
                                    ". Write it as http://192.168.0.90:8080/ or https://camera.example/");
 }
 
 std::string FirstLineOf(const std::string& file)
 {
-    std::ifstream stream(file);
+    std::string why;
+    std::ifstream stream = OpenFile(file, why);
     std::string line;
-    if (!stream || (!std::getline(stream, line) && stream.bad()))
-        throw Failure(Exit::Usage, "The password can't be read from " + file + ": " + std::strerror(errno) +
+    if (why.empty() && !std::getline(stream, line) && stream.bad())
+        why = std::strerror(errno);
+    if (!why.empty())
+        throw Failure(Exit::Usage, "The password can't be read from " + file + ": " + why +
                                        ". Name a file that can be read with --password-file");
     if (!line.empty() && line.back() == '\r')
         line.pop_back();
@@ -110,7 +114,7 @@ std::string WholeUrl(const std::string& text)
     std::uint16_t number = 0;
     if (port.size() > 5 || port.starts_with('+') ||
         analytics::xml::ReadInteger(port, number) != std::errc() || number == 0)
-        RefuseUrl(text, "its port is no number from 1 to 65535");
+        RefuseUrl(text, "its port isn't a number from 1 to 65535");
     return url;
 }
 

@@ -34,7 +34,7 @@ std::string BehaviorId(const std::string& text)
         names += (names.empty() ? "" : ", ") + model.name;
     }
     throw Failure(Exit::Usage,
-                  "'" + text + "' is no behavior. Name one of " + names + ", or give an identifier");
+                  "'" + text + "' isn't a behavior. Name one of " + names + ", or give an identifier");
 }
 
 std::string BehaviorName(const std::string& id)

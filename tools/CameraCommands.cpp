@@ -10,7 +10,7 @@ namespace client
 namespace
 {
 
-// Of the place where the command runs, since the file of cameras stands elsewhere.
+// Relative to the working directory, since the file of cameras is in another folder.
 std::string Absolute(const std::string& file)
 {
     return file.empty() ? "" : std::filesystem::absolute(file).lexically_normal().string();

@@ -55,7 +55,7 @@ void Take(Camera& camera, const std::string& key, const std::string& value, cons
                                        "cacert, cert, key and frame");
 }
 
-// One of each key and value that a camera has.
+// The keys that a camera sets, with their values.
 std::vector<std::pair<std::string, std::string>> Said(const Camera& camera)
 {
     std::vector<std::pair<std::string, std::string>> said = {
@@ -205,7 +205,7 @@ Camera ParseHost(const std::string& line, const std::string& folder, const std::
     {
         const std::size_t equals = word.find('=');
         if (equals == std::string::npos)
-            throw Failure(Exit::Usage, place + "'" + word + "' is no key=value, as in frame=640x360");
+            throw Failure(Exit::Usage, place + "'" + word + "' isn't key=value, as in frame=640x360");
         Take(camera, word.substr(0, equals), word.substr(equals + 1), folder, place);
     }
     camera.url = WholeUrl(camera.url);

@@ -87,7 +87,7 @@ std::pair<std::string, std::string> UsageOf(const CLI::App* app, const CLI::Erro
     if (error.get_name() == "RequiredError" && !command->get_subcommands({}).empty())
     {
         message = unknown.empty() ? "A command is missing. Name one of"
-                                  : "'" + unknown.front() + "' is no command. Name one of";
+                                  : "'" + unknown.front() + "' isn't a command. Name one of";
         for (const CLI::App* one : command->get_subcommands({}))
             message += " " + one->get_name();
     }

@@ -117,7 +117,7 @@ void Connection::UseTls()
 {
     static std::once_flag once;
     std::call_once(once, [] { soap_ssl_init(); });
-    // The runtime compares names only; OpenSSL itself knows that a camera's address may stand in its
+    // The runtime compares names only; OpenSSL itself also accepts a camera's address in its
     // certificate as well.
     constexpr unsigned short kFlags = SOAP_SSL_REQUIRE_SERVER_AUTHENTICATION | SOAP_SSL_SKIP_HOST_CHECK |
                                       SOAP_SSL_NO_DEFAULT_CA_PATH | SOAP_TLSv1_2 | SOAP_TLSv1_3;

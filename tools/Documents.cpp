@@ -36,7 +36,7 @@ Json ReadJson(const Source& source)
     {
         const auto end =
             source.text.begin() + static_cast<std::ptrdiff_t>(std::min(error.byte, source.text.size()));
-        Refuse(source, "this is no JSON. Nothing has been sent; correct the document and try again",
+        Refuse(source, "this isn't JSON. Nothing has been sent; correct the document and try again",
                1 + std::count(source.text.begin(), end, '\n'));
     }
 }
@@ -92,7 +92,7 @@ const DocumentModel& ModelFor(const Source& source)
     {
         const Json json = Unwrapped(ReadJson(source));
         if (!json.is_object())
-            Refuse(source, "this is no document: it has to be an object, as 'varlo-analytics behavior get "
+            Refuse(source, "this isn't a document: it has to be an object, as 'varlo-analytics behavior get "
                            "--json' writes it");
         if (!json.contains("id") && !json.contains("active") && !json.contains("rois"))
             return SceneModel();

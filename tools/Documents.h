@@ -6,6 +6,7 @@
 #include "documents/Frame.h"
 #include "documents/Model.h"
 
+#include <fstream>
 #include <string>
 
 namespace client
@@ -18,6 +19,8 @@ struct Source
     std::string text;
 };
 
+// Opens a file to read it. `why` says why that isn't possible, and stays as it is otherwise.
+std::ifstream OpenFile(const std::string& file, std::string& why);
 // The whole of a file; "-" is standard input. Throws Failure.
 Source ReadSource(const std::string& file);
 // Replaces the file as a whole, or leaves it alone. Throws Failure.
@@ -41,13 +44,14 @@ std::string AsXml(const Source& source, const DocumentModel& model, Findings& fi
 Findings FindingsOf(const Source& source, const DocumentModel& model, const Frame& frame);
 // A line on standard error for each finding.
 void Tell(const Source& source, const Findings& findings, bool json);
-// Throws Failure if what was found isn't to be sent.
+// Throws Failure if the findings forbid sending the document.
 void Judge(const Source& source, const Findings& findings, const Checking& checking);
 
-// Finds, tells and judges; then gives the document as XML. Without a model only whether it is XML.
+// Checks the document, reports the findings, and returns it as XML. Without a model only checks that it is
+// XML.
 std::string Checked(const Source& source, const DocumentModel* model, const Checking& checking);
 
-// What came back different; nothing of a stored document that is empty, which is how an idle one is.
+// What the service stored differently; nothing if the stored document is empty, as that of an idle one is.
 std::vector<Change> ChangesIn(const DocumentModel* model, const std::string& sent, const std::string& stored);
 List Listed(const std::vector<Change>& changes);
 

@@ -75,10 +75,11 @@ List Table(const std::vector<DocumentField>& fields, bool json)
             {{"label", ""}, {"type", ""}, {"min", ""}, {"max", ""}, {"choices", ""}, {"readOnly", ""}});
     for (const DocumentField& field : fields)
     {
-        const std::string values = field.bounds ? BoundsText(*field.bounds) : "";
-        const bool points = field.type == "points";
-        Row row = {field.path, field.meaning->unit, points && field.bounds ? values + " points" : values,
-                   field.value, json ? field.meaning->text : MeaningText(field)};
+        std::string values = field.bounds ? BoundsText(*field.bounds) : "";
+        if (field.bounds && (field.type == "points" || field.type == "box"))
+            values += " points";
+        Row row = {field.path, field.meaning->unit, values, field.value,
+                   json ? field.meaning->text : MeaningText(field)};
         if (json)
             row.insert(row.end(),
                        {field.meaning->label, field.type, Number(field.bounds, &Bounds::min),

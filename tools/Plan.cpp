@@ -15,7 +15,7 @@ namespace client
 namespace
 {
 
-// Time to give back what a service had, whatever became of the time for the host.
+// Time to restore what a service had, even if the time for the host has run out.
 constexpr std::chrono::seconds kRestore(8);
 
 using Part = Step::Element;

@@ -29,7 +29,7 @@ struct PlanArguments
     RolloutOptions rollout;
 };
 
-// What is to be done and where. Shared with work that may be given up.
+// What to do on which hosts. Shared with work that may be abandoned.
 struct Job
 {
     Goal goal;
@@ -147,7 +147,7 @@ void Plan(Session& session, PlanArguments arguments)
         session.exit = Exit::Differs;
 }
 
-// Plans for all hosts, if it can matter, and has somebody agree. Returns false if it was interrupted.
+// Plans for all hosts and asks for confirmation, if one can be needed. Returns false if it was interrupted.
 bool Guarded(Session& session, const PlanArguments& arguments, const SharedJob& job)
 {
     if (session.force || !Guard::Matters(job->targets.size(), job->goal.options))

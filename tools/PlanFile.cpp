@@ -1,5 +1,6 @@
 #include "PlanFile.h"
 
+#include "Documents.h"
 #include "Failure.h"
 #include "Json.h"
 
@@ -26,14 +27,20 @@ std::string Digest(const std::string& text)
     return digest;
 }
 
+[[noreturn]] void RefuseToWrite(const std::string& file)
+{
+    throw Failure(Exit::Document,
+                  file + " can't be written: " + std::strerror(errno) + ". Name another place with --out");
+}
+
 [[noreturn]] void RefusePlan(const std::string& file, const std::string& what)
 {
     throw Failure(Exit::Document, file + " " + what + ". 'varlo-analytics plan DIR --out " + file +
                                       "' makes one; a folder that 'export' has written is taken as well");
 }
 
-// The fields of a camera that a plan keeps, by their keys. Files are named so that they are found from
-// anywhere.
+// The fields of a camera that a plan keeps, by their keys. Paths are absolute, so that the plan works from
+// any folder.
 constexpr std::pair<const char*, std::string Camera::*> kTexts[] = {{"url", &Camera::url},
                                                                     {"user", &Camera::user}};
 constexpr std::pair<const char*, std::string Camera::*> kFiles[] = {{"password-file", &Camera::passwordFile},
@@ -121,7 +128,7 @@ PlanWriter::PlanWriter(const std::string& file, const Goal& goal, const std::vec
 {
     m_stream << JsonLine(Written(goal, targets)) << '\n' << std::flush;
     if (!m_stream)
-        throw Failure(Exit::Document, file + " can't be written: " + std::strerror(errno));
+        RefuseToWrite(file);
 }
 
 PlanWriter::~PlanWriter() { std::remove((m_file + ".part").c_str()); }
@@ -137,7 +144,7 @@ void PlanWriter::Finish()
     m_stream << JsonLine(Json{{"end", m_hosts}}) << '\n' << std::flush;
     m_stream.close();
     if (!m_stream || std::rename((m_file + ".part").c_str(), m_file.c_str()) != 0)
-        throw Failure(Exit::Document, m_file + " can't be written: " + std::strerror(errno));
+        RefuseToWrite(m_file);
 }
 
 bool SavedPlan::Permits(HostResult& plan) const
@@ -152,9 +159,10 @@ bool SavedPlan::Permits(HostResult& plan) const
 
 SavedPlan ReadPlan(const std::string& file, const Target& otherwise)
 {
-    std::ifstream stream(file, std::ios::binary);
-    if (!stream)
-        throw Failure(Exit::Document, file + " can't be read: " + std::strerror(errno));
+    std::string why;
+    std::ifstream stream = OpenFile(file, why);
+    if (!why.empty())
+        RefusePlan(file, "can't be read: " + why);
     SavedPlan plan;
     bool whole = false;
     try
@@ -166,7 +174,7 @@ SavedPlan ReadPlan(const std::string& file, const Target& otherwise)
     }
     catch (const Json::exception&)
     {
-        RefusePlan(file, "is no saved plan, or a damaged one");
+        RefusePlan(file, "isn't a saved plan, or is damaged");
     }
     if (!whole || plan.digests.size() != plan.targets.size())
         RefusePlan(file, "is a saved plan that was cut off");

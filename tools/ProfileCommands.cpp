@@ -100,10 +100,10 @@ void AddProfileCommands(CLI::App& app, Session& session)
         ->required();
 
     auto stop = std::make_shared<std::string>();
-    AddCommand(*group, session, "stop", "Stop a profile, or whichever runs",
-               "  varlo-analytics profile stop\n  varlo-analytics profile stop 3",
-               [&session, stop] { Stop(session, *stop); })
-        ->add_option("PROFILE", *stop, "Number or name");
+    CLI::App* const stopping = AddCommand(*group, session, "stop", "Stop a profile, or whichever runs",
+                                          "  varlo-analytics profile stop\n  varlo-analytics profile stop 3",
+                                          [&session, stop] { Stop(session, *stop); });
+    AddOptionalProfile(*stopping, *stop, "Number or name");
 
     AddCommand(*group, session, "active", "Tell which profile runs", "  varlo-analytics profile active",
                [&session] { ShowActive(session); });

@@ -42,7 +42,7 @@ Source ReadInside(const std::string& folder, const std::string& file)
 {
     if (file.empty() || file.find('/') != std::string::npos || file == "." || file == "..")
         throw Failure(Exit::Document, folder + "/" + kList + " names '" + file +
-                                          "', which is no file of its folder. Put it there, "
+                                          "', which isn't a file in its folder. Put it there, "
                                           "and name it without a path");
     return ReadSource(folder + "/" + file);
 }

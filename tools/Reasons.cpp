@@ -10,7 +10,7 @@ namespace client
 namespace
 {
 
-// A behavior that nobody has takes a place and costs nothing.
+// An identifier of no behavior: it counts as one of the selected behaviors, and costs nothing.
 constexpr char kNobody[] = "urn:varlo-com:AlgorithmId:Nobody:1";
 
 const Behavior* Find(const std::vector<Behavior>& behaviors, const std::string& id)
@@ -35,7 +35,7 @@ bool IsUnavailable(Service& service, const std::vector<std::string>& active, con
     return behavior != nullptr && behavior->state == State::Unavailable;
 }
 
-// Those of the active ones that want another kind of camera.
+// The active behaviors that need the other kind of camera.
 std::vector<std::string> OfOtherKind(const std::vector<Behavior>& all, const std::vector<std::string>& active,
                                      const Behavior& behavior)
 {
@@ -67,7 +67,7 @@ std::optional<Unavailability> WhyUnavailable(Service& service, const std::vector
                 (behavior->stillCamera
                      ? "it needs a camera that stands still, and " + Named(others) + " lets it move"
                      : "it lets the camera move, and " + Named(others) + " needs one that stands still")};
-    // As many places as the others take, at no cost; one of them stays, which tells the kind of camera.
+    // As many behaviors as are active, at no cost; one real one stays, since it decides the kind of camera.
     std::vector<std::string> places(active.size() - 1, kNobody);
     places.push_back(active.front());
     if (active.size() > 1

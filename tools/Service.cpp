@@ -1,6 +1,9 @@
 #include "Service.h"
 
 #include "Connection.h"
+#include "Failure.h"
+
+#include <xml/Text.h>
 
 #include <algorithm>
 #include <charconv>
@@ -82,8 +85,17 @@ std::optional<int> Service::ActiveProfile()
     return id < 0 ? std::nullopt : std::optional(id);
 }
 
+void CheckProfileName(const std::string& name)
+{
+    if (!analytics::xml::IsXmlText(name))
+        throw Failure(Exit::Usage, "The name '" + name +
+                                       "' isn't UTF-8, or holds a character that XML does not allow. "
+                                       "Give it another one");
+}
+
 int Service::CreateProfile(const std::string& name)
 {
+    CheckProfileName(name);
     _VideoAnalytics__CreateProfile request;
     request.name = name;
     return m_connection->Call(soap_call___VideoAnalytics__CreateProfile, request).profileId;

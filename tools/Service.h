@@ -43,13 +43,16 @@ enum class Command
     MotionDetectionOn = 3
 };
 
-// What a service tells of itself and of who calls it. What it doesn't tell is empty.
+// What a service reports about itself and its caller. Empty where it reports nothing.
 struct Identity
 {
     std::string version;
     std::string name; // a user, or "CN=..." of a certificate
     std::string role;
 };
+
+// Throws Failure (usage) if a profile can't have this name: the service wouldn't store it as it is.
+void CheckProfileName(const std::string& name);
 
 class Connection;
 

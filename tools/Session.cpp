@@ -121,6 +121,13 @@ CLI::App* AddCommand(CLI::App& parent, Session& session, const std::string& name
     return command;
 }
 
+CLI::Option* AddOptionalProfile(CLI::App& command, std::string& profile, const std::string& description)
+{
+    const auto refusal = [](const std::string& name) -> std::string
+    { return name.empty() ? "The name is empty. Name a profile, or leave it out" : ""; };
+    return command.add_option("PROFILE", profile, description)->check(CLI::Validator(refusal, ""));
+}
+
 void AddStrict(CLI::App& command, Session& session)
 {
     command.add_flag("--strict", session.strict, "Send nothing if there is a warning about a document");

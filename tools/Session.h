@@ -13,6 +13,7 @@
 namespace CLI
 {
 class App;
+class Option;
 } // namespace CLI
 
 namespace client
@@ -42,7 +43,7 @@ struct Session
     client::Service& Service();
     Output Out() const { return Output(json); }
     Checking Checks() { return {Frame(), strict, force, json}; }
-    // What the named camera and the environment say counts where the command line is silent. Throws Failure.
+    // Takes what the command line leaves out from the named camera and the environment. Throws Failure.
     void TakeCamera();
     // The access, with the whole URL and the password.
     const Access& Ready();
@@ -78,6 +79,8 @@ void AddConsoleCommand(CLI::App& app, Session& session);
 CLI::App* AddCommand(CLI::App& parent, Session& session, const std::string& name,
                      const std::string& description, const std::string& examples, std::function<void()> run);
 // --strict, of a command that checks documents; and --force with it.
+// A PROFILE that may be left out. An empty one, as of a script's unset variable, is refused.
+CLI::Option* AddOptionalProfile(CLI::App& command, std::string& profile, const std::string& description);
 void AddStrict(CLI::App& command, Session& session);
 void AddChecks(CLI::App& command, Session& session);
 

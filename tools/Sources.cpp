@@ -15,6 +15,17 @@
 namespace client
 {
 
+std::ifstream OpenFile(const std::string& file, std::string& why)
+{
+    std::ifstream stream(file, std::ios::binary);
+    std::error_code error;
+    if (!stream)
+        why = errno == ENOENT ? "there is no such file" : std::strerror(errno);
+    else if (std::filesystem::is_directory(file, error))
+        why = "it is a folder";
+    return stream;
+}
+
 Source ReadSource(const std::string& file)
 {
     std::ostringstream text;
@@ -25,12 +36,11 @@ Source ReadSource(const std::string& file)
         text << std::cin.rdbuf();
         return {"standard input", text.str()};
     }
-    std::ifstream stream(file, std::ios::binary);
-    if (!stream || std::filesystem::is_directory(file))
+    std::string why;
+    const std::ifstream stream = OpenFile(file, why);
+    if (!why.empty())
         throw DocumentFailure(file, 0,
-                              std::string("it can't be read: ") +
-                                  (stream ? "it is a folder" : std::strerror(errno)) +
-                                  ". Look at its name, and at who may read it");
+                              "it can't be read: " + why + ". Look at its name, and at who may read it");
     text << stream.rdbuf();
     return {file, text.str()};
 }

@@ -23,7 +23,7 @@ void Note(Stored& stored, std::vector<Change> changes, const std::string& docume
     }
 }
 
-// What came back different. Behaviors share analytics engines, so that a later one may have changed an
+// What the service stored differently. Behaviors share analytics engines, so a later one may have changed an
 // earlier one: they are compared once all are stored.
 void NoteChanges(const ProfileDocuments& sent, const ProfileDocuments& found, Stored& stored)
 {

@@ -11,11 +11,11 @@ namespace client
 namespace
 {
 
-// What became of one file.
+// The result for one file.
 struct Verdict
 {
     std::string file;
-    std::string kind; // empty: nobody knows
+    std::string kind; // empty: unknown
     long long errors = 0;
     long long warnings = 0;
 };

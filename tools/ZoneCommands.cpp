@@ -37,7 +37,7 @@ Point PointIn(const std::string& text)
     if (comma == std::string::npos || !TakeNumber(std::string_view(text).substr(0, comma), point.x) ||
         !TakeNumber(std::string_view(text).substr(comma + 1), point.y))
         throw Failure(Exit::Usage,
-                      "'" + text + "' is no point. Write x and y with a comma between, as in 40,200");
+                      "'" + text + "' isn't a point. Write x and y with a comma between, as in 40,200");
     return point;
 }
 

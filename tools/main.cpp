@@ -13,7 +13,7 @@ int main(int argc, char** argv)
 {
     std::setlocale(LC_CTYPE, "C.UTF-8"); // for the width of characters
     signal(SIGPIPE, SIG_IGN);
-    // A name that no server knows is to cost seconds, not minutes.
+    // A host name that can't be resolved costs seconds, not minutes.
     setenv("RES_OPTIONS", "timeout:2 attempts:2", 0);
     try
     {

@@ -288,7 +288,7 @@ class Scenes(ClientTest):
         self.assertIn("stored the scene as it was sent", edit("sed -i 's/<sensitivity>8</<sensitivity>3</'").out)
         self.assertIn("<sensitivity>3<", self.client("scene", "get", "1").out)
         refused = edit("sed -i 's/<sensitivity>3</<sensitivity>low</'", code=4).err
-        self.assertIn("no integer", refused)
+        self.assertIn("an integer", refused)
         kept = Path(refused.rstrip().rstrip(".").rpartition(" ")[2])
         self.assertIn("<sensitivity>low<", kept.read_text(encoding="utf-8"))
         self.assertIn("<sensitivity>3<", self.client("scene", "get", "1").out)

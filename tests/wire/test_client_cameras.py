@@ -46,7 +46,7 @@ class Cameras(ClientTest):
         self.assertEqual(corner("--camera", "gate"), [80, 80])
         self.assertEqual(corner("--camera", "gate", "--frame", "32x24"), [4, 4])
         for frame in ("640", "0x1", "1x", "axb"):
-            self.assertIn("is no frame", self.camera("--frame", frame, "behavior", "example", "loitering", code=2).err)
+            self.assertIn("isn't a frame", self.camera("--frame", frame, "behavior", "example", "loitering", code=2).err)
 
 
 class Status(ClientTest):

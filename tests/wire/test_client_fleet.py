@@ -69,7 +69,7 @@ class Many(ManyTest):
 
     def test_lists_of_hosts_that_are_none(self):
         for urls, text in ((["a", "a"], ":4: http://a/ stands in line 3 already"), ([], "names no host"),
-                           (["ftp://a/"], ":3: 'ftp://a/' is no address"), (["a:0"], "its port is no number")):
+                           (["ftp://a/"], ":3: 'ftp://a/' isn't the address"), (["a:0"], "its port isn't a number")):
             ran = run("apply", "--hosts", self.hosts_file(urls), self.folder)
             self.assertEqual(ran.code, 2)
             self.assertIn(text, ran.err)

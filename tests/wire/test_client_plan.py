@@ -268,8 +268,8 @@ class Frames(FleetTest):
         self.assertEqual(self.points(large), [(2 * x, 2 * y) for x, y in self.points(self.host)])
 
     def test_lines_that_are_wrong(self):
-        for line, text in (("h frame=640", ":3: frame: '640' is no frame"), ("h colour=red", ":3: 'colour' isn't known"),
-                           ("h loud", ":3: 'loud' is no key=value"), ("h user=", ":3: user has no value")):
+        for line, text in (("h frame=640", ":3: frame: '640' isn't a frame"), ("h colour=red", ":3: 'colour' isn't known"),
+                           ("h loud", ":3: 'loud' isn't key=value"), ("h user=", ":3: user has no value")):
             for command in ("plan", "apply"):
                 ran = run(command, self.folder, "--hosts", self.hosts_file([line]))
                 self.assertEqual((ran.code, ran.out), (2, ""))

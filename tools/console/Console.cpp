@@ -28,7 +28,7 @@ struct WrongRequest
 
 WebAnswer JsonAnswer(unsigned status, const Json& json)
 {
-    // Names come from the camera: what is no UTF-8 in them mustn't end the answer.
+    // Names come from the camera: invalid UTF-8 in them must not break the answer.
     return {status, "application/json", json.dump(-1, ' ', false, Json::error_handler_t::replace)};
 }
 
@@ -40,7 +40,7 @@ int Number(const Json& request, const char* key)
     // The query of a GET holds nothing but text.
     const Json value = found->is_string() ? Json::parse(found->get<std::string>(), nullptr, false) : *found;
     if (!value.is_number_integer() || value < 0 || value > std::numeric_limits<int>::max())
-        throw WrongRequest{std::string(key) + " is no number"};
+        throw WrongRequest{std::string(key) + " isn't a number"};
     return value.get<int>();
 }
 
@@ -290,7 +290,7 @@ Json Console::Save(const Json& request)
               camera.known.frame);
 }
 
-// Points of one camera in the frame of another, as those of a scene's exclude zone.
+// Scales points from the frame of one camera to that of another, as a scene's exclude zone.
 Json Console::Scale(const Json& request)
 {
     Findings findings;

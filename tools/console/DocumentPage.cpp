@@ -69,7 +69,7 @@ void Describe(const Element& element, const std::string& path, Json& list)
         if (child.form == Element::Form::Leaf && IsSettable(child.value.front()))
             list.push_back(Described(child.value.front(), path + JsonName(child)));
         if (child.form == Element::Form::Leaf)
-            Describe(child, path, list); // its attributes stand beside it
+            Describe(child, path, list); // its attributes are next to it
         else if (child.form == Element::Form::Group)
             Describe(child, path + JsonName(child) + "/", list);
         else if (child.form == Element::Form::List && !IsPoints(child.children.front()))
@@ -86,7 +86,8 @@ Json NewZone(const DocumentModel& model)
     return zone;
 }
 
-// As the program compares and stores it: a scene's name is the profile's, its preset the camera's.
+// As the program compares and stores it: without the scene's name, which is the profile's, and its preset,
+// which is the camera's.
 Json Own(const DocumentModel& model, Json document)
 {
     if (!document.is_object())
@@ -164,7 +165,7 @@ std::string DocumentPage::StoredBehavior()
     }
     catch (const Failure& failure)
     {
-        // A profile that holds no behavior at all says that it knows none.
+        // A profile without behaviors is answered with a fault.
         const std::vector<Profile> profiles = m_service.Profiles();
         const bool exists = std::any_of(profiles.begin(), profiles.end(),
                                         [this](const Profile& profile) { return profile.id == m_profile; });

@@ -1,11 +1,9 @@
 #include "console/Picture.h"
 
 #include "Connection.h"
+#include "Documents.h"
 #include "Failure.h"
 
-#include <cerrno>
-#include <cstring>
-#include <filesystem>
 #include <fstream>
 #include <string_view>
 
@@ -44,11 +42,10 @@ std::string Fetch(Access access)
 
 std::string ReadWhole(const std::string& file)
 {
-    if (std::filesystem::is_directory(file))
-        throw Failure(Exit::Document, "it is a folder");
-    std::ifstream stream(file, std::ios::binary);
-    if (!stream)
-        throw Failure(Exit::Document, std::strerror(errno));
+    std::string why;
+    std::ifstream stream = OpenFile(file, why);
+    if (!why.empty())
+        throw Failure(Exit::Document, why);
     std::string bytes(Picture::kMostBytes + 1, '\0');
     stream.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
     bytes.resize(static_cast<std::size_t>(stream.gcount()));

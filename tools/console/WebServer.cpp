@@ -90,7 +90,7 @@ class WebSession : public std::enable_shared_from_this<WebSession>
             return Refuse(431, "The head of the request is too large");
         if (error.category() == make_error_code(http::error::bad_method).category() &&
             error != http::error::end_of_stream && error != http::error::partial_message)
-            return Refuse(400, "This is no HTTP request");
+            return Refuse(400, "This isn't an HTTP request");
         m_stream.close();
     }
 

@@ -68,7 +68,7 @@ Json GroupOf(const Element& element, const pugi::xml_node& node)
         if (const Element* const known = Described(element, child);
             known != nullptr && !object.contains(JsonName(*known)))
             AddChild(object, *known, child);
-    // A zone that nobody has drawn yet is one without points.
+    // A zone that hasn't been drawn yet has no points.
     for (const Element& child : element.children)
         if (child.form == Element::Form::Points && !object.contains(child.name))
             object[child.name] = Json::array();

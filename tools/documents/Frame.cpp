@@ -41,8 +41,9 @@ Frame ParseFrame(std::string_view text, const std::string& source)
     Frame frame;
     if (x == std::string_view::npos || !TakeSide(text.substr(0, x), frame.width) ||
         !TakeSide(text.substr(x + 1), frame.height))
-        throw Failure(Exit::Usage, source + ": '" + std::string(text) +
-                                       "' is no frame. Write its width and height in pixels, as in 320x240");
+        throw Failure(Exit::Usage,
+                      source + ": '" + std::string(text) +
+                          "' isn't a frame. Write its width and height in pixels, as in 320x240");
     return frame;
 }
 

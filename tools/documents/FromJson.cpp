@@ -10,7 +10,7 @@ namespace client
 namespace
 {
 
-constexpr double kExact = 1LL << 53; // beyond, a number with a point is no integer any more
+constexpr double kExact = 1LL << 53; // beyond, a floating-point number isn't exact any more
 
 // What XML has no room for.
 bool HasControls(const std::string& text)
@@ -87,7 +87,7 @@ class Builder
         return false;
     }
 
-    // An attribute of a value stands beside it.
+    // An attribute of a value is next to it.
     static bool IsBeside(const Element& child, const std::string& name)
     {
         const Field* const attribute = child.form == Element::Form::Leaf ? child.Attribute(name) : nullptr;

@@ -189,9 +189,10 @@ std::optional<Bounds> Advised(const Field& field)
 
 std::string BoundsText(const Bounds& bounds)
 {
-    return std::to_string(bounds.min) + (bounds.max == INT_MAX      ? " or more"
-                                         : bounds.max == bounds.min ? ""
-                                                                    : " to " + std::to_string(bounds.max));
+    const std::string least = std::to_string(bounds.min);
+    if (bounds.max == INT_MAX)
+        return least + " or more";
+    return bounds.max == bounds.min ? least : least + " to " + std::to_string(bounds.max);
 }
 
 std::string Choice(const Field& field, long long number)

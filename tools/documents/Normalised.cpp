@@ -15,7 +15,7 @@ bool IsNumber(const Field& field)
     return field.kind == Field::Kind::Number || field.kind == Field::Kind::Flag;
 }
 
-// As the service takes it: what is no number counts as missing, what is beyond as the nearest.
+// As the service reads it: what isn't a number counts as missing, a number out of range as the nearest.
 Json Taken(const Field& field, const Json& given)
 {
     if (!IsNumber(field))

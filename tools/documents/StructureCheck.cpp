@@ -22,7 +22,7 @@ bool IsLeaf(const pugi::xml_node& node) { return Children(node).empty(); }
 
 bool IsBlank(const pugi::xml_node& text) { return Trimmed(text.value()).empty(); }
 
-// What declares a prefix, or tells a validator where the schema is, says nothing of the behavior.
+// Declarations of prefixes and schema locations aren't part of the behavior.
 bool IsForTools(const std::string& attribute)
 {
     return attribute.starts_with("xmlns:") || attribute.starts_with("xsi:");
@@ -233,7 +233,7 @@ class StructureChecker
         else if (!number || !kInteger.Holds(*number))
             Error(node, place,
                   called + " is '" + text +
-                      "', which is no integer from -2147483648 to 2147483647, and would count as missing");
+                      "', which isn't an integer from -2147483648 to 2147483647, and would count as missing");
         else if (!field.accepted.Holds(*number))
             Error(node, place,
                   called + " is " + text + ", and only these numbers are known: " + ChoicesOf(field));

@@ -186,7 +186,7 @@ class Writer
         }
     }
 
-    // Several elements of one name, each once: told apart by their names, or by their texts.
+    // Several elements of one name, each once: distinguished by their names, or by their texts.
     void Namesakes(Node node, Node type, const Element& element)
     {
         const Element& first = element.children.front();

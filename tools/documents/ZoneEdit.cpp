@@ -19,7 +19,7 @@ struct Place
 };
 constexpr Place kPlaces[] = {{"rois", "roi", false}, {"excludeZones", "excludeZone", true}};
 
-// The example tells where what stands, and has a zone with values that pass.
+// The example has every element in its place, and a zone with valid values.
 XmlDocument Bare(const DocumentModel& model)
 {
     const XmlDocument example(Example(model, Frame()), "the example");

@@ -58,7 +58,7 @@ class Profile
         m_profiles.SetEngineConfig(m_id, engine, ConverterOf(engine)->FromVarloToOnvif(document, parameters));
         std::string config;
         m_profiles.GetEngineConfig(m_id, engine, config);
-        // The preset is the camera's, and another one at each reading.
+        // The preset is the camera's, and a different one at each reading.
         parameters.CameraPreset("preset " + std::to_string(++m_readings));
         return ConverterOf(engine)->FromOnvifToVarlo(config, parameters);
     }
