@@ -8,7 +8,7 @@
 set -euo pipefail
 
 build="cmake ninja-build g++ pkg-config gsoap libgsoap-dev libexpat1-dev libpugixml-dev libsqlite3-dev libsqlitecpp-dev
-    libboost-dev libcli11-dev libssl-dev zlib1g-dev libcrypt-dev nettle-dev nlohmann-json3-dev"
+    libboost-dev libcli11-dev libssl-dev zlib1g-dev libcrypt-dev nettle-dev libgeos-dev nlohmann-json3-dev"
 test="minisign libxml2-dev clang clang-format clang-tidy libclang-rt-dev lld libgtest-dev libgmock-dev libbenchmark-dev python3 python3-lxml python3-jsonschema python3-zeep
     curl openssl binutils procps man-db php-cli php-soap libsoap-lite-perl nodejs
     nginx-light ansible-core ansible-lint mmdebstrap lintian systemd-container dpkg-dev file prometheus chromium firefox-esr"

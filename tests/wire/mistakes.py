@@ -109,6 +109,7 @@ JSON = [
     ("loitering", "/rois/0/vertices", [], WARNING, "/rois/0", "has 0 points, too few"),
     ("loitering", "/rois/0/vertices", [[1, 1], [9, 1], [9, 2], [9, 3], [9, 4], [9, 5], [1, 6]], WARNING, "/rois/0", "7 points, too many"),
     ("loitering", "/rois/0/vertices", [[10, 10], [90, 90], [90, 10], [10, 90]], WARNING, "/rois/0", "the zone 'Zone 1' crosses itself"),
+    ("loitering", "/rois/0/vertices", [[10, 10], [50, 50], [50, 90], [90, 90]], WARNING, "/rois/0", "the zone 'Zone 1' crosses itself"),
     ("loitering", "/rois/0/vertices", [[10, 10], [50, 50], [90, 90]], WARNING, "/rois/0", "the zone 'Zone 1' has no area"),
     ("loitering", "/rois/0/vertices", [[10, 10], [90, 10], [90, 90], [10, 10]], WARNING, "/rois/0", "has the point 10, 10 twice"),
     ("adaptive-motion", "/rois/0/vertices", [[10, 10], [10, 10]], WARNING, "/rois/0", "has the point 10, 10 twice"),

@@ -1,51 +1,96 @@
 #include "documents/Geometry.h"
 
-#include <boost/geometry.hpp>
-#include <boost/geometry/geometries/geometries.hpp>
+#include <geos_c.h>
 
 #include <algorithm>
+#include <iterator>
+#include <memory>
+#include <new>
 
 namespace client
 {
 namespace
 {
 
-namespace geometry = boost::geometry;
-using Corner = geometry::model::d2::point_xy<double>;
-using Shape = geometry::model::polygon<Corner>;
-using Shapes = geometry::model::multi_polygon<Shape>;
-using Path = geometry::model::linestring<Corner>;
-using Paths = geometry::model::multi_linestring<Path>;
+// Where edges cross, the corners of what is left are rounded: what has less area (square pixels) or length
+// (pixels) is nothing.
+constexpr double kNothing = 1e-6;
 
-Shape ShapeOf(const PointList& zone)
+struct Free
 {
-    Shape shape;
-    for (const Point& point : zone)
-        geometry::append(shape, Corner(static_cast<double>(point.x), static_cast<double>(point.y)));
-    geometry::correct(shape);
-    return shape;
+    void operator()(GEOSContextHandle_HS* library) const { GEOS_finish_r(library); }
+};
+
+// The library's state, one for each thread.
+GEOSContextHandle_t Library()
+{
+    static thread_local const std::unique_ptr<GEOSContextHandle_HS, Free> library(GEOS_init_r());
+    return library.get();
 }
 
-Path PathOf(const PointList& line)
+struct Destroy
 {
-    Path path;
-    for (const Point& point : line)
-        path.emplace_back(static_cast<double>(point.x), static_cast<double>(point.y));
-    return path;
+    void operator()(GEOSGeometry* geometry) const { GEOSGeom_destroy_r(Library(), geometry); }
+};
+using Geometry = std::unique_ptr<GEOSGeometry, Destroy>;
+
+Geometry Made(GEOSGeometry* geometry)
+{
+    if (geometry == nullptr) // The library has no other way to say so.
+        throw std::bad_alloc();
+    return Geometry(geometry);
 }
 
-Shapes Together(const std::vector<PointList>& zones)
+// The points; a ring ends where it begins.
+GEOSCoordSequence* Sequence(const PointList& points, bool ring)
 {
-    Shapes all;
-    for (const PointList& zone : zones)
+    const auto count = static_cast<unsigned>(points.size());
+    GEOSCoordSequence* const sequence = GEOSCoordSeq_create_r(Library(), ring ? count + 1 : count, 2);
+    if (sequence == nullptr)
+        throw std::bad_alloc();
+    const auto set = [sequence](unsigned index, const Point& point)
     {
-        if (zone.size() < 3 || !ShapeTrouble(zone).empty())
-            continue;
-        Shapes more;
-        geometry::union_(all, ShapeOf(zone), more);
-        all = std::move(more);
-    }
-    return all;
+        GEOSCoordSeq_setXY_r(Library(), sequence, index, static_cast<double>(point.x),
+                             static_cast<double>(point.y));
+    };
+    for (unsigned i = 0; i < count; ++i)
+        set(i, points[i]);
+    if (ring)
+        set(count, points.front());
+    return sequence;
+}
+
+Geometry Line(const PointList& points)
+{
+    return Made(GEOSGeom_createLineString_r(Library(), Sequence(points, false)));
+}
+
+Geometry Ring(const PointList& points)
+{
+    return Made(GEOSGeom_createLinearRing_r(Library(), Sequence(points, true)));
+}
+
+Geometry Area(const PointList& points)
+{
+    return Made(GEOSGeom_createPolygon_r(Library(), Ring(points).release(), nullptr, 0));
+}
+
+Geometry Together(const std::vector<PointList>& zones)
+{
+    std::vector<GEOSGeometry*> areas;
+    for (const PointList& zone : zones)
+        if (zone.size() >= 3 && ShapeTrouble(zone).empty())
+            areas.push_back(Area(zone).release());
+    const Geometry all = Made(GEOSGeom_createCollection_r(Library(), GEOS_MULTIPOLYGON, areas.data(),
+                                                          static_cast<unsigned>(areas.size())));
+    return Made(GEOSUnaryUnion_r(Library(), all.get()));
+}
+
+bool HasArea(const PointList& points)
+{
+    const Geometry hull = Made(GEOSConvexHull_r(Library(), Ring(points).get()));
+    double area = 0;
+    return GEOSArea_r(Library(), hull.get(), &area) == 1 && area > 0;
 }
 
 const Point* Twice(const PointList& zone)
@@ -62,30 +107,22 @@ std::string ShapeTrouble(const PointList& zone)
 {
     if (const Point* const twice = Twice(zone))
         return "has the point " + std::to_string(twice->x) + ", " + std::to_string(twice->y) + " twice";
-    if (zone.size() < 3)
+    if (zone.size() < 3 || GEOSisSimple_r(Library(), Ring(zone).get()) == 1)
         return "";
-    const Shape shape = ShapeOf(zone);
-    if (geometry::area(shape) == 0 && !geometry::intersects(shape.outer()))
-        return "has no area";
-    if (geometry::intersects(shape.outer()))
-        return zone.size() == 3 ? "has no area" : "crosses itself";
-    return "";
+    return HasArea(zone) ? "crosses itself" : "has no area";
 }
 
 bool IsCovered(const PointList& zone, const std::vector<PointList>& others)
 {
-    const Shapes cover = Together(others);
-    if (zone.size() < 2 || cover.empty() || !ShapeTrouble(zone).empty())
+    if (zone.size() < 2 || !ShapeTrouble(zone).empty())
         return false;
-    if (zone.size() == 2)
-    {
-        Paths rest;
-        geometry::difference(PathOf(zone), cover, rest);
-        return geometry::length(rest) == 0;
-    }
-    Shapes rest;
-    geometry::difference(ShapeOf(zone), cover, rest);
-    return geometry::area(rest) == 0;
+    const bool line = zone.size() == 2;
+    const Geometry rest =
+        Made(GEOSDifference_r(Library(), (line ? Line(zone) : Area(zone)).get(), Together(others).get()));
+    double left = 0;
+    const int measured =
+        line ? GEOSLength_r(Library(), rest.get(), &left) : GEOSArea_r(Library(), rest.get(), &left);
+    return measured == 1 && left < kNothing;
 }
 
 } // namespace client
