@@ -1,5 +1,7 @@
 #include "net/LeaderFollowers.h"
 
+#include <pthread.h>
+#include <signal.h>
 #include <sys/epoll.h>
 #include <sys/eventfd.h>
 #include <sys/timerfd.h>
@@ -70,8 +72,14 @@ void LeaderFollowers::AddThread()
     m_threads.emplace_back([this] { Run(); });
 }
 
+// TLS libraries write without MSG_NOSIGNAL: a peer that is gone is an error here and no signal, whatever the
+// process does about that.
 void LeaderFollowers::Run()
 {
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGPIPE);
+    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
     for (Task task; Next(task); task = {})
         Do(std::move(task.handler), task.cause);
 }

@@ -3,10 +3,13 @@
 #include "net/LeaderFollowers.h"
 #include "platform/net/ServerFixture.h"
 
+#include <signal.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 #include <array>
+#include <atomic>
+#include <cerrno>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -170,6 +173,26 @@ TEST_F(LeaderFollowersTest, TellsEverybodyOfTheEndOnce)
     pool.Stop();
     EXPECT_TRUE(Ended(waiting));
     EXPECT_TRUE(Ended(late));
+}
+
+TEST_F(LeaderFollowersTest, WritingToNobodyIsAnErrorAndNoSignal)
+{
+    signal(SIGPIPE, SIG_DFL); // which would end the process
+    std::array<int, 2> ends = {};
+    ASSERT_EQ(pipe(ends.data()), 0);
+    const FileHandle written(ends[1]);
+    close(ends[0]);
+    std::atomic<int> error = 0;
+    const auto writing = std::make_shared<Scripted>(
+        [&](Cause)
+        {
+            error = write(written.Get(), "x", 1) < 0 ? errno : 0;
+            return Wish::Nothing;
+        });
+    writing->Send();
+    pool.Wait(writing, Wish::Read);
+    EXPECT_TRUE(Ended(writing));
+    EXPECT_EQ(error, EPIPE);
 }
 
 TEST_F(LeaderFollowersTest, AStepThatThrowsEndsItsHandlerAlone)

@@ -1,14 +1,16 @@
 #include "access/AccessSettings.h"
 #include "access/Tls.h"
-#include "tls/OpenSslSession.h"
 #include "tls/SessionCache.h"
 
+#include <openssl/bio.h>
 #include <openssl/err.h>
 #include <openssl/pem.h>
 #include <openssl/ssl.h>
 #include <openssl/x509v3.h>
 
+#include <algorithm>
 #include <functional>
+#include <new>
 #include <utility>
 
 namespace tarno::osa
@@ -175,6 +177,104 @@ void SetRules(SSL_CTX* context)
     SSL_CTX_clear_mode(context, SSL_MODE_AUTO_RETRY);
     SSL_CTX_set_mode(context, SSL_MODE_RELEASE_BUFFERS | SSL_MODE_ENABLE_PARTIAL_WRITE |
                                   SSL_MODE_ACCEPT_MOVING_WRITE_BUFFER);
+}
+
+class OpenSslSession : public TlsSession
+{
+  public:
+    // Throws std::bad_alloc.
+    OpenSslSession(SSL_CTX& context, int socket);
+
+    StreamResult Handshake() override
+    {
+        ERR_clear_error();
+        const StreamResult result = Outcome(SSL_do_handshake(m_session.get()));
+        m_sound = result.state == StreamState::Done;
+        return result;
+    }
+    StreamResult Read(std::span<char> room) override
+    {
+        ERR_clear_error();
+        return Outcome(SSL_read(m_session.get(), room.data(), static_cast<int>(room.size())));
+    }
+    StreamResult Write(std::string_view bytes) override
+    {
+        constexpr std::size_t kRecord = SSL3_RT_MAX_PLAIN_LENGTH;
+        ERR_clear_error();
+        return Outcome(
+            SSL_write(m_session.get(), bytes.data(), static_cast<int>(std::min(bytes.size(), kRecord))));
+    }
+    bool Begun() const override { return BIO_number_read(SSL_get_rbio(m_session.get())) > 0; }
+    bool Resumed() const override { return SSL_session_reused(m_session.get()) == 1; }
+    std::string PeerName() const override;
+    void End() override
+    {
+        if (!m_sound)
+            return;
+        ERR_clear_error();
+        SSL_shutdown(m_session.get());
+        ERR_clear_error();
+    }
+
+  private:
+    StreamResult Outcome(int result);
+
+    const std::unique_ptr<SSL, Free<SSL_free>> m_session;
+    bool m_sound = false; // from the end of the handshake to the first failure
+};
+
+OpenSslSession::OpenSslSession(SSL_CTX& context, int socket) : m_session(SSL_new(&context))
+{
+    // Not SSL_set_fd(), which asks the kernel to do a part of TLS.
+    BIO* const bio = m_session == nullptr ? nullptr : BIO_new_socket(socket, BIO_NOCLOSE);
+    if (bio == nullptr)
+        throw std::bad_alloc();
+    SSL_set_bio(m_session.get(), bio, bio);
+    SSL_set_accept_state(m_session.get());
+}
+
+StreamResult OpenSslSession::Outcome(int result)
+{
+    const auto done = static_cast<std::size_t>(result > 0 ? result : 0);
+    switch (SSL_get_error(m_session.get(), result))
+    {
+    case SSL_ERROR_NONE:
+        return {StreamState::Done, done};
+    case SSL_ERROR_WANT_READ:
+        return {StreamState::WaitRead};
+    case SSL_ERROR_WANT_WRITE:
+        return {StreamState::WaitWrite};
+    case SSL_ERROR_ZERO_RETURN:
+        return {StreamState::Ended};
+    default:
+        break;
+    }
+    m_sound = false;
+    const int reason = ERR_GET_REASON(ERR_peek_error());
+    ERR_clear_error();
+    if (reason == SSL_R_PEER_DID_NOT_RETURN_A_CERTIFICATE || reason == SSL_R_CERTIFICATE_VERIFY_FAILED)
+        return {StreamState::NoCertificate};
+    return {reason == SSL_R_HTTP_REQUEST ? StreamState::NotTls : StreamState::Failed};
+}
+
+std::string OpenSslSession::PeerName() const
+{
+    X509* const certificate = SSL_get0_peer_certificate(m_session.get());
+    if (certificate == nullptr)
+        return "";
+    X509_NAME* const subject = X509_get_subject_name(certificate);
+    int last = -1;
+    for (int next = -1; (next = X509_NAME_get_index_by_NID(subject, NID_commonName, next)) >= 0;)
+        last = next;
+    unsigned char* text = nullptr;
+    const int size =
+        last < 0 ? -1
+                 : ASN1_STRING_to_UTF8(&text, X509_NAME_ENTRY_get_data(X509_NAME_get_entry(subject, last)));
+    std::string name = "CN=";
+    if (size > 0)
+        name.append(reinterpret_cast<const char*>(text), static_cast<std::size_t>(size));
+    OPENSSL_free(text);
+    return name;
 }
 
 class OpenSslContext : public TlsContext
