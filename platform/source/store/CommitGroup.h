@@ -21,24 +21,12 @@ class CommitGroup
   public:
     using Operation = std::function<void(StoreConnection&)>;
 
-    enum class Outcome
-    {
-        kAlone,     // not done: its own thread is to do it in a transaction of its own
-        kCommitted, // on the disk
-        kFailed     // not done, for the reason in `failure`, which hit the whole group
-    };
-    struct Failure
-    {
-        int code = 0;
-        int systemError = 0;
-        std::string detail;
-        std::string advice; // behind the sentence
-    };
+    // With neither of the two its own thread is to do it, in a transaction of its own.
     struct Member
     {
         const Operation& operation;
-        Outcome outcome = Outcome::kAlone;
-        Failure failure = {};
+        bool committed = false;   // on the disk
+        std::string failure = {}; // why the whole group has failed, as a sentence
     };
 
   private:

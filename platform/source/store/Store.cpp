@@ -16,20 +16,13 @@ namespace analytics::platform
 namespace
 {
 constexpr const char* kLogSuffix = "-wal";
-} // namespace
 
-// A change that is written. Its end comes before anybody hears of it.
-class Store::Change
+[[noreturn]] void Fail(const std::string& sentence)
 {
-  public:
-    explicit Change(Store& store) : m_store(store) {}
-    ~Change() { ++m_store.m_version; }
-    Change(const Change&) = delete;
-    Change& operator=(const Change&) = delete;
-
-  private:
-    Store& m_store;
-};
+    gStoreErrors.Add();
+    throw AnalyticsFault(sentence);
+}
+} // namespace
 
 Store::Store(const std::string& folder)
     : m_database(DatabaseIn(folder)), m_log(m_database + kLogSuffix), m_folder(folder)
@@ -175,12 +168,18 @@ try
 {
     CommitGroup::Member member{operation};
     const CommitGroup::Turn turn(m_group, member);
-    const Change change(*this);
+    // The end of the change comes before anybody hears of it.
+    struct Change
+    {
+        std::atomic<std::uint64_t>& version;
+        ~Change() { ++version; }
+    };
+    const Change change{m_version};
     if (turn.Members().size() > 1)
         WriteTogether(turn.Members());
-    if (member.outcome == CommitGroup::Outcome::kFailed)
+    if (!member.failure.empty())
         Fail(member.failure);
-    if (member.outcome == CommitGroup::Outcome::kAlone)
+    if (!member.committed)
         WriteAlone(operation);
     Report(Writing, "");
 }
@@ -215,12 +214,11 @@ void Store::WriteAlone(const Operation& operation)
 // Where there is no room, though, there may be enough for the others.
 void Store::WriteTogether(const std::vector<CommitGroup::Member*>& members)
 {
-    using Outcome = CommitGroup::Outcome;
-    const auto conclude = [&](Outcome outcome, const CommitGroup::Failure& failure)
+    const auto failed = [&](const std::string& failure)
     {
         for (CommitGroup::Member* const member : members)
         {
-            member->outcome = outcome;
+            member->committed = false;
             member->failure = failure;
         }
     };
@@ -235,17 +233,15 @@ void Store::WriteTogether(const std::vector<CommitGroup::Member*>& members)
     }
     catch (const UncertainCommit& error)
     {
-        conclude(Outcome::kFailed, {error.getErrorCode(), errno, error.what(), UncertainCommit::kAdvice});
+        failed(SentenceOn(error));
     }
     catch (const SQLite::Exception& error)
     {
-        const bool repeat = within || error.getErrorCode() == SQLITE_FULL;
-        conclude(repeat ? Outcome::kAlone : Outcome::kFailed,
-                 {error.getErrorCode(), errno, error.what(), ""});
+        failed(within || error.getErrorCode() == SQLITE_FULL ? "" : SentenceOn(error));
     }
     catch (const std::exception&)
     {
-        conclude(Outcome::kAlone, {});
+        failed("");
     }
 }
 
@@ -256,7 +252,7 @@ void Store::CommitTogether(StoreConnection& writer, const std::vector<CommitGrou
     within = true;
     for (CommitGroup::Member* const member : members)
         if (transaction.Try(member->operation))
-            member->outcome = CommitGroup::Outcome::kCommitted;
+            member->committed = true;
     within = false;
     transaction.Commit();
     gStoreCommits.Add();
@@ -271,24 +267,21 @@ void Store::Guarded(const std::function<void()>& action)
     {
         action();
     }
-    catch (const UncertainCommit& error)
-    {
-        Fail({error.getErrorCode(), errno, error.what(), UncertainCommit::kAdvice});
-    }
     catch (const SQLite::Exception& error)
     {
-        Fail({error.getErrorCode(), errno, error.what(), ""});
+        Fail(SentenceOn(error));
     }
 }
 
-void Store::Fail(const CommitGroup::Failure& failure)
+// Tells as well that the database has to be opened anew, if that is so.
+std::string Store::SentenceOn(const SQLite::Exception& error)
 {
     const StoreFault fault =
-        ExplainStoreFault(failure.code, failure.systemError, FolderOf(m_database), failure.detail);
+        ExplainStoreFault(error.getErrorCode(), errno, FolderOf(m_database), error.what());
     if (fault.reopen)
         SetUsable(false);
-    gStoreErrors.Add();
-    throw AnalyticsFault(fault.sentence + failure.advice);
+    const bool uncertain = dynamic_cast<const UncertainCommit*>(&error) != nullptr;
+    return fault.sentence + (uncertain ? UncertainCommit::kAdvice : "");
 }
 
 // The operator hears when it begins and when it has ended.

@@ -14,6 +14,11 @@
 #include <utility>
 #include <vector>
 
+namespace SQLite
+{
+class Exception;
+}
+
 namespace analytics::platform
 {
 
@@ -73,7 +78,6 @@ class Store
         bool Same(const Files& other) const;
     };
 
-    class Change;
     enum Way
     {
         Reading,
@@ -95,7 +99,7 @@ class Store
     Files FilesOpened();
     void SetUsable(bool usable);
     void Guarded(const std::function<void()>& action);
-    [[noreturn]] void Fail(const CommitGroup::Failure& failure);
+    std::string SentenceOn(const SQLite::Exception& error);
     void Report(Way way, const std::string& failure);
 
     const std::string m_database; // path of the file

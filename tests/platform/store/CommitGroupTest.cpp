@@ -48,7 +48,7 @@ TEST(CommitGroup, ThoseThatComeMeanwhileAreServedTogetherByTheFirstOfThem)
     CommitGroup::Member first{kNothing};
     auto turn = std::make_unique<CommitGroup::Turn>(group, first);
     std::vector<std::size_t> led(kOthers);
-    std::vector<CommitGroup::Outcome> outcomes(kOthers);
+    std::vector<int> committed(kOthers);
     std::vector<std::thread> threads;
     for (std::size_t i = 0; i < kOthers; ++i)
     {
@@ -60,9 +60,9 @@ TEST(CommitGroup, ThoseThatComeMeanwhileAreServedTogetherByTheFirstOfThem)
                     const CommitGroup::Turn mine(group, member);
                     led[i] = mine.Members().size();
                     for (CommitGroup::Member* const served : mine.Members())
-                        served->outcome = CommitGroup::Outcome::kCommitted;
+                        served->committed = true;
                 }
-                outcomes[i] = member.outcome;
+                committed[i] = member.committed ? 1 : 0;
             });
         while (group.Waiting() <= i)
             std::this_thread::yield();
@@ -71,8 +71,8 @@ TEST(CommitGroup, ThoseThatComeMeanwhileAreServedTogetherByTheFirstOfThem)
     for (std::thread& thread : threads)
         thread.join();
     EXPECT_THAT(led, ElementsAre(kOthers, 0, 0, 0, 0));
-    EXPECT_THAT(outcomes, testing::Each(CommitGroup::Outcome::kCommitted));
-    EXPECT_EQ(first.outcome, CommitGroup::Outcome::kAlone);
+    EXPECT_THAT(committed, testing::Each(1));
+    EXPECT_FALSE(first.committed);
 }
 
 // Without a wait in between, so that groups end while others come.
@@ -95,13 +95,12 @@ TEST(CommitGroup, EachIsServedOnceHoweverTheyMeet)
                         const CommitGroup::Turn turn(group, member);
                         for (CommitGroup::Member* const other : turn.Members())
                         {
-                            EXPECT_EQ(other->outcome, CommitGroup::Outcome::kAlone);
-                            other->outcome = CommitGroup::Outcome::kCommitted;
+                            EXPECT_FALSE(other->committed);
+                            other->committed = true;
                             ++served;
                         }
                     }
-                    own[static_cast<std::size_t>(i)] +=
-                        member.outcome == CommitGroup::Outcome::kCommitted ? 1 : 0;
+                    own[static_cast<std::size_t>(i)] += member.committed ? 1 : 0;
                 }
             });
     for (std::thread& thread : threads)
