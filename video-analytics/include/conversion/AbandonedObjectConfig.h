@@ -5,7 +5,8 @@
 namespace profile_conversion::abandonedobject
 {
 
-class Rule : public frame::StillObjectRule
+// A zone in which something that stays is alarmed on.
+class Rule : public frame::DelayRule<3>
 {
 };
 using Rules = std::vector<Rule*>;

@@ -39,8 +39,7 @@ void objectcounting::OnvifDoc::NodeToObjectSizeFilters(Config& config, analytics
 {
     if (node == nullptr || doc == nullptr)
         return;
-    const std::string query = doc->ElementItemQry(true) + "[@Name=\"" + kObjectSizeFilters + "\"]";
-    if (const NodePointer filters = SelectNode(*doc, query, node))
+    if (const NodePointer filters = SelectNode(*doc, ElementItem(*doc, kObjectSizeFilters), node))
     {
         Line size;
         ReadRectangle(size, "AvgSize", *filters, *doc);

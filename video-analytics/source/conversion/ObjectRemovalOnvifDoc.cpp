@@ -29,7 +29,7 @@ struct EnginePart<Config> : CopiedRules<Config>
     // Unlike in the rule, the polygon stands in no item of its own, and also for an empty zone.
     static void CopyZone(OnvifDoc& writer, analytics::DocumentNode& copy, const Points& zone)
     {
-        const NodePointer polygon = AddContainer(copy, "Polygon");
+        const NodePointer polygon = AddChild(&copy, "Polygon");
         for (const Point& point : zone)
             writer.AddPointNode(polygon.get(), point);
     }

@@ -5,23 +5,19 @@
 namespace profile_conversion
 {
 using analytics::DocumentNode;
+using frame::AddChild;
 using frame::NodePointer;
 
 namespace
 {
 constexpr std::size_t kLinePoints = 2;
-
-NodePointer AddTo(DocumentNode* parent, const std::string& name)
-{
-    return parent == nullptr ? nullptr : frame::AddContainer(*parent, name);
-}
 } // namespace
 
 OnvifDoc::~OnvifDoc() = default;
 
 void OnvifDoc::AddPointNode(DocumentNode* parent, const Point& point)
 {
-    const NodePointer node = AddTo(parent, "Point");
+    const NodePointer node = AddChild(parent, "Point");
     if (node == nullptr)
         return;
     node->SetProperty("x", point.X());
@@ -30,7 +26,7 @@ void OnvifDoc::AddPointNode(DocumentNode* parent, const Point& point)
 
 void OnvifDoc::AddSimpleItemNode(DocumentNode* parent, const std::string& propertyName, int propertyValue)
 {
-    const NodePointer item = AddTo(parent, "SimpleItem");
+    const NodePointer item = AddChild(parent, "SimpleItem");
     if (item == nullptr)
         return;
     item->SetProperty("Name", propertyName);
@@ -40,7 +36,7 @@ void OnvifDoc::AddSimpleItemNode(DocumentNode* parent, const std::string& proper
 void OnvifDoc::AddSimpleItemNode(DocumentNode* parent, const std::string& propertyName,
                                  const std::string& propertyValue)
 {
-    if (const NodePointer item = AddTo(parent, "SimpleItem"))
+    if (const NodePointer item = AddChild(parent, "SimpleItem"))
         item->SetProperty(propertyName, propertyValue);
 }
 
@@ -49,9 +45,9 @@ void OnvifDoc::AddPolygonOrLineNode(DocumentNode* parent, const std::string& nam
 {
     if (parent == nullptr || points.empty())
         return;
-    const NodePointer item = addElementItem ? AddTo(parent, "ElementItem") : nullptr;
-    const NodePointer shape = AddTo(addElementItem ? item.get() : parent,
-                                    linePossible && points.size() == kLinePoints ? "Line" : "Polygon");
+    const NodePointer item = addElementItem ? AddChild(parent, "ElementItem") : nullptr;
+    const NodePointer shape = AddChild(addElementItem ? item.get() : parent,
+                                       linePossible && points.size() == kLinePoints ? "Line" : "Polygon");
     if (shape == nullptr)
         return;
     if (!name.empty())
@@ -62,7 +58,7 @@ void OnvifDoc::AddPolygonOrLineNode(DocumentNode* parent, const std::string& nam
 
 DocumentNode* OnvifDoc::AddRule(DocumentNode* parent, const std::string& name, const std::string& type)
 {
-    NodePointer rule = AddTo(parent, "Rule");
+    NodePointer rule = AddChild(parent, "Rule");
     if (rule != nullptr)
     {
         rule->SetProperty("Name", name);
@@ -74,7 +70,7 @@ DocumentNode* OnvifDoc::AddRule(DocumentNode* parent, const std::string& name, c
 DocumentNode* OnvifDoc::AddElementItem(DocumentNode* parent, const std::string& propertyName,
                                        const std::string& propertyValue)
 {
-    NodePointer item = AddTo(parent, "ElementItem");
+    NodePointer item = AddChild(parent, "ElementItem");
     if (item != nullptr)
         item->SetProperty(propertyName, propertyValue);
     return item.release();

@@ -1,17 +1,18 @@
 #include <SceneAnalyzerConverter.h>
 
-#include <analytics/PluginManager.h>
-#include <analytics/ProfileDoc.h>
-#include <analytics/Settings.h>
+#include "frame/Field.h"
+#include "frame/Nodes.h"
 
-#include "SceneAnalyzerFields.h"
+#include <analytics/PluginManager.h>
 
 namespace profile_conversion::sceneanalyzer
 {
+using namespace frame;
+
 namespace
 {
 
-constexpr frame::Field<Config> kNumbers[] = {
+constexpr Field<Config> kNumbers[] = {
     {"SceneType", &Config::SceneType, &Config::SceneType},
     {"Background", &Config::Background, &Config::Background},
     {"Tuning", &Config::Tuning, &Config::Tuning},
@@ -35,18 +36,6 @@ constexpr Shape<Config> kSizeShapes[] = {
     {"Rectangle", {"MinSize", &Config::MinObjectSize, &Config::MinObjectSize}},
     {"Rectangle", {"MaxSize", &Config::MaxObjectSize, &Config::MaxObjectSize}},
 };
-
-std::string Step(const std::string& element) { return analytics::Settings::OnvifPrefix() + ":" + element; }
-
-std::string Named(const std::string& element, const std::string& name)
-{
-    return element + "[@Name='" + name + "']";
-}
-
-std::string ElementItem(ProfileDoc& doc, const std::string& name)
-{
-    return Named(doc.ElementItemQry(true), name);
-}
 
 std::string PointsOf(const std::string& type, const std::string& name)
 {
@@ -125,7 +114,7 @@ void ReadPhysicalHeight(Calibration& calibration, DocumentNode* node, ProfileDoc
 void ReadExcludeZones(OnvifDoc& reader, Config& config, DocumentNode* engine, ProfileDoc* doc)
 {
     const std::string query = ElementItem(*doc, "ExcludeZones") + "/" + Step("Polygon");
-    for (const NodePointer& node : Owned(doc->SelectNodes(query, engine)))
+    for (const NodePointer& node : SelectNodes(*doc, query, engine))
     {
         Polygon zone;
         reader.NodeToPolygon(zone, node.get(), doc);
@@ -138,14 +127,13 @@ void ReadExcludeZones(OnvifDoc& reader, Config& config, DocumentNode* engine, Pr
 
 bool OnvifDoc::ConfigToDoc(const Config& config, std::string& xml)
 {
-    const analytics::PluginManager pluginManager;
     ProfileDoc doc;
-    if (!doc.ParseString(pluginManager.GetDefaultConfiguration(Config::Id())))
+    if (!doc.ParseString(analytics::PluginManager().GetDefaultConfiguration(Config::Id())))
         return false;
     const NodePointer engine(doc.SelectEngine(Config::Id()));
     if (engine == nullptr)
         return false;
-    for (const frame::Field<Config>& number : kNumbers)
+    for (const Field<Config>& number : kNumbers)
         doc.SetSimpleItemValue(number.Name(), number.Get(config), engine.get());
     const NodePointer calibration(SelectCalibrationNode(engine.get(), &doc));
     CalibrationToNode(config.GetCalibration(), calibration.get(), &doc);
@@ -180,7 +168,7 @@ void OnvifDoc::LineToNode(const Line& points, const std::string& type, const std
 {
     if (parent == nullptr || doc == nullptr)
         return;
-    const std::vector<NodePointer> nodes = Owned(doc->SelectNodes(PointsOf(type, propName), parent));
+    const std::vector<NodePointer> nodes = SelectNodes(*doc, PointsOf(type, propName), parent);
     if (nodes.size() != std::size(points))
         return;
     for (std::size_t i = 0; i < nodes.size(); ++i)
@@ -205,7 +193,7 @@ bool OnvifDoc::DocToConfig(const std::string& xml, Config& config)
     const NodePointer engine(doc.SelectEngine(Config::Id()));
     if (engine == nullptr)
         return false;
-    for (const frame::Field<Config>& number : kNumbers)
+    for (const Field<Config>& number : kNumbers)
         number.Set(config, doc.GetSimpleItemValue(number.Name(), number.Get(config), engine.get(), true));
     const NodePointer calibration(SelectCalibrationNode(engine.get(), &doc));
     NodeToCalibration(config.GetCalibration(), calibration.get(), &doc);
@@ -231,7 +219,7 @@ void OnvifDoc::NodeToPolygon(Polygon& polygon, DocumentNode* node, ProfileDoc* d
 {
     if (node == nullptr || doc == nullptr)
         return;
-    for (const NodePointer& point : Owned(doc->SelectNodes(Step("Point"), node)))
+    for (const NodePointer& point : SelectNodes(*doc, Step("Point"), node))
         polygon.push_back(PointOf(*point));
 }
 

@@ -1,18 +1,19 @@
 #include <SceneAnalyzerConverter.h>
 
-#include <analytics/Document.h>
-
-#include "SceneAnalyzerFields.h"
+#include "frame/Field.h"
+#include "frame/Nodes.h"
 
 namespace profile_conversion::sceneanalyzer
 {
+using namespace frame;
+
 namespace
 {
 
 constexpr char kVarloDocTemplate[] =
     R"(<?xml version="1.0" encoding="utf-8"?><analyticProfile version="2.0" name=""/>)";
 
-constexpr frame::Field<Config> kNumbers[] = {
+constexpr Field<Config> kNumbers[] = {
     {"sceneType", &Config::SceneType, &Config::SceneType},
     {"background", &Config::Background, &Config::Background},
     {"tuning", &Config::Tuning, &Config::Tuning},
@@ -93,7 +94,7 @@ void ReadPhysicalHeight(Calibration& calibration, DocumentNode* objectSizes, Doc
 void ReadExcludeZones(VarloDoc& reader, Config& config, DocumentNode* root, Document* doc)
 {
     // The names are not read: zones are numbered anew whenever they are written.
-    for (const NodePointer& node : Owned(doc->SelectNodes("./excludeZones/excludeZone", root)))
+    for (const NodePointer& node : SelectNodes(*doc, "./excludeZones/excludeZone", root))
     {
         Polygon zone;
         reader.NodeToPolygon(zone, node.get(), doc);
@@ -109,14 +110,12 @@ std::string VarloDoc::BehaviorNodeQry() { return "//analyticProfile"; }
 bool VarloDoc::DocToConfig(const std::string& xml, Config& config)
 {
     Document doc;
-    if (!doc.ParseString(xml))
-        return false;
-    const NodePointer root(doc.SelectNode(BehaviorNodeQry(), nullptr));
+    const NodePointer root = ParseAndSelect(doc, xml, BehaviorNodeQry());
     if (root == nullptr)
         return false;
     // `cameraPreset` is left alone: the preset goes out to clients and never comes in from them.
     config.ProfileName(root->GetProperty("name"));
-    for (const frame::Field<Config>& number : kNumbers)
+    for (const Field<Config>& number : kNumbers)
         number.Set(config,
                    doc.GetSingleValue(std::string("./") + number.Name(), number.Get(config), root.get()));
     const NodePointer calibration(SelectCalibrationNode(root.get(), &doc));
@@ -150,7 +149,7 @@ void VarloDoc::NodeToLine(Line& line, const std::string& expr, DocumentNode* par
 {
     if (parent == nullptr || doc == nullptr)
         return;
-    const std::vector<NodePointer> vertices = Owned(doc->SelectNodes(expr, parent));
+    const std::vector<NodePointer> vertices = SelectNodes(*doc, expr, parent);
     if (vertices.size() != std::size(line))
         return;
     for (std::size_t i = 0; i < vertices.size(); ++i)
@@ -168,14 +167,12 @@ void VarloDoc::NodeToPolygon(Polygon& polygon, DocumentNode* node, Document* doc
 bool VarloDoc::ConfigToDoc(const Config& config, std::string& xml)
 {
     Document doc;
-    if (!doc.ParseString(kVarloDocTemplate))
-        return false;
-    const NodePointer root(doc.SelectNode(BehaviorNodeQry(), nullptr));
+    const NodePointer root = ParseAndSelect(doc, kVarloDocTemplate, BehaviorNodeQry());
     if (root == nullptr)
         return false;
     root->SetProperty("name", config.ProfileName());
     AddChild(root.get(), "cameraPreset", config.CameraPreset());
-    for (const frame::Field<Config>& number : kNumbers)
+    for (const Field<Config>& number : kNumbers)
         AddChild(root.get(), number.Name(), number.Get(config));
     AddCalibrationNodes(config.GetCalibration(), root.get());
     AddObjectSizeFilterNodes(config.MinObjectSize(), config.MaxObjectSize(), root.get());

@@ -10,13 +10,6 @@
 namespace profile_conversion::frame
 {
 
-// A zone in which something that stays is alarmed on.
-class StillObjectRule : public DelayRule<3>
-{
-  protected:
-    ~StillObjectRule() = default;
-};
-
 // What such a model has above its rules.
 class StillObjectHead
 {

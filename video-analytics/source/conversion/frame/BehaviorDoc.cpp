@@ -22,11 +22,9 @@ void BehaviorNodes::AddPointsNodes(const Points& points, analytics::DocumentNode
 
 void BehaviorNodes::AddPointNodes(const Point& point, analytics::DocumentNode* parent)
 {
-    const NodePointer vertex = parent == nullptr ? nullptr : AddContainer(*parent, "vertex");
-    if (vertex == nullptr)
-        return;
-    const NodePointer x(vertex->AddNewChild("x", point.X()));
-    const NodePointer y(vertex->AddNewChild("y", point.Y()));
+    const NodePointer vertex = AddChild(parent, "vertex");
+    AddChild(vertex.get(), "x", point.X());
+    AddChild(vertex.get(), "y", point.Y());
 }
 
 Points BehaviorNodes::ReadPoints(const std::string& query, analytics::DocumentNode* context,

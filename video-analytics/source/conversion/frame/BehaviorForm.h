@@ -156,21 +156,21 @@ bool BehaviorDoc<Config>::ConfigToDoc(const Config& config, std::string& xml)
 template <class Config>
 void BehaviorDoc<Config>::AddRuleNode(Rule* rule, analytics::DocumentNode* parent)
 {
-    const NodePointer roi = rule == nullptr || parent == nullptr ? nullptr : AddContainer(*parent, "roi");
+    const NodePointer roi = rule == nullptr ? nullptr : AddChild(parent, "roi");
     if (roi == nullptr)
         return;
-    const NodePointer name(roi->AddNewChild("name", rule->Name()));
+    AddChild(roi.get(), "name", rule->Name());
     for (const RoiChild<Rule>& child : BehaviorForm<Config>::kRoiChildren)
     {
         const int value = child.field ? child.field->Get(*rule) : child.constant;
-        const NodePointer node(roi->AddNewChild(child.name, value));
+        const NodePointer node = AddChild(roi.get(), child.name, value);
         if (node == nullptr || !child.bounds)
             continue;
         node->SetProperty("min", child.bounds->min);
         node->SetProperty("max", child.bounds->max);
     }
     if (!rule->Zone().empty())
-        AddPointsNodes(rule->Zone(), AddContainer(*roi, "vertices").get());
+        AddPointsNodes(rule->Zone(), AddChild(roi.get(), "vertices").get());
 }
 
 } // namespace profile_conversion::frame

@@ -69,4 +69,13 @@ class Field
     std::variant<Accessors<int>, Accessors<bool>, Accessors<Severity>> m_accessors;
 };
 
+// A line of a model under its name in a document.
+template <class Model>
+struct LineField
+{
+    const char* name;
+    const Line& (Model::*get)() const;
+    void (Model::*set)(const Line&);
+};
+
 } // namespace profile_conversion::frame

@@ -1,12 +1,13 @@
 #pragma once
 
-#include <analytics/Document.h>
+#include <analytics/ProfileDoc.h>
+#include <analytics/Settings.h>
 
 #include <memory>
 #include <string>
 #include <vector>
 
-// The document's handles with an owner.
+// The document's handles with an owner, and the paths that the readers and writers share.
 namespace profile_conversion::frame
 {
 
@@ -48,10 +49,34 @@ inline std::vector<NodePointer> SelectNodes(analytics::Document& doc, const std:
     return Owned(doc.SelectNodes(query, context));
 }
 
-// A new child that only holds others; null if the document takes no more.
-inline NodePointer AddContainer(analytics::DocumentNode& parent, const std::string& name)
+// A new child; null below null, and if the document takes no more.
+template <class Value>
+NodePointer AddChild(analytics::DocumentNode* parent, const std::string& name, const Value& value)
 {
-    return NodePointer(parent.AddNewChild(name, ""));
+    return NodePointer(parent == nullptr ? nullptr : parent->AddNewChild(name, value));
+}
+// The same for one that only holds others.
+inline NodePointer AddChild(analytics::DocumentNode* parent, const std::string& name)
+{
+    return AddChild(parent, name, std::string());
+}
+
+// An element of the engine form, as a step of a path.
+inline std::string Step(const std::string& element)
+{
+    return analytics::Settings::OnvifPrefix() + ":" + element;
+}
+
+// The elements at the end of a path that have this name.
+inline std::string Named(const std::string& path, const std::string& name)
+{
+    return path + "[@Name='" + name + "']";
+}
+
+// The ElementItems of this name, from a rule or an engine module.
+inline std::string ElementItem(analytics::ProfileDoc& doc, const std::string& name)
+{
+    return Named(doc.ElementItemQry(true), name);
 }
 
 } // namespace profile_conversion::frame

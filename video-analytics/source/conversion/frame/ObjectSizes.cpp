@@ -4,8 +4,6 @@
 
 #include "frame/Nodes.h"
 
-#include <analytics/Settings.h>
-
 #include <OnvifDoc.h>
 
 #include <algorithm>
@@ -34,9 +32,8 @@ void ReadObjectSize(Line& line, const std::string& object, analytics::DocumentNo
 void ReadRectangle(Line& line, const std::string& rectangle, analytics::DocumentNode& filters,
                    analytics::ProfileDoc& doc)
 {
-    const std::string prefix = analytics::Settings::OnvifPrefix();
     Points points;
-    doc.GetPoints(points, prefix + ":Rectangle[@Name=\"" + rectangle + "\"]/" + prefix + ":Point", &filters);
+    doc.GetPoints(points, Named(Step("Rectangle"), rectangle) + "/" + Step("Point"), &filters);
     TakeFirst(line, points);
 }
 
@@ -50,7 +47,7 @@ void WriteObjectSize(const Line& line, const std::string& object, analytics::Doc
 
 void AddRectangle(const Line& line, const std::string& rectangle, analytics::DocumentNode* filters)
 {
-    const NodePointer shape = filters == nullptr ? nullptr : AddContainer(*filters, "Rectangle");
+    const NodePointer shape = AddChild(filters, "Rectangle");
     if (shape == nullptr)
         return;
     shape->SetProperty("Name", rectangle);

@@ -121,7 +121,7 @@ void RuleDoc<Config>::AddRuleNode(const Config& config, Rule* rule, analytics::D
     if (rule == nullptr || parent == nullptr)
         return;
     const NodePointer node(AddRule(parent, rule->Name(), Config::Id()));
-    const NodePointer parameters = node == nullptr ? nullptr : AddContainer(*node, "Parameters");
+    const NodePointer parameters = AddChild(node.get(), "Parameters");
     AddObjectSizeFiltersNode(config, parameters.get());
     for (const RuleItem<Rule>& item : RuleForm<Config>::kItems)
         AddSimpleItemNode(parameters.get(), item.field.Name(), item.field.Get(*rule));

@@ -2,8 +2,6 @@
 
 #include "frame/ObjectSizes.h"
 
-#include <analytics/Settings.h>
-
 namespace profile_conversion::frame
 {
 namespace
@@ -13,17 +11,10 @@ constexpr SizeFilter<StillObjectHead> kSizes[] = {
     {"maxObj", "MaxSize", &StillObjectHead::MaxSizeFilter, &StillObjectHead::MaxSizeFilter},
 };
 
-std::string Step(const std::string& name) { return analytics::Settings::OnvifPrefix() + ":" + name; }
-
-std::string ItemQry(analytics::ProfileDoc& doc, const std::string& name)
-{
-    return doc.ElementItemQry(true) + "[@Name=\"" + name + "\"]";
-}
-
 NodePointer FindOrAddItem(const std::string& name, analytics::DocumentNode& module,
                           analytics::DocumentNode& parameters, OnvifDoc& writer, analytics::ProfileDoc& doc)
 {
-    NodePointer item = SelectNode(doc, ItemQry(doc, name), &module);
+    NodePointer item = SelectNode(doc, ElementItem(doc, name), &module);
     return item != nullptr ? std::move(item) : NodePointer(writer.AddElementItem(&parameters, "Name", name));
 }
 } // namespace
@@ -45,11 +36,9 @@ std::string StillObjectTemplate(const std::string& word)
 
 void AddExcludeZoneNode(int number, const Polygon& zone, analytics::DocumentNode* parent)
 {
-    const NodePointer node = parent == nullptr ? nullptr : AddContainer(*parent, "excludeZone");
-    if (node == nullptr)
-        return;
-    const NodePointer name(node->AddNewChild("name", "Exclude " + std::to_string(number)));
-    const NodePointer vertices = AddContainer(*node, "vertices");
+    const NodePointer node = AddChild(parent, "excludeZone");
+    AddChild(node.get(), "name", "Exclude " + std::to_string(number));
+    const NodePointer vertices = AddChild(node.get(), "vertices");
     BehaviorNodes().AddPointsNodes(zone, vertices.get());
 }
 
@@ -82,7 +71,7 @@ void WriteStillObjectHead(const StillObjectHead& config, analytics::DocumentNode
 void ReadStillObjectModule(StillObjectHead& config, analytics::DocumentNode& module,
                            analytics::ProfileDoc& doc)
 {
-    if (const NodePointer filters = SelectNode(doc, ItemQry(doc, kObjectSizeFilters), &module))
+    if (const NodePointer filters = SelectNode(doc, ElementItem(doc, kObjectSizeFilters), &module))
         for (const SizeFilter<StillObjectHead>& size : kSizes)
         {
             Line line;
@@ -90,7 +79,7 @@ void ReadStillObjectModule(StillObjectHead& config, analytics::DocumentNode& mod
             (config.*size.set)(line);
         }
     for (const NodePointer& zone :
-         SelectNodes(doc, ItemQry(doc, "ExcludeZones") + "/" + Step("Polygon"), &module))
+         SelectNodes(doc, ElementItem(doc, "ExcludeZones") + "/" + Step("Polygon"), &module))
     {
         Polygon polygon;
         doc.GetPoints(polygon, Step("Point"), zone.get());
