@@ -1,14 +1,17 @@
 #include "net/OperatorsServer.h"
 
-#include "metrics/Health.h"
 #include "metrics/Metrics.h"
+#include "threads/Mutex.h"
 
 #include <analytics/Platform.h>
 #include <tarno/osa/TcpSocket.h>
 
 #include <array>
+#include <future>
 #include <memory>
 #include <sstream>
+#include <system_error>
+#include <thread>
 
 namespace tarno::osa
 {
@@ -24,6 +27,55 @@ Limits FewLimits()
     limits.maxRequestBytes = 16'384;
     limits.requestTime = std::chrono::seconds(10);
     return limits;
+}
+
+constexpr std::chrono::seconds kLongestHealthCheck{2};
+
+using Answer = std::shared_future<std::string>;
+
+bool IsReady(const Answer& answer, std::chrono::seconds limit)
+{
+    return answer.wait_for(limit) == std::future_status::ready;
+}
+
+// Of StoreHealth() on a thread of its own, once at a time: whoever comes while it runs gets the same answer.
+// Throws std::system_error without a thread.
+Answer AskStore()
+{
+    struct LastCheck
+    {
+        analytics::platform::Mutex lock;
+        Answer answer ANALYTICS_GUARDED_BY(lock);
+    };
+    // Never destroyed: a check that hangs on a disk may outlive everything.
+    static LastCheck& last = *new LastCheck;
+    const analytics::platform::MutexLock hold(last.lock);
+    if (!last.answer.valid() || IsReady(last.answer, {}))
+    {
+        std::packaged_task<std::string()> task(analytics::platform::StoreHealth);
+        Answer answer = task.get_future();
+        std::thread(std::move(task)).detach();
+        last.answer = std::move(answer);
+    }
+    return last.answer;
+}
+
+// Why the service can't do its work now, as a sentence; empty if it can.
+std::string Health()
+try
+{
+    const Answer answer = AskStore();
+    return IsReady(answer, kLongestHealthCheck)
+               ? answer.get()
+               : "The profile store doesn't answer; look at the disk that it is on";
+}
+catch (const std::system_error&)
+{
+    return "The service can't start a thread; allow the process more of them";
+}
+catch (const std::exception& failure)
+{
+    return failure.what();
 }
 
 constexpr const char* kSentence = "text/plain; charset=utf-8";
@@ -49,8 +101,7 @@ std::string OperatorsAnswer(const std::string& request)
         return Response("200 OK", analytics::platform::MetricsText(), method, kMetricsFormat);
     if (path == "/healthz" && (method == "GET" || method == "HEAD"))
     {
-        const std::string failure = analytics::platform::Health(analytics::platform::kLongestHealthCheck,
-                                                                analytics::platform::StoreHealth);
+        const std::string failure = Health();
         return failure.empty() ? Response("200 OK", "ok", method)
                                : Response("503 Service Unavailable", failure + '\n', method);
     }
