@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace analytics
@@ -40,18 +41,7 @@ class Manifest
   public:
     Manifest() = default;
     // Valid if the identifier isn't empty.
-    explicit Manifest(const ManifestFields& fields)
-        : m_id(fields.id),
-          m_alias(fields.alias),
-          m_name(fields.name),
-          m_home(fields.home),
-          m_fixedCameraPosition(fields.fixedCameraPosition),
-          m_resourceRequirement(fields.resourceRequirement),
-          m_dependencies(fields.dependencies),
-          m_type(fields.type),
-          m_supportsAdvancedMode(fields.supportsAdvancedMode)
-    {
-    }
+    explicit Manifest(ManifestFields fields) : m_fields(std::move(fields)) {}
     Manifest(const Manifest&) = default;
     Manifest(Manifest&&) noexcept = default;
     Manifest& operator=(const Manifest&) = default;
@@ -59,30 +49,22 @@ class Manifest
     virtual ~Manifest() = default;
 
     // References live as long as the manifest.
-    const std::string& Id() const { return m_id; }
-    const std::string& Alias() const { return m_alias; }
-    const std::string& Name() const { return m_name; }
-    const std::string& Home() const { return m_home; }
-    const std::string& Type() const { return m_type; }
+    const std::string& Id() const { return m_fields.id; }
+    const std::string& Alias() const { return m_fields.alias; }
+    const std::string& Name() const { return m_fields.name; }
+    const std::string& Home() const { return m_fields.home; }
+    const std::string& Type() const { return m_fields.type; }
     // The Id() or Alias() of each plug-in that this one needs, in the order of the manifest file.
-    std::vector<std::string> Dependencies() const { return m_dependencies; }
+    std::vector<std::string> Dependencies() const { return m_fields.dependencies; }
     // What the plug-in costs of Settings::MaxResource(), in the same unit.
-    std::uint32_t ResourceRequirement() const { return m_resourceRequirement; }
+    std::uint32_t ResourceRequirement() const { return m_fields.resourceRequirement; }
     // True if the plug-in works only while the camera does not move.
-    bool FixedCameraPosition() const { return m_fixedCameraPosition; }
-    bool SupportsAdvancedMode() const { return m_supportsAdvancedMode; }
-    bool Valid() const { return !m_id.empty(); }
+    bool FixedCameraPosition() const { return m_fields.fixedCameraPosition; }
+    bool SupportsAdvancedMode() const { return m_fields.supportsAdvancedMode; }
+    bool Valid() const { return !m_fields.id.empty(); }
 
   private:
-    std::string m_id;
-    std::string m_alias;
-    std::string m_name;
-    std::string m_home;
-    bool m_fixedCameraPosition = false;
-    std::uint32_t m_resourceRequirement = 0;
-    std::vector<std::string> m_dependencies;
-    std::string m_type;
-    bool m_supportsAdvancedMode = false;
+    ManifestFields m_fields;
 };
 
 using ManifestArray = std::vector<Manifest>;

@@ -7,9 +7,9 @@
 #include "xml/XmlFile.h"
 
 #include <algorithm>
-#include <array>
 #include <functional>
 #include <limits>
+#include <utility>
 
 namespace analytics::platform
 {
@@ -56,7 +56,7 @@ bool ReadPlugin(const std::string& home, Plugin& plugin, PluginProblem& problem)
         return false;
     }
     fields->home = home;
-    plugin.manifest = Manifest(*fields);
+    plugin.manifest = Manifest(std::move(*fields));
     plugin.engineDefault = ReadText(home + '/' + kEngineFile);
     plugin.clientsDefault = ReadText(home + '/' + kBehaviorFile);
     const std::string factory = home + '/' + kFactoryFile;
@@ -66,8 +66,6 @@ bool ReadPlugin(const std::string& home, Plugin& plugin, PluginProblem& problem)
 
 namespace
 {
-constexpr std::array kTypes = {"source", "engine", "rule", "sink"};
-
 struct TextField
 {
     const char* query;
@@ -130,7 +128,7 @@ std::string TextFault(const XmlFile& xml, const ManifestFields& fields)
 {
     if (xml.RootName() != "manifest")
         return "the root element is " + xml.RootName() + " and has to be manifest";
-    if (std::ranges::find(kTypes, fields.type) == kTypes.end())
+    if (std::ranges::find(kPluginTypes, fields.type) == kPluginTypes.end())
         return "the type is \"" + fields.type.substr(0, 40) + "\" and has to be source, engine, rule or sink";
     return fields.id.empty() ? "the id is missing or empty" : "";
 }

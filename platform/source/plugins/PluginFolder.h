@@ -37,6 +37,9 @@ struct Plugin
     std::string factory;       // path of factory.so; empty if there is none
 };
 
+// As a manifest names them, in the order of PluginType.
+inline constexpr std::array kPluginTypes = {"source", "engine", "rule", "sink"};
+
 // The files that a plug-in's folder may hold.
 inline constexpr const char* kManifestFile = "manifest.xml";
 inline constexpr const char* kEngineFile = "engine.xml";

@@ -7,12 +7,11 @@
 #include "settings/Configuration.h"
 #include "threads/PerPath.h"
 
-#include <iterator>
-
 namespace analytics
 {
 namespace
 {
+using platform::kPluginTypes;
 using platform::Plugin;
 using platform::PluginCatalog;
 using platform::PluginText;
@@ -44,9 +43,6 @@ std::string TextOf(const std::string& id, PluginText Plugin::*file)
                                return content.text;
                            });
 }
-
-// In the order of PluginType.
-constexpr const char* kTypes[] = {"source", "engine", "rule", "sink"};
 } // namespace
 
 void PluginManager::GetManifest(Manifest& manifest, const std::string& id) const
@@ -66,7 +62,7 @@ void PluginManager::GetManifests(ManifestArray& manifests) const { GetManifests(
 void PluginManager::GetManifests(ManifestArray& manifests, PluginType type) const
 {
     const auto catalog = Catalog();
-    const std::string wanted = type < std::size(kTypes) ? kTypes[type] : "";
+    const std::string wanted = type < kPluginTypes.size() ? kPluginTypes[type] : "";
     manifests.reserve(manifests.size() + catalog->All().size());
     for (const Plugin& plugin : catalog->All())
         if (type == AllPlugin || plugin.manifest.Type() == wanted)
