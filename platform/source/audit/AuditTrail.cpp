@@ -161,24 +161,12 @@ std::vector<AuditEntry> AccessRefusals::Due(Clock::time_point now)
     return told;
 }
 
-std::vector<AuditEntry> AccessRefusals::Rest()
-{
-    std::vector<AuditEntry> told;
-    for (const auto& [peer, window] : m_windows)
-        if (window.last.count > 0)
-            told.push_back(window.last);
-    m_windows.clear();
-    return told;
-}
-
 AuditTrail::AuditTrail(std::string target) : m_target(std::move(target)) {}
 
 AuditTrail::~AuditTrail()
 {
     m_ticker.reset();
-    const MutexLock hold(m_lock);
-    for (const AuditEntry& entry : m_refusals.Rest())
-        WriteLine(entry);
+    WriteDue(AccessRefusals::Clock::now() + AccessRefusals::kWindow);
 }
 
 void AuditTrail::Write(const AuditEntry& entry)
@@ -193,13 +181,13 @@ void AuditTrail::WriteRefusedAccess(const AuditEntry& entry)
     for (const AuditEntry& told : m_refusals.Add(entry, AccessRefusals::Clock::now()))
         WriteLine(told);
     if (!m_ticker)
-        m_ticker.emplace(kTick, [this] { WriteDue(); });
+        m_ticker.emplace(kTick, [this] { WriteDue(AccessRefusals::Clock::now()); });
 }
 
-void AuditTrail::WriteDue()
+void AuditTrail::WriteDue(AccessRefusals::Clock::time_point now)
 {
     const MutexLock hold(m_lock);
-    for (const AuditEntry& entry : m_refusals.Due(AccessRefusals::Clock::now()))
+    for (const AuditEntry& entry : m_refusals.Due(now))
         WriteLine(entry);
 }
 
@@ -223,7 +211,10 @@ void AuditTrail::WriteLine(const AuditEntry& entry) noexcept
         else if ((IsOpen() || OpenFile()) && Append(line.text + '\n'))
             m_outage.End("The audit trail " + m_target + " is written again.");
         else
-            Lose(errno);
+        {
+            Complain(errno);
+            gAuditErrors.Add();
+        }
     }
     catch (const std::exception&) // no memory
     {
@@ -255,12 +246,6 @@ bool AuditTrail::Append(const std::string& line)
         errno = ENOSPC;
     }
     return false;
-}
-
-void AuditTrail::Lose(int error)
-{
-    gAuditErrors.Add();
-    Complain(error);
 }
 
 void AuditTrail::Complain(int error)

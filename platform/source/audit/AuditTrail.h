@@ -66,10 +66,8 @@ class AccessRefusals
 
     // What to report at once, if anything.
     std::vector<AuditEntry> Add(AuditEntry entry, Clock::time_point now);
-    // What to report now.
+    // What to report now; at the end all that is left, with a time that is kWindow ahead.
     std::vector<AuditEntry> Due(Clock::time_point now);
-    // What is left to report at the end.
-    std::vector<AuditEntry> Rest();
 
   private:
     struct Window
@@ -101,12 +99,11 @@ class AuditTrail
     void Open();
 
   private:
-    void WriteDue();
+    void WriteDue(AccessRefusals::Clock::time_point now);
     void WriteLine(const AuditEntry& entry) noexcept ANALYTICS_REQUIRES(m_lock);
     bool IsOpen() ANALYTICS_REQUIRES(m_lock);
     bool OpenFile() ANALYTICS_REQUIRES(m_lock);
     bool Append(const std::string& line) ANALYTICS_REQUIRES(m_lock);
-    void Lose(int error) ANALYTICS_REQUIRES(m_lock);
     void Complain(int error) ANALYTICS_REQUIRES(m_lock);
 
     const std::string m_target;

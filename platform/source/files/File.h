@@ -30,8 +30,6 @@ class FileHandle
     }
 
     int Get() const { return m_handle; }
-    // Closing it is the caller's from then on.
-    int Release() { return std::exchange(m_handle, -1); }
     explicit operator bool() const { return m_handle >= 0; }
 
   private:

@@ -12,29 +12,19 @@ namespace
 {
 constexpr std::size_t kMostSaid = 64; // that are remembered
 
-struct Said
-{
-    Mutex lock;
-    TimedCache<bool, kMostSaid> sentences ANALYTICS_GUARDED_BY(lock);
-};
-
-Said& TheSaid()
-{
-    static Said said;
-    return said;
-}
+Mutex gSaidLock;
+TimedCache<bool, kMostSaid> gSaid ANALYTICS_GUARDED_BY(gSaidLock);
 } // namespace
 
 void Say(const std::string& sentence) { std::fputs((sentence + '\n').c_str(), stderr); }
 
 void SayOnce(const std::string& sentence)
 {
-    Said& said = TheSaid();
-    const MutexLock hold(said.lock);
+    const MutexLock hold(gSaidLock);
     const Outage::Clock::time_point now = Outage::Clock::now();
-    if (said.sentences.Find(sentence, now) != nullptr)
+    if (gSaid.Find(sentence, now) != nullptr)
         return;
-    said.sentences.Put(sentence, true, now + Outage::kQuiet);
+    gSaid.Put(sentence, true, now + Outage::kQuiet);
     Say(sentence);
 }
 

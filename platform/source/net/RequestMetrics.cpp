@@ -34,24 +34,27 @@ constexpr std::array<std::string_view, 17> kOperations = {"AlgorithmControl",
                                                           "StopProfile",
                                                           "other"};
 constexpr std::size_t kOther = kOperations.size() - 1;
-constexpr std::array<const char*, 4> kOutcomes = {"ok", "client_fault", "server_fault", "dropped"};
 constexpr std::size_t kFaultWithin = 2000; // bytes; a fault's code stands before its sentence
+
+// A counter of the family for each value of its label.
+template <class... Values>
+std::array<Counter, sizeof...(Values)> ByLabel(const char* family, const char* help, const std::string& label,
+                                               Values... values)
+{
+    return {Counter(family, help, label + "=\"" + values + '"')...};
+}
 
 // A row for each operation.
 struct Operation
 {
     explicit Operation(const std::string& label)
-        : outcomes{Requests(label, 0), Requests(label, 1), Requests(label, 2), Requests(label, 3)},
+        : outcomes(ByLabel("varlo_requests_total", "Requests that were served.", label + ",outcome", "ok",
+                           "client_fault", "server_fault", "dropped")),
           seconds("varlo_request_seconds", "From a whole request to its answer.", label)
     {
     }
-    static Counter Requests(const std::string& label, std::size_t outcome)
-    {
-        return Counter("varlo_requests_total", "Requests that were served.",
-                       label + ",outcome=\"" + kOutcomes[outcome] + '"');
-    }
 
-    std::array<Counter, kOutcomes.size()> outcomes;
+    std::array<Counter, 4> outcomes;
     Histogram seconds;
 };
 
@@ -116,26 +119,12 @@ std::string_view LocalName(std::string_view tag)
 }
 
 Gauge gConnections("varlo_connections", "Connections that are open.");
-Counter Connections(const char* outcome)
-{
-    return Counter("varlo_connections_total", "Connections that have ended.",
-                   std::string("outcome=\"") + outcome + '"');
-}
-std::array<Counter, 4> gEnded = {Connections("served"), Connections("refused"), Connections("timed_out"),
-                                 Connections("dropped")};
-
-Counter Handshakes(const char* kind)
-{
-    return Counter("varlo_tls_handshakes_total", "TLS handshakes.", std::string("kind=\"") + kind + '"');
-}
-std::array<Counter, 3> gHandshakes = {Handshakes("full"), Handshakes("resumed"), Handshakes("failed")};
-
-Counter Refusals(const char* reason)
-{
-    return Counter("varlo_access_refused_total", "Requests that were refused for who sent them.",
-                   std::string("reason=\"") + reason + '"');
-}
-std::array<Counter, 3> gRefused = {Refusals("password"), Refusals("throttled"), Refusals("certificate")};
+auto gEnded = ByLabel("varlo_connections_total", "Connections that have ended.", "outcome", "served",
+                      "refused", "timed_out", "dropped");
+auto gHandshakes =
+    ByLabel("varlo_tls_handshakes_total", "TLS handshakes.", "kind", "full", "resumed", "failed");
+auto gRefused = ByLabel("varlo_access_refused_total", "Requests that were refused for who sent them.",
+                        "reason", "password", "throttled", "certificate");
 
 } // namespace
 

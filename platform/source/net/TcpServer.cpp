@@ -29,32 +29,21 @@ namespace
 {
 
 // What the host can ask of the platform about its server: the one started last.
-struct Registry
-{
-    Mutex lock;
-    std::weak_ptr<Server> server ANALYTICS_GUARDED_BY(lock);
-    std::string failure ANALYTICS_GUARDED_BY(lock);
-};
+Mutex gLastLock;
+std::weak_ptr<Server> gLast ANALYTICS_GUARDED_BY(gLastLock);
+std::string gLastFailure ANALYTICS_GUARDED_BY(gLastLock);
 
-Registry& TheRegistry()
+void SetLast(const std::shared_ptr<Server>& server, const std::string& failure)
 {
-    static Registry registry;
-    return registry;
+    const MutexLock hold(gLastLock);
+    gLast = server;
+    gLastFailure = failure;
 }
 
-void Register(const std::shared_ptr<Server>& server, const std::string& failure)
+std::shared_ptr<Server> Last()
 {
-    Registry& registry = TheRegistry();
-    const MutexLock hold(registry.lock);
-    registry.server = server;
-    registry.failure = failure;
-}
-
-std::shared_ptr<Server> RegisteredServer()
-{
-    Registry& registry = TheRegistry();
-    const MutexLock hold(registry.lock);
-    return registry.server.lock();
+    const MutexLock hold(gLastLock);
+    return gLast.lock();
 }
 
 // Why one of the addresses in the settings can't be listened on, whatever else runs on this machine.
@@ -74,64 +63,53 @@ catch (const std::runtime_error& fault)
 } // namespace
 
 // The server behind it, and what it will be started with.
-class TcpServer::Loop
+struct TcpServer::Loop
 {
-  public:
-    Loop(std::string address, unsigned short port) : m_address(std::move(address)), m_port(port) {}
-
-    void BufferSize(unsigned int bytes)
-    {
-        const MutexLock hold(m_lock);
-        m_bufferBytes = bytes;
-    }
-    std::shared_ptr<Server> Running() const
-    {
-        const MutexLock hold(m_lock);
-        return m_running;
-    }
     // Returns the URL.
     std::string Start(ITcpSocketAccept* acceptor, unsigned short backlog);
+    std::shared_ptr<Server> Running()
+    {
+        const MutexLock hold(lock);
+        return running;
+    }
 
-  private:
-    const std::string m_address;
-    const unsigned short m_port;
-    mutable Mutex m_lock;
-    unsigned int m_bufferBytes ANALYTICS_GUARDED_BY(m_lock) = 0;
-    std::shared_ptr<Server> m_running ANALYTICS_GUARDED_BY(m_lock);
-    std::unique_ptr<OperatorsServer> m_operators ANALYTICS_GUARDED_BY(m_lock);
+    const std::string address;
+    const unsigned short port;
+    Mutex lock = {};
+    unsigned int bufferBytes ANALYTICS_GUARDED_BY(lock) = 0;
+    std::shared_ptr<Server> running ANALYTICS_GUARDED_BY(lock) = {};
+    std::unique_ptr<OperatorsServer> operators ANALYTICS_GUARDED_BY(lock) = {};
 };
 
 std::string TcpServer::Loop::Start(ITcpSocketAccept* acceptor, unsigned short backlog)
 {
-    const MutexLock hold(m_lock);
+    const MutexLock hold(lock);
     if (acceptor == nullptr)
         throw SocketException(SocketException::kInvalid,
                               "The server was given nobody to serve its connections");
-    if (m_running != nullptr && m_running->Listening())
+    if (running != nullptr && running->Listening())
         throw SocketException(SocketException::kInvalid, "The server is listening already; stop it first");
-    const auto endpoint = ConfiguredEndpoint(m_address, m_port);
-    Access access = ConfiguredAccess(m_address, m_port);
+    const auto endpoint = ConfiguredEndpoint(address, port);
+    Access access = ConfiguredAccess(address, port);
     const char* const scheme = access.tls == nullptr ? "http" : "https";
     // A thread that waits for memory, or for others' part of a commit, leaves its turn to others.
     analytics::platform::Event::OnWaiting(LeaderFollowers::Blocked);
-    std::unique_ptr<OperatorsServer> operators;
+    std::unique_ptr<OperatorsServer> forOperators;
     if (const auto metrics = access.roles ? ConfiguredMetrics() : std::nullopt)
     {
-        operators = std::make_unique<OperatorsServer>(*metrics);
-        analytics::platform::Say("metrics on " + operators->Url());
+        forOperators = std::make_unique<OperatorsServer>(*metrics);
+        analytics::platform::Say("metrics on " + forOperators->Url());
     }
     analytics::platform::OpenAuditTrail();
-    const auto loop = std::make_shared<Server>(*acceptor, LimitsFromSettings(), std::move(access));
-    std::string url = loop->Start({endpoint.address, endpoint.port, backlog, m_bufferBytes, scheme});
-    m_running = loop;
-    m_operators = std::move(operators);
-    Register(loop, "");
+    const auto server = std::make_shared<Server>(*acceptor, LimitsFromSettings(), std::move(access));
+    std::string url = server->Start({endpoint.address, endpoint.port, backlog, bufferBytes, scheme});
+    running = server;
+    operators = std::move(forOperators);
+    SetLast(server, "");
     return url;
 }
 
-TcpServer::TcpServer(const char* address, unsigned short port) : m_loop(std::make_shared<Loop>(address, port))
-{
-}
+TcpServer::TcpServer(const char* address, unsigned short port) : m_loop(new Loop{address, port}) {}
 
 TcpServer::~TcpServer() { TcpServer::Stop(); }
 
@@ -147,7 +125,11 @@ void TcpServer::Stop()
         running->Stop();
 }
 
-void TcpServer::SetBufferSize(unsigned int bytes) const { m_loop->BufferSize(bytes); }
+void TcpServer::SetBufferSize(unsigned int bytes) const
+{
+    const MutexLock hold(m_loop->lock);
+    m_loop->bufferBytes = bytes;
+}
 
 void TcpServer::Start(ITcpSocketAccept* acceptor, unsigned short backlog)
 {
@@ -158,12 +140,12 @@ void TcpServer::Start(ITcpSocketAccept* acceptor, unsigned short backlog)
     }
     catch (const SocketException& failure)
     {
-        Register(nullptr, failure.what());
+        SetLast(nullptr, failure.what());
         throw;
     }
     catch (const std::exception& failure)
     {
-        Register(nullptr, failure.what());
+        SetLast(nullptr, failure.what());
         throw SocketException(SocketException::kBindError, failure.what());
     }
     if (const auto& onListening = analytics::platform::CurrentConfiguration().onListening)
@@ -177,15 +159,14 @@ namespace analytics::platform
 
 std::string ServerFailure()
 {
-    tarno::osa::Registry& registry = tarno::osa::TheRegistry();
-    const MutexLock hold(registry.lock);
-    return registry.failure;
+    const MutexLock hold(tarno::osa::gLastLock);
+    return tarno::osa::gLastFailure;
 }
 
 bool DrainServer(std::chrono::milliseconds limit)
 {
     // Holding it keeps it alive while somebody else lets go of it.
-    const auto server = tarno::osa::RegisteredServer();
+    const auto server = tarno::osa::Last();
     return server == nullptr || server->Drain(limit);
 }
 
@@ -235,7 +216,7 @@ bool CheckConfiguration(bool all)
 std::size_t Reload()
 {
     RefreshSettings();
-    if (const auto server = tarno::osa::RegisteredServer())
+    if (const auto server = tarno::osa::Last())
         server->RenewAccess();
     ReadPlugins();
     OpenAuditTrail();

@@ -27,6 +27,12 @@ void RequireIn(StoreConnection& connection, int profile, const std::string& refu
         throw ClientFault(refusal);
 }
 
+std::optional<int> ActiveIn(StoreConnection& connection)
+{
+    Query row(connection, "SELECT active_profile FROM state WHERE active_profile IS NOT NULL");
+    return row.Next() ? std::optional(row.Number(0)) : std::nullopt;
+}
+
 void PutIn(StoreConnection& connection, int profile, const StoredConfiguration& stored)
 {
     Insert(connection,

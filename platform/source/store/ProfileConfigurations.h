@@ -18,6 +18,9 @@ class StoreConnection;
 // ClientFault unless the profile exists, and then with `refusal` if it isn't empty.
 void RequireIn(platform::StoreConnection& connection, int profile, const std::string& refusal = "");
 
+// The active profile; nothing if none is.
+std::optional<int> ActiveIn(platform::StoreConnection& connection);
+
 void PutIn(platform::StoreConnection& connection, int profile, const StoredConfiguration& stored);
 // False if the profile holds it already.
 bool AddIn(platform::StoreConnection& connection, int profile, const StoredConfiguration& stored);

@@ -55,19 +55,6 @@ auto OnProfile(int profile, const std::string& refusal, const char* sql, const V
     };
 }
 
-// What the first row begins with, by Query::Number or Flag; nothing if there is none.
-template <class Value, class... Values>
-std::optional<Value> FirstOf(ProfileStore& store, Value (Query::*read)(int), const char* sql,
-                             const Values&... values)
-{
-    return store.Get(
-        [&](StoreConnection& connection)
-        {
-            Query row(connection, sql, values...);
-            return row.Next() ? std::optional((row.*read)(0)) : std::nullopt;
-        });
-}
-
 template <class Value>
 bool Take(std::optional<Value> found, Value& target)
 {
@@ -240,9 +227,7 @@ bool ProfileManager::AlgorithmControl(int command)
 
 bool ProfileManager::GetActiveProfile(int& profileId) const
 {
-    Take(FirstOf(*m_store, &Query::Number,
-                 "SELECT active_profile FROM state WHERE active_profile IS NOT NULL"),
-         profileId);
+    Take(m_store->Get(ActiveIn), profileId);
     return true;
 }
 
@@ -381,7 +366,12 @@ bool ProfileManager::DeleteEngine(int profileId, const std::string& id)
 
 bool ProfileManager::GetMDActiveState()
 {
-    return FirstOf(*m_store, &Query::Flag, "SELECT md_active FROM state").value_or(false);
+    return m_store->Get(
+        [](StoreConnection& connection)
+        {
+            Query row(connection, "SELECT md_active FROM state");
+            return row.Next() && row.Flag(0);
+        });
 }
 
 bool ProfileManager::HasEnoughResource(int profileId, const std::string& id)

@@ -30,7 +30,6 @@ constexpr const char* kDescribe = "UPDATE profile SET name = ifnull(nullif(?, ''
                                   " preset = ifnull(nullif(?, ''), preset) WHERE id = ?";
 
 // What the engine is shown: the active profile and what is switched on.
-constexpr const char* kActive = "SELECT active_profile FROM state WHERE active_profile IS NOT NULL";
 constexpr const char* kState = "SELECT analytics_run, md_active, sequence, profile.id, name, preset"
                                " FROM state LEFT JOIN profile ON profile.id = active_profile";
 // An engine may have seen larger numbers than those of a store that was put back.
@@ -59,12 +58,6 @@ void RequireRole(Role needed)
     throw ClientFault(
         (caller->name.empty() ? "Nobody" : caller->name) +
         (needed == Role::Administrator ? " may not change profiles" : " may not run or stop anything"));
-}
-
-std::optional<int> ActiveIn(StoreConnection& connection)
-{
-    Query row(connection, kActive);
-    return row.Next() ? std::optional(row.Number(0)) : std::nullopt;
 }
 
 // What it holds was admitted when it was stored, also if that was in another request than this thread's.

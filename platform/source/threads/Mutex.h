@@ -45,12 +45,6 @@ class ANALYTICS_CAPABILITY("mutex") Mutex
 class CondVar
 {
   public:
-    void Wait(Mutex& mutex) ANALYTICS_REQUIRES(mutex)
-    {
-        std::unique_lock<std::mutex> lock(mutex.m_mutex, std::adopt_lock);
-        m_condition.wait(lock);
-        lock.release();
-    }
     void WaitFor(Mutex& mutex, std::chrono::milliseconds time) ANALYTICS_REQUIRES(mutex)
     {
         std::unique_lock<std::mutex> lock(mutex.m_mutex, std::adopt_lock);

@@ -14,6 +14,7 @@ namespace analytics::xml
 {
 namespace
 {
+constexpr std::size_t kMaxBytes = std::size_t{64} << 20U;
 constexpr int kMaxDepth = 256;
 constexpr int kMaxAttributes = 256;
 
@@ -33,7 +34,7 @@ using Parser = std::unique_ptr<XML_ParserStruct, decltype([](XML_Parser parser) 
 class Judge
 {
   public:
-    Judge(XML_Parser parser, const Limits& limits) : m_parser(parser), m_limits(limits)
+    Judge(XML_Parser parser, Doctype doctype) : m_parser(parser), m_doctype(doctype)
     {
         XML_SetUserData(parser, this);
         XML_SetElementHandler(parser, Begin, End);
@@ -92,7 +93,7 @@ class Judge
     {
         Judge& judge = Self(self);
         const bool named = system != nullptr || publicId != nullptr;
-        if (inner != 0 || (named && !judge.m_limits.namedType))
+        if (inner != 0 || (named && judge.m_doctype == Doctype::NameAlone))
             judge.Refuse("a document type declaration is not accepted");
     }
 
@@ -117,7 +118,7 @@ class Judge
     }
 
     XML_Parser m_parser;
-    const Limits& m_limits;
+    const Doctype m_doctype;
     Survey m_survey;
     const char* m_refusal = nullptr;
     int m_depth = 0;
@@ -209,18 +210,18 @@ void ReplaceSections(pugi::xml_document& tree)
 }
 } // namespace
 
-std::optional<Survey> Check(std::string_view text, SyntaxError& error, const Limits& limits)
+std::optional<Survey> Check(std::string_view text, SyntaxError& error, Doctype doctype)
 {
     if (text.empty())
         return Refused(error, 1, "the document is empty");
-    if (text.size() > limits.bytes)
+    if (text.size() > kMaxBytes)
         return Refused(error, 0, "the document is too large");
     // Where it is allowed expat takes the text for UTF-16.
     if (const std::size_t nul = text.find('\0'); nul != std::string_view::npos)
         return Refused(error, static_cast<int>(std::count(text.begin(), text.begin() + nul, '\n')) + 1,
                        "the document holds a NUL character");
     Parser parser = TakeParser();
-    const auto survey = Judge(parser.get(), limits).Run(text, error);
+    const auto survey = Judge(parser.get(), doctype).Run(text, error);
     if (text.size() <= kKeptParserBytes)
         SwapWithKept(parser);
     return survey;
@@ -235,9 +236,9 @@ bool Build(std::string_view text, const Survey& survey, pugi::xml_document& tree
     return loaded;
 }
 
-bool Read(std::string_view text, pugi::xml_document& tree, SyntaxError& error, const Limits& limits)
+bool Read(std::string_view text, pugi::xml_document& tree, SyntaxError& error, Doctype doctype)
 {
-    const auto survey = Check(text, error, limits);
+    const auto survey = Check(text, error, doctype);
     if (survey && Build(text, *survey, tree))
         return true;
     if (survey)

@@ -23,14 +23,12 @@ struct SyntaxError
     int column = 0;     // in characters, counted from 1; 0 if the line is 0
 };
 
-// What is refused beyond what isn't well-formed. No setting: 256 levels of elements, 256 attributes an
-// element.
-struct Limits
+// What a document type declaration may hold: the name alone, or also that of a file, which is passed over
+// (<!DOCTYPE a SYSTEM "a.dtd">).
+enum class Doctype
 {
-    std::size_t bytes = std::size_t{64} << 20U;
-    // A document type declaration that names a file (<!DOCTYPE a SYSTEM "a.dtd">) is passed over; otherwise
-    // it may hold the name alone.
-    bool namedType = false;
+    NameAlone,
+    NamesFile
 };
 
 // What was seen in a text that passed.
@@ -42,8 +40,9 @@ struct Survey
 };
 
 // Judges the text alone, at about a third of the cost of Read() and without memory that grows with it.
-// Nothing, and `error` filled, if it is refused.
-std::optional<Survey> Check(std::string_view text, SyntaxError& error, const Limits& limits = {});
+// Nothing, and `error` filled, if it is refused. That goes beyond what isn't well-formed: 64 MiB, 256 levels
+// of elements and 256 attributes an element are the most.
+std::optional<Survey> Check(std::string_view text, SyntaxError& error, Doctype doctype = Doctype::NameAlone);
 
 // Reads a text that has passed into `tree`: elements, texts with all their white space (CDATA sections too),
 // comments, processing instructions and the document type, but no XML declaration. With `embed` a text that
@@ -52,7 +51,8 @@ std::optional<Survey> Check(std::string_view text, SyntaxError& error, const Lim
 bool Build(std::string_view text, const Survey& survey, pugi::xml_document& tree, bool embed = false);
 
 // Both.
-bool Read(std::string_view text, pugi::xml_document& tree, SyntaxError& error, const Limits& limits = {});
+bool Read(std::string_view text, pugi::xml_document& tree, SyntaxError& error,
+          Doctype doctype = Doctype::NameAlone);
 
 // All text below the node.
 std::string Content(pugi::xml_node node);

@@ -9,9 +9,7 @@ namespace analytics::platform
 std::unique_ptr<XmlFile> XmlFile::Parse(const std::string& text, xml::SyntaxError& error)
 {
     std::unique_ptr<XmlFile> file(new XmlFile(text));
-    xml::Limits limits;
-    limits.namedType = true;
-    return xml::Read(text, file->m_tree, error, limits) ? std::move(file) : nullptr;
+    return xml::Read(text, file->m_tree, error, xml::Doctype::NamesFile) ? std::move(file) : nullptr;
 }
 
 std::string XmlFile::RootName() const { return m_tree.document_element().name(); }

@@ -8,6 +8,7 @@ using namespace std::chrono_literals;
 namespace
 {
 const AccessRefusals::Clock::time_point kStart(1000s);
+constexpr auto kWindow = AccessRefusals::kWindow;
 
 AuditEntry From(const std::string& peer, const std::string& user = "guard")
 {
@@ -89,9 +90,9 @@ TEST(AccessRefusalsTest, WhatIsLeftIsToldAtTheEnd)
 {
     AccessRefusals refusals;
     refusals.Add(From("192.0.2.1"), kStart);
-    EXPECT_EQ(Told(refusals.Rest()), Lines{});
+    EXPECT_EQ(Told(refusals.Due(kStart + kWindow)), Lines{});
     refusals.Add(From("192.0.2.1"), kStart);
     refusals.Add(From("192.0.2.1"), kStart + 1s);
-    EXPECT_EQ(Told(refusals.Rest()), Lines{"192.0.2.1 guard 1"});
-    EXPECT_EQ(Told(refusals.Rest()), Lines{});
+    EXPECT_EQ(Told(refusals.Due(kStart + 1s + kWindow)), Lines{"192.0.2.1 guard 1"});
+    EXPECT_EQ(Told(refusals.Due(kStart + 1s + 2 * kWindow)), Lines{});
 }

@@ -45,7 +45,7 @@ class TcpServer
     void Start(ITcpSocketAccept* acceptor, unsigned short backlog);
 
   private:
-    class Loop;
+    struct Loop;
     std::shared_ptr<Loop> m_loop;
 };
 
