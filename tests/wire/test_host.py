@@ -75,7 +75,7 @@ class BadDays(StartTest):
     def test_state_folder_that_cannot_be_made(self):
         (self.host.folder / "file").write_text("")
         self.host.state = self.host.folder / "file" / "state"
-        self.refused_to_start(str(self.host.folder / "file"), "no folder")
+        self.refused_to_start(str(self.host.folder / "file"), "isn't a folder")
 
     def test_library_missing_or_none(self):
         for file, text in (("/nowhere/api.so", "/nowhere/api.so"), (os.environ["PLATFORM"], "StartVarloAnalyticsApi")):

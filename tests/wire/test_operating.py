@@ -306,7 +306,7 @@ class Files(AccessTest):
         self.assertEqual(self.status("bob", "other")[0], 200)
         self.assertEqual(self.status("ann", "secret")[0], 401)
         self.assertEqual(self.host.stop(), 0)
-        self.assertTrue(any('users:1: the line is no "name:hash"' in line for line in self.host.errors),
+        self.assertTrue(any('users:1: the line isn\'t "name:hash"' in line for line in self.host.errors),
                         self.host.errors)
 
     def check(self):
@@ -335,8 +335,8 @@ class Files(AccessTest):
         self.assertIn("camera.key: it can't be read as a private key", said)
         for endpoint, metrics, text in (
                 ("", '<metrics address="0.0.0.0"/>', "everybody there could read the metrics"),
-                ("", '<metrics address="localhost"/>', '"localhost" is no numeric IPv4 or IPv6 address'),
-                ('address="camera"', "", '"camera" is no numeric IPv4 or IPv6 address')):
+                ("", '<metrics address="localhost"/>', '"localhost" isn\'t a numeric IPv4 or IPv6 address'),
+                ('address="camera"', "", '"camera" isn\'t a numeric IPv4 or IPv6 address')):
             self.settings(endpoint, metrics)
             code, said = self.check()
             self.assertEqual(code, 1)

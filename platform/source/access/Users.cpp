@@ -50,7 +50,7 @@ std::string Users::Add(const std::string& line)
 {
     const std::size_t colon = line.find(':');
     if (colon == std::string::npos || colon == 0)
-        return "the line is no \"name:hash\"; write it with \"htpasswd -B\"";
+        return "the line isn't \"name:hash\"; write it with \"htpasswd -B\"";
     const std::string name = line.substr(0, colon);
     const std::string hash = line.substr(colon + 1);
     if (name.starts_with("CN="))

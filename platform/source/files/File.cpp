@@ -109,7 +109,7 @@ FileText ReadFile(const std::string& path)
     if (!S_ISREG(status.st_mode))
     {
         file.error = EINVAL;
-        file.failure = "it is no regular file";
+        file.failure = "it isn't a regular file";
         return file;
     }
     ReadAll(file, handle.Get());

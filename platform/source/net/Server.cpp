@@ -53,7 +53,7 @@ constexpr std::array kAdvice = {
            " is in use by another program; stop it or choose another port with "},
     Advice{asio::error::access_denied,
            " needs privileges that this process lacks; choose a port above 1023 with "},
-    Advice{EADDRNOTAVAIL, " is no address of this machine; choose one that it has with "},
+    Advice{EADDRNOTAVAIL, " isn't an address of this machine; choose one that it has with "},
 };
 
 template <class T>
@@ -83,7 +83,7 @@ Tcp::endpoint EndpointOf(const ListenOptions& options)
         throw SocketException(
             SocketException::kBindError,
             "\"" + options.address +
-                "\" is no numeric IPv4 or IPv6 address; choose one such as 127.0.0.1 with " +
+                "\" isn't a numeric IPv4 or IPv6 address; choose one such as 127.0.0.1 with " +
                 options.settledBy);
     return {address, options.port};
 }

@@ -161,7 +161,7 @@ T GetNumber(const std::string& key, T defaultValue)
     T number = defaultValue;
     if (xml::ReadInteger(texts.front(), number) != std::errc() && document->FirstComplaint(key))
         platform::Say(platform::CurrentConfiguration().settingsFile + ": the value of " + key + ", \"" +
-                      texts.front().substr(0, 40) + "\", is no whole number in range; " +
+                      texts.front().substr(0, 40) + "\", isn't a whole number in range; " +
                       std::to_string(defaultValue) + " is used.");
     return number;
 }

@@ -48,7 +48,7 @@ void MakeFolder(const std::filesystem::path& folder, mode_t mode)
         return;
     if (std::filesystem::exists(folder, error))
         throw AnalyticsFault("The state folder " + folder.string() +
-                             " can't be used: it is no folder; choose another state folder");
+                             " can't be used: it isn't a folder; choose another state folder");
     const std::filesystem::path parent = folder.has_parent_path() ? folder.parent_path() : ".";
     MakeFolder(parent, 0755);
     if (mkdir(folder.c_str(), mode) != 0 && errno != EEXIST)

@@ -103,7 +103,7 @@ TEST_F(AuthenticatorTest, TakesAChangedFileOver)
             std::filesystem::remove(Path("users"));
             EXPECT_THAT(Ask(kAnnSecret), EndsWith("body"));
         });
-    EXPECT_THAT(said, AllOf(StartsWith(Path("users") + ":1: the line is no \"name:hash\""),
+    EXPECT_THAT(said, AllOf(StartsWith(Path("users") + ":1: the line isn't \"name:hash\""),
                             HasSubstr(Path("users") + ": it can't be read (No such file"),
                             EndsWith(". What was read before stays in force.\n")));
 }

@@ -69,15 +69,14 @@ TEST_F(ListenerTest, SaysThatThePortIsInUse)
 TEST_F(ListenerTest, SaysThatTheMachineHasNoSuchAddress)
 {
     EXPECT_EQ(FailureOf({"192.0.2.1", 8080}),
-              "192.0.2.1:8080 is no address of this machine; choose one that it has with --listen");
+              "192.0.2.1:8080 isn't an address of this machine; choose one that it has with --listen");
 }
 
 TEST_F(ListenerTest, SaysThatAnAddressIsNotNumeric)
 {
-    EXPECT_EQ(
-        FailureOf({"camera.example", 8080}),
-        "\"camera.example\" is no numeric IPv4 or IPv6 address; choose one such as 127.0.0.1 with --listen");
-    EXPECT_THAT(FailureOf({"", 8080}), StartsWith("\"\" is no numeric"));
+    EXPECT_EQ(FailureOf({"camera.example", 8080}), "\"camera.example\" isn't a numeric IPv4 or IPv6 address; "
+                                                   "choose one such as 127.0.0.1 with --listen");
+    EXPECT_THAT(FailureOf({"", 8080}), StartsWith("\"\" isn't a numeric"));
 }
 
 TEST_F(ListenerTest, ServesWithTheShortestAndTheLongestQueue)

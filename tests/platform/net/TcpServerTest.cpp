@@ -119,8 +119,9 @@ TEST_F(TcpServerTest, TakesDefaultsForLimitsThatMakeNoSense)
               "<requestSeconds>soon</requestSeconds>");
     testing::internal::CaptureStderr();
     EXPECT_EQ(LimitsFromSettings().maxConnections, 1024U);
-    EXPECT_THAT(testing::internal::GetCapturedStderr(), testing::HasSubstr("\"soon\", is no whole number in "
-                                                                           "range; 30 is used"));
+    EXPECT_THAT(testing::internal::GetCapturedStderr(),
+                testing::HasSubstr("\"soon\", isn't a whole number in "
+                                   "range; 30 is used"));
     EXPECT_EQ(LimitsFromSettings().maxRequestBytes, 4'194'304U);
     EXPECT_EQ(LimitsFromSettings().requestTime, std::chrono::seconds(30));
 }

@@ -103,7 +103,7 @@ TEST_F(SettingsTest, SaysOnceThatAValueIsNoNumber)
             Settings::GetValue("//n", 1);
         });
     EXPECT_EQ(said, Path("settings.xml") +
-                        ": the value of //n, \"many\", is no whole number in range; 1 is used.\n");
+                        ": the value of //n, \"many\", isn't a whole number in range; 1 is used.\n");
 }
 
 TEST_F(SettingsTest, HasTheResourceBudgetOfTheFileOr100)
@@ -278,10 +278,10 @@ TEST_F(SettingsTest, ServesOnceTheFileThatWasNeverGoodIs)
 TEST_F(SettingsTest, RefusesWhatIsNoFileAndWhatIsTooLarge)
 {
     m_configuration.settingsFile = Path("plugins");
-    EXPECT_THAT(FaultOf<AnalyticsFault>([this] { Configure(); }), HasSubstr("no regular file"));
+    EXPECT_THAT(FaultOf<AnalyticsFault>([this] { Configure(); }), HasSubstr("it isn't a regular file"));
     ASSERT_EQ(mkfifo(Path("pipe").c_str(), 0600), 0);
     m_configuration.settingsFile = Path("pipe");
-    EXPECT_THAT(FaultOf<AnalyticsFault>([this] { Configure(); }), HasSubstr("no regular file"));
+    EXPECT_THAT(FaultOf<AnalyticsFault>([this] { Configure(); }), HasSubstr("it isn't a regular file"));
     Write("large.xml", "<settings>" + std::string(1024 * 1024, ' ') + "</settings>");
     m_configuration.settingsFile = Path("large.xml");
     EXPECT_THAT(FaultOf<AnalyticsFault>([this] { Configure(); }), HasSubstr("larger than 1048576 bytes"));

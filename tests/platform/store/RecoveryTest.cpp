@@ -311,7 +311,7 @@ TEST_F(RecoveryTest, BeginsAnewWhenTheFolderIsRemovedAndLocksItAgain)
     }
     std::filesystem::create_directory(Path("other"));
     std::ofstream(Path("state")) << "no folder";
-    EXPECT_THAT(AnalyticsFaultOf([this] { Create(); }), HasSubstr("it is no folder"));
+    EXPECT_THAT(AnalyticsFaultOf([this] { Create(); }), HasSubstr("it isn't a folder"));
     std::filesystem::remove(Path("state"));
     EXPECT_EQ(Create("new"), 1);
 }

@@ -66,10 +66,10 @@ TEST_F(StoreTest, SaysWhyTheFolderCannotBeMade)
     Write("file", "");
     EXPECT_EQ(FaultOf<AnalyticsFault>([this] { Store store(Path("file/state")); }),
               "The state folder " + Path("file") +
-                  " can't be used: it is no folder; choose another state folder");
+                  " can't be used: it isn't a folder; choose another state folder");
     EXPECT_EQ(FaultOf<AnalyticsFault>([this] { Store store(Path("file")); }),
               "The state folder " + Path("file") +
-                  " can't be used: it is no folder; choose another state folder");
+                  " can't be used: it isn't a folder; choose another state folder");
 }
 
 TEST_F(StoreTest, AReaderDoesNotWaitForAWriterAndSeesOnlyWhatIsCommitted)
