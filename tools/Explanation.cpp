@@ -80,7 +80,8 @@ std::string OfStatus(int status, const Access& access)
     {
     case 401:
         return access.user.empty() ? front + " wants a user and a password. Name the user with --user."
-                                   : front + " refuses the user " + access.user + " or the password.";
+                                   : front + " refuses the user " + access.user +
+                                         " or the password. Look at the name (--user) and at the password.";
     case 403:
         return front + " denies access. Look which user (--user) or certificate (--cert) it wants.";
     case 404:

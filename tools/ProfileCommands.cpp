@@ -18,8 +18,7 @@ void ShowProfiles(Session& session)
 
 void Create(Session& session, const std::string& name)
 {
-    if (name.empty())
-        throw Failure(Exit::Usage, "The name is empty, and nobody could call the profile by it. Give it one");
+    CheckProfileName(name);
     const int id = session.Service().CreateProfile(name);
     session.Out().Result({{"id", static_cast<long long>(id)}, {"name", name}},
                          "Profile " + std::to_string(id) + " '" + name + "' has been created.");

@@ -77,10 +77,9 @@ std::optional<Unavailability> WhyUnavailable(Service& service, const std::vector
             Unavailability::Reason::Number,
             beside + "no more than " + std::to_string(active.size()) +
                 " can be selected (the motion detection, while it is on, takes a place as well); switch "
-                "one of them off with active=\"0\""};
-    return Unavailability{
-        Unavailability::Reason::Budget,
-        beside + "together they cost more than the camera has; switch one of them off with active=\"0\""};
+                "one of them off"};
+    return Unavailability{Unavailability::Reason::Budget,
+                          beside + "together they cost more than the camera has; switch one of them off"};
 }
 
 std::vector<Misfit> Misfits(Service& service, std::vector<std::string> active,

@@ -75,9 +75,6 @@ void Rename(Session& session, const SceneArguments& arguments)
 {
     Service& service = session.Service();
     const Profile profile = ExistingProfile(service, arguments.profile);
-    if (arguments.name.empty())
-        throw Failure(Exit::Usage,
-                      "The new name is empty, and a profile can't lose its name. Give it another one");
     CheckProfileName(arguments.name);
     const std::optional<std::string> scene = SceneOf(service, profile.id);
     service.SetScene(profile.id, RenamedScene(scene ? *scene : service.DefaultScene(), arguments.name));

@@ -85,7 +85,10 @@ std::optional<int> Service::ActiveProfile()
     return id < 0 ? std::nullopt : std::optional(id);
 }
 
-void CheckProfileName(const std::string& name)
+namespace
+{
+
+void CheckCharacters(const std::string& name)
 {
     if (!analytics::xml::IsXmlText(name))
         throw Failure(Exit::Usage, "The name '" + name +
@@ -93,9 +96,18 @@ void CheckProfileName(const std::string& name)
                                        "Give it another one");
 }
 
+} // namespace
+
+void CheckProfileName(const std::string& name)
+{
+    if (name.empty())
+        throw Failure(Exit::Usage, "The name is empty, and nobody could call the profile by it. Give it one");
+    CheckCharacters(name);
+}
+
 int Service::CreateProfile(const std::string& name)
 {
-    CheckProfileName(name);
+    CheckCharacters(name);
     _VideoAnalytics__CreateProfile request;
     request.name = name;
     return m_connection->Call(soap_call___VideoAnalytics__CreateProfile, request).profileId;

@@ -51,7 +51,8 @@ struct Identity
     std::string role;
 };
 
-// Throws Failure (usage) if a profile can't have this name: the service wouldn't store it as it is.
+// Throws Failure (usage) if a person can't give a profile this name: it is empty, or wouldn't be stored as it
+// is.
 void CheckProfileName(const std::string& name);
 
 class Connection;

@@ -187,7 +187,7 @@ LINES = [
     ("behavior delete 1 loitering", 1, "has no behavior", "'varlo-analytics availability PROFILE' shows"),
     ("behavior edit 1 loitering", 4, "The editor '", "Name another one in EDITOR"),
     ("scene get 9", 1, "Profile 9 does not exist", "profile list"),
-    ("scene rename 1 ''", 2, "The new name is empty", "Give it another one"),
+    ("scene rename 1 ''", 2, "The name is empty", "Give it one"),
     ("availability 1 --with loitering", 2, "PROFILE excludes --with", "--help"),
     ("zone add 1 loitering '' 10,10 90,10 90,90", 2, "The zone's name is empty", "Give it a name"),
     ("zone add 1 loitering G 40", 2, "'40' isn't a point", "as in 40,200"),

@@ -118,7 +118,7 @@ class Passwords(ClientTest):
         self.assertEqual(run(*words, url=self.url, environment={"VARLO_ANALYTICS_PASSWORD": "s\u00e4cret"}).json, [])
         wrong = run(*words, url=self.url, environment={"VARLO_ANALYTICS_PASSWORD": "no"})
         self.assertEqual(wrong.code, 3)
-        self.assertIn("refuses the user eve or the password", wrong.err)
+        self.assertIn("refuses the user eve or the password. Look at", wrong.err)
         none = run(*words, url=self.url)
         self.assertEqual(none.code, 2)
         self.assertIn("--password-file", none.err)

@@ -232,6 +232,8 @@ Json Console::ChangeProfile(const Json& request)
 {
     Service service(CameraOf(request).known.access);
     const std::string action = Text(request, "action");
+    if (action == "create" || action == "rename")
+        CheckProfileName(Text(request, "name"));
     if (action == "create")
         return {{"profile", service.CreateProfile(Text(request, "name"))}};
     const int profile = Number(request, "profile");

@@ -115,6 +115,16 @@ Made MadeOf(const DocumentModel& model, const Json& json, const Frame& frame)
     return {std::move(document), std::move(findings)};
 }
 
+// What the page calls the value that a JSON pointer leads to; empty if it has no name.
+std::string LabelOf(const std::string& pointer)
+{
+    const std::size_t slash = pointer.rfind('/');
+    if (slash == std::string::npos)
+        return "";
+    const std::string& label = MeaningOf(pointer.substr(slash + 1)).label;
+    return label.empty() ? LabelOf(pointer.substr(0, slash)) : label + ": ";
+}
+
 Json Listed(const Findings& findings)
 {
     Json list = Json::array();
@@ -210,7 +220,7 @@ Json DocumentPage::Save(const Json& base, const Json& document, bool overwrite, 
     const Made made = MadeOf(m_model, document, frame);
     for (const Finding& finding : made.findings)
         if (finding.level == Finding::Level::Error)
-            throw Failure(Exit::Document, finding.text);
+            throw Failure(Exit::Document, LabelOf(finding.field) + finding.text);
     if (SameValue(Own(m_model, document), Own(m_model, current)))
         return {{"document", current}, {"changes", Json::array()}};
     Store(made.document.Text());

@@ -266,7 +266,14 @@ describe('edited', () => {
         await desk.set('Alarm delay', 5);
         await until(() => desk.page.$$eval('#findings li', all => all.some(one => /5/.test(one.textContent))), 'a warning');
         assert.match(await desk.described('spinbutton', 'Alarm delay'), /30 to 1800 seconds/);
-        await desk.keys('Control+z');
+        await desk.set('Alarm delay', 99999999999);
+        await desk.press('Save');
+        await desk.says(/^Not saved: Alarm delay: /);
+        await desk.set('Alarm delay', 300);
+        assert.equal(await desk.status(), '');
+        await desk.press('New profile');
+        await desk.press('OK');
+        await desk.says(/^The name is empty/, 'alert');
     });
 
     test('what would be stored is seen, changes stay while another behavior is looked at, and are discarded', async () => {

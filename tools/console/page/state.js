@@ -37,8 +37,9 @@ export function failed(error, source = 'action') {
     alarm(error.answer.lost || error.status === 0 ? 'camera' : source, error.message);
 }
 
-// Does what a person has asked for; what goes wrong is said.
+// Does what a person has asked for; what goes wrong is said. What was said of the step before is past.
 export async function attempt(action) {
+    say('');
     alarm('action', '');
     try {
         return await action();
@@ -74,7 +75,10 @@ export function keep() {
     }
 }
 
-export const edit = (doc, tag) => change(model.edit(draft(), doc, tag));
+export function edit(doc, tag) {
+    say('');
+    change(model.edit(draft(), doc, tag));
+}
 
 export function seal() {
     const history = draft();
