@@ -12,7 +12,7 @@ using namespace frame;
 namespace
 {
 
-constexpr Field<Config> kNumbers[] = {
+constexpr Field<Config> kEngineNumbers[] = {
     {"SceneType", &Config::SceneType, &Config::SceneType},
     {"Background", &Config::Background, &Config::Background},
     {"Tuning", &Config::Tuning, &Config::Tuning},
@@ -133,7 +133,7 @@ bool OnvifDoc::ConfigToDoc(const Config& config, std::string& xml)
     const NodePointer engine(doc.SelectEngine(Config::Id()));
     if (engine == nullptr)
         return false;
-    for (const Field<Config>& number : kNumbers)
+    for (const Field<Config>& number : kEngineNumbers)
         doc.SetSimpleItemValue(number.Name(), number.Get(config), engine.get());
     const NodePointer calibration(SelectCalibrationNode(engine.get(), &doc));
     CalibrationToNode(config.GetCalibration(), calibration.get(), &doc);
@@ -193,7 +193,7 @@ bool OnvifDoc::DocToConfig(const std::string& xml, Config& config)
     const NodePointer engine(doc.SelectEngine(Config::Id()));
     if (engine == nullptr)
         return false;
-    for (const Field<Config>& number : kNumbers)
+    for (const Field<Config>& number : kEngineNumbers)
         number.Set(config, doc.GetSimpleItemValue(number.Name(), number.Get(config), engine.get(), true));
     const NodePointer calibration(SelectCalibrationNode(engine.get(), &doc));
     NodeToCalibration(config.GetCalibration(), calibration.get(), &doc);
