@@ -104,7 +104,7 @@ test('cameras of a hosts file, and a zone that is copied to another frame', asyn
     const profile = await service.create('Here');
     await second.create('There');
     const hosts = join(service.folder, 'hosts');
-    writeFileSync(hosts, `${service.url}\n${second.url} frame=640x360\n`);
+    writeFileSync(hosts, `${service.url}\n${second.url} frame=640x360\nhttp://127.0.0.1:1/\n`);
     await desk(['--hosts', hosts, '--picture', PICTURE], async at => {
         await at.choose('Here');
         await at.behavior('Loitering Detection');
@@ -135,6 +135,12 @@ test('cameras of a hosts file, and a zone that is copied to another frame', asyn
         await at.choose('Here');
         await at.behavior('Loitering Detection');
         assert.deepEqual(await at.points(), SQUARE);
+        // Of a camera that is lost nothing can be chosen, least of all a profile of another one.
+        await at.press('Copy zone');
+        await (await dialog.$('#choice-camera')).select('2');
+        assert.equal(await dialog.$eval('#choice-profile', one => one.options.length), 0);
+        await at.press('OK');
+        await at.says(/Nothing is copied/, 'alert');
     });
 });
 

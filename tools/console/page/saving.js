@@ -90,23 +90,26 @@ export async function copy() {
         behavior.offer(behaviors.map(({ id, name }) => [id, name]), behaviors.some(({ id }) => id === to.behavior) ? to.behavior : undefined);
         to.behavior = behavior.select.value;
     };
-    const fillProfiles = async () => {
-        const { profiles } = await api.read('camera', { camera: to.camera });
-        profile.offer(profiles.map(({ id, name }) => [id, name]), profiles.some(({ id }) => id === to.profile) ? to.profile : undefined);
-        to.profile = Number(profile.select.value);
+    // Until the camera has answered, there is nothing of it to choose.
+    const fillProfiles = async index => {
+        Object.assign(to, { camera: index, profile: null });
+        profile.offer([]);
+        behavior.offer([]);
+        const { profiles } = await api.read('camera', { camera: index });
+        if (index !== to.camera || !profiles.length) return;
+        profile.offer(profiles.map(({ id, name }) => [id, name]));
+        to.profile = profiles[0].id;
         await fillBehaviors();
     };
-    const camera = dialogs.choice('Camera', state.cameras.map(({ title }, i) => [i, title]), to.camera, value => {
-        to.camera = Number(value);
-        attempt(fillProfiles);
-    });
+    const camera = dialogs.choice('Camera', state.cameras.map(({ title }, i) => [i, title]), to.camera, value => attempt(() => fillProfiles(Number(value))));
     profile = dialogs.choice('Profile', state.profiles.map(({ id, name }) => [id, name]), to.profile, value => {
         to.profile = Number(value);
         attempt(fillBehaviors);
     });
     behavior = dialogs.choice('Behavior', state.behaviors.map(({ id, name }) => [id, name]), to.behavior, value => { to.behavior = value; });
     if ((await dialogs.ask(`Copy ${copied.title}`, [camera.row, profile.row, behavior.row], ['OK', 'Cancel'])) !== 'OK') return;
-    await paste(copied, zone, to);
+    if (to.profile === null) alarm('action', 'Nothing is copied: that camera has no profile, or doesn’t answer.');
+    else await paste(copied, zone, to);
 }
 
 // Where the page has changes, the copy joins them; elsewhere it is stored at once.
