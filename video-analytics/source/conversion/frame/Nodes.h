@@ -5,6 +5,7 @@
 
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 // The document's handles with an owner, and the paths that the readers and writers share.
@@ -68,9 +69,9 @@ inline std::string Step(const std::string& element)
 }
 
 // The elements at the end of a path that have this name.
-inline std::string Named(const std::string& path, const std::string& name)
+inline std::string Named(std::string path, const std::string& name)
 {
-    return path + "[@Name='" + name + "']";
+    return std::move(path) + "[@Name='" + name + "']";
 }
 
 // The ElementItems of this name, from a rule or an engine module.

@@ -32,8 +32,9 @@ void ReadObjectSize(Line& line, const std::string& object, analytics::DocumentNo
 void ReadRectangle(Line& line, const std::string& rectangle, analytics::DocumentNode& filters,
                    analytics::ProfileDoc& doc)
 {
+    const std::string prefix = Step("");
     Points points;
-    doc.GetPoints(points, Named(Step("Rectangle"), rectangle) + "/" + Step("Point"), &filters);
+    doc.GetPoints(points, Named(prefix + "Rectangle", rectangle) + "/" + prefix + "Point", &filters);
     TakeFirst(line, points);
 }
 

@@ -15,12 +15,11 @@ NodePointer ParseDefaultRules(const std::string& ruleId, analytics::ProfileDoc& 
 
 Points ReadZone(analytics::ProfileDoc& doc, analytics::DocumentNode& ruleNode, bool linePossible)
 {
-    const auto pointsOf = [&doc](const char* shape)
-    { return doc.ElementItemQry(true) + "/" + Step(shape) + "/" + Step("Point"); };
+    const std::string step = "/" + Step("");
     Points points;
-    doc.GetPoints(points, pointsOf("Polygon"), &ruleNode);
+    doc.GetPoints(points, doc.ElementItemQry(true) + step + "Polygon" + step + "Point", &ruleNode);
     if (points.empty() && linePossible)
-        doc.GetPoints(points, pointsOf("Line"), &ruleNode);
+        doc.GetPoints(points, doc.ElementItemQry(true) + step + "Line" + step + "Point", &ruleNode);
     return points;
 }
 
