@@ -35,7 +35,7 @@ TlsSource::TlsSource(const AccessSettings& settings) : m_settings(settings)
     for (const std::string& file : {settings.certificate, settings.privateKey, settings.clientCertificates,
                                     settings.revoked, settings.users})
         if (!file.empty())
-            m_files.emplace_back(file);
+            m_files.try_emplace(file, file);
     Renew();
     m_roles = RolesInSettings();
     m_context = Make();
@@ -44,9 +44,9 @@ TlsSource::TlsSource(const AccessSettings& settings) : m_settings(settings)
 std::vector<std::string> TlsSource::Renew()
 {
     std::vector<std::string> changed;
-    for (WatchedFile& file : m_files) // each is looked at, whatever became of the others
+    for (auto& [path, file] : m_files) // each is looked at, whatever became of the others
         if (file.Renew())
-            changed.push_back(file.Path());
+            changed.push_back(path);
     return changed;
 }
 
@@ -74,11 +74,8 @@ std::shared_ptr<TlsContext> TlsSource::Current()
 
 TlsFiles TlsSource::Files() const
 {
-    const auto pem = [this](const std::string& path) ANALYTICS_NO_THREAD_ANALYSIS -> std::optional<PemFile>
-    {
-        const auto file = std::find_if(m_files.begin(), m_files.end(),
-                                       [&path](const WatchedFile& each) { return each.Path() == path; });
-        return path.empty() ? std::nullopt : std::optional(PemFile{path, TextOf(*file)});
+    const auto pem = [this](const std::string& path) ANALYTICS_NO_THREAD_ANALYSIS {
+        return path.empty() ? std::nullopt : std::optional(PemFile{path, TextOf(m_files.at(path))});
     };
     return {*pem(m_settings.certificate), *pem(m_settings.privateKey), pem(m_settings.clientCertificates),
             pem(m_settings.revoked)};

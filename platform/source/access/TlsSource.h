@@ -6,7 +6,7 @@
 #include "threads/Mutex.h"
 
 #include <chrono>
-#include <list>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -36,7 +36,8 @@ class TlsSource
 
     const AccessSettings m_settings;
     analytics::platform::Mutex m_lock;
-    std::list<WatchedFile> m_files ANALYTICS_GUARDED_BY(m_lock); // those that the settings name
+    std::map<std::string, WatchedFile>
+        m_files ANALYTICS_GUARDED_BY(m_lock); // that the settings name, by path
     std::string m_roles ANALYTICS_GUARDED_BY(m_lock);
     std::shared_ptr<TlsContext> m_context ANALYTICS_GUARDED_BY(m_lock);
     std::chrono::system_clock::time_point m_warned ANALYTICS_GUARDED_BY(m_lock);

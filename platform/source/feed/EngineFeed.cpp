@@ -7,6 +7,7 @@
 #include "settings/Configuration.h"
 
 #include <fcntl.h>
+#include <nettle/base16.h>
 #include <nettle/sha2.h>
 #include <nlohmann/json.hpp>
 #include <sys/stat.h>
@@ -35,10 +36,8 @@ std::string Sha256(const std::string& text)
     sha256_update(&context, text.size(), reinterpret_cast<const std::uint8_t*>(text.data()));
     std::array<std::uint8_t, SHA256_DIGEST_SIZE> digest = {};
     sha256_digest(&context, digest.size(), digest.data());
-    std::string hexadecimal;
-    for (const std::uint8_t byte : digest)
-        for (const int digit : {byte >> 4, byte & 15})
-            hexadecimal += "0123456789abcdef"[digit];
+    std::string hexadecimal(BASE16_ENCODE_LENGTH(digest.size()), '\0');
+    base16_encode_update(hexadecimal.data(), digest.size(), digest.data());
     return hexadecimal;
 }
 } // namespace

@@ -94,7 +94,7 @@ std::string FirstText(const XmlFile& xml, const char* query)
     return texts.empty() ? std::string() : texts.front().text;
 }
 
-// The number in the element `name`, 0 if there is none. False if it is none between 0 and `max`.
+// The number in the element `name`, 0 if there is none. False if it isn't one from 0 to `max`.
 bool ReadNumber(const XmlFile& xml, const std::string& name, std::uint32_t max, std::uint32_t& number,
                 xml::SyntaxError& error)
 {
@@ -126,8 +126,8 @@ bool ReadNumbers(const XmlFile& xml, ManifestFields& fields, xml::SyntaxError& e
 // What makes the texts unusable; empty if nothing does.
 std::string TextFault(const XmlFile& xml, const ManifestFields& fields)
 {
-    if (xml.RootName() != "manifest")
-        return "the root element is " + xml.RootName() + " and has to be manifest";
+    if (const std::string root = FirstText(xml, "name(/*)"); root != "manifest")
+        return "the root element is " + root + " and has to be manifest";
     if (std::ranges::find(kPluginTypes, fields.type) == kPluginTypes.end())
         return "the type is \"" + fields.type.substr(0, 40) + "\" and has to be source, engine, rule or sink";
     return fields.id.empty() ? "the id is missing or empty" : "";

@@ -12,8 +12,6 @@ std::unique_ptr<XmlFile> XmlFile::Parse(const std::string& text, xml::SyntaxErro
     return xml::Read(text, file->m_tree, error, xml::Doctype::NamesFile) ? std::move(file) : nullptr;
 }
 
-std::string XmlFile::RootName() const { return m_tree.document_element().name(); }
-
 std::vector<XmlText> XmlFile::Texts(const std::string& query) const
 try
 {

@@ -26,7 +26,6 @@ class XmlFile
     // Null if the text is refused (Reader.h); `error` then says why.
     static std::unique_ptr<XmlFile> Parse(const std::string& text, xml::SyntaxError& error);
 
-    std::string RootName() const;
     // The nodes that the XPath query selects, in document order. A query for a number or a text gives
     // that one, a broken query nothing.
     std::vector<XmlText> Texts(const std::string& query) const;
