@@ -2,7 +2,7 @@
 // std::nothrow directly, which the linker refuses for a symbol of another library. It is the one such
 // symbol, and a tag whose value nobody reads, so this library has its own, hidden from all others.
 //
-// The shared runtime is no way out: it wants the generated code's functions exported to it, and the
+// The shared runtime doesn't help: it wants the generated code's functions exported to it, and the
 // API library exports its two entry points and nothing else.
 
 extern "C"

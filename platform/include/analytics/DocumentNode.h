@@ -32,7 +32,7 @@ class DocumentNode
     void SetProperty(const std::string& name, const std::string& value);
 
     // Appends an element in the namespace of this one; an empty value adds no text. The caller owns the
-    // handle. Null if this is no element, `name` is no unprefixed name, or the document of a client has
+    // handle. Null if this isn't an element, `name` isn't an unprefixed name, or the document of a client has
     // become too large, which the store says in words for the client.
     DocumentNode* AddNewChild(const std::string& name, const std::string& value);
     DocumentNode* AddNewChild(const std::string& name, int value);

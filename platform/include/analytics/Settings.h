@@ -15,7 +15,7 @@ class Settings
   public:
     // The text of the first match, white space around it removed; empty if nothing matches.
     static std::string GetValue(const std::string& key);
-    // As a decimal integer; `defaultValue` if nothing matches or the text is no number that an int holds.
+    // As a decimal integer; `defaultValue` if nothing matches or the text isn't a number that an int holds.
     // The second is said on standard error, once until the file changes.
     static int GetValue(const std::string& key, int defaultValue);
     // The texts of all matches, in document order.

@@ -38,11 +38,11 @@ struct AccessSettings
 // document's folder. Throws AnalyticsFault if the settings can't be read.
 AccessSettings AccessInSettings(const std::string& endpoint);
 
-// Whether others than this machine can reach a numeric address; false for one that is none.
+// Whether others than this machine can reach a numeric address; false for anything else.
 bool ReachedFromOutside(const std::string& address);
 
 // Throws AccessFault, with what to do about it, if `access` contradicts itself or leaves open an
-// `address` that can be reached from outside. An address that is none is not judged.
+// `address` that can be reached from outside. What isn't an address isn't judged.
 void CheckAccess(const AccessSettings& access, const std::string& address);
 
 // The text of a file that the settings name, as it last stood. Throws AccessFault if it couldn't be read.

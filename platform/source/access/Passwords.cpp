@@ -39,7 +39,7 @@ std::uint8_t* Bytes(std::string& text) { return reinterpret_cast<std::uint8_t*>(
 
 void Wipe(std::string& text) { explicit_bzero(text.data(), text.size()); }
 
-// Empty if it is no base64.
+// Empty if it isn't base64.
 std::string Decoded(const std::string& encoded)
 {
     base64_decode_ctx context;

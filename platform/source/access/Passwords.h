@@ -23,8 +23,8 @@ struct BasicCredentials
     std::string password;
 };
 
-// Out of the value of the HTTP field "Authorization". Nothing if it is none of the scheme Basic, or
-// nothing that any user could have: no name, a NUL, more than crypt(3) takes.
+// Out of the value of the HTTP field "Authorization". Nothing if its scheme isn't Basic, or if no user could
+// have what it holds: no name, a NUL, more than crypt(3) takes.
 std::optional<BasicCredentials> ParseBasicCredentials(const std::string& authorization);
 
 // Why `hash` can't be used as a password hash of crypt(3); empty if it can. Broken methods (DES, MD5) are

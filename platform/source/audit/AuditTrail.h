@@ -48,7 +48,7 @@ struct AuditLine
     std::vector<std::pair<std::string, std::string>> fields;
 };
 
-// Texts are cut to 1,024 bytes; bytes that are no UTF-8 become U+FFFD.
+// Texts are cut to 1,024 bytes; bytes that aren't UTF-8 become U+FFFD.
 AuditLine FormatAudit(const AuditEntry& entry, std::chrono::system_clock::time_point time);
 
 // Whether the system's journal has taken the line; false where there is none.

@@ -11,7 +11,7 @@
 namespace analytics::platform
 {
 
-// Owns a file descriptor; -1 is none.
+// Owns a file descriptor; -1 stands for none.
 class FileHandle
 {
   public:

@@ -37,7 +37,7 @@ constexpr std::array kReasons = {"no user with this password", "too many wrong p
                                  "no valid client certificate"}; // by requestmetrics::Refused
 
 // A client on this machine may have been stopped between connecting and sending, for this thread. It isn't
-// waited for: who doesn't send at his next turn is left to an event.
+// waited for: if it doesn't send at its next turn, an event tells.
 template <class Step, class IsSilent>
 StreamResult AfterLooks(Step step, IsSilent isSilent)
 {
@@ -211,7 +211,7 @@ StreamResult Connection::ReadSome(std::span<char> room)
     return AfterLooks([&] { return m_stream->Read(room); }, [looked] { return !looked; });
 }
 
-// It isn't the client who is slow: his time stands still.
+// It isn't the client that is slow: its time stands still.
 Wish Connection::AwaitRoom()
 {
     m_timeLeft = std::max(m_deadline - Clock::now(), Clock::duration::zero());

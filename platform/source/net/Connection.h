@@ -51,7 +51,7 @@ struct Served
 class Connection final : public EventHandler
 {
   public:
-    // `socket` doesn't block; `peer` is unspecified if it is none of IP.
+    // `socket` doesn't block; `peer` is unspecified if it isn't an IP address.
     Connection(analytics::platform::FileHandle socket, const boost::asio::ip::address& peer, Served& server);
     ~Connection() override;
 

@@ -137,7 +137,7 @@ class LeaderFollowers
     bool m_ending ANALYTICS_GUARDED_BY(m_lock) = false;
     std::vector<std::thread> m_threads ANALYTICS_GUARDED_BY(m_lock);
     // A request takes the lock twice, to be accepted; these spare it the rest. They are changed in such an
-    // order that who queues sees a slot given up just now, or who gives it up sees the queue.
+    // order that a thread that queues sees a slot given up just now, or the other one sees the queue.
     std::atomic<std::size_t> m_taken = 0;  // slots
     std::atomic<std::size_t> m_queued = 0; // as m_queue and m_ready hold; changed under the lock
     std::atomic<bool> m_stopped = false;   // set under the lock

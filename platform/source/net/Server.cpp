@@ -177,7 +177,7 @@ class Server::Listener final : public EventHandler
     }
     std::shared_ptr<Connection> Accept(int& reason)
     {
-        Tcp::endpoint peer; // unspecified if it is none of IP
+        Tcp::endpoint peer; // unspecified if it isn't an IP address
         socklen_t size = static_cast<socklen_t>(peer.capacity());
         FileHandle socket(accept4(m_descriptor, peer.data(), &size, SOCK_CLOEXEC | SOCK_NONBLOCK));
         reason = errno;

@@ -22,7 +22,7 @@ class ITcpSocketAccept;
 // of it needs; at least one.
 std::size_t ConnectionsAllowed(std::size_t wanted);
 
-// Throws SocketException with a sentence for the operator if the address is none.
+// Throws SocketException with a sentence for the operator if the address can't be used.
 void CheckAddress(const ListenOptions& options);
 
 // One server: a thread of its pool accepts a connection and takes it as far as its bytes carry it: handshake,

@@ -60,7 +60,7 @@ struct PluginProblem
 // Throws AnalyticsFault if the system is too short of means to tell.
 bool ReadPlugin(const std::string& home, Plugin& plugin, PluginProblem& problem);
 
-// Reads the text of a manifest.xml. Nothing if it is no manifest; `error` then says why. `home` stays
+// Reads the text of a manifest.xml. Nothing if it can't be used; `error` then says why. `home` stays
 // for the caller to fill.
 std::optional<ManifestFields> ReadManifest(const std::string& text, xml::SyntaxError& error);
 

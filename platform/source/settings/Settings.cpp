@@ -150,7 +150,7 @@ namespace
 {
 constexpr std::uint32_t kMaxResource = 100;
 
-// A value that is there and can't be taken is a slip of whoever wrote it; who is told once.
+// A value that is there and can't be used is somebody's slip, which is reported once.
 template <class T>
 T GetNumber(const std::string& key, T defaultValue)
 {

@@ -45,7 +45,7 @@ CREATE TABLE state (
 ) STRICT;
 INSERT INTO state VALUES (1, NULL, 1, 0);
 )",
-    // What the analytics engine was shown last, and the how manieth time that was.
+    // What the analytics engine was shown last, and how many times it has been shown something else.
     R"(
 ALTER TABLE state ADD COLUMN sequence INTEGER NOT NULL DEFAULT 0;
 ALTER TABLE state ADD COLUMN shown TEXT NOT NULL DEFAULT '';

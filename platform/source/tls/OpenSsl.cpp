@@ -166,7 +166,7 @@ void SetRules(SSL_CTX* context)
     SSL_CTX_set_min_proto_version(context, TLS1_2_VERSION);
     SSL_CTX_set_cipher_list(context, kCiphers);
     SSL_CTX_set_ciphersuites(context, kSuites);
-    // A client that ends without TLS's own goodbye is no error: HTTP says where a request ends.
+    // A client that ends without TLS's own goodbye is not an error: HTTP says where a request ends.
     SSL_CTX_set_options(context, SSL_OP_NO_RENEGOTIATION | SSL_OP_NO_COMPRESSION | SSL_OP_NO_TICKET |
                                      SSL_OP_IGNORE_UNEXPECTED_EOF | SSL_OP_CIPHER_SERVER_PREFERENCE);
     // Nothing is kept between the connections of a client unless its sessions can be resumed, and little

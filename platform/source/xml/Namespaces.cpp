@@ -13,7 +13,7 @@ namespace
 constexpr std::string_view kDeclaration = "xmlns";
 constexpr std::string_view kXmlPrefix = "xml"; // which nobody declares
 
-// The prefix that the attribute declares, empty for the default namespace; nothing if it is no declaration.
+// The prefix that the attribute declares, empty for the default namespace; nothing if it declares none.
 std::optional<std::string_view> Declared(std::string_view attribute)
 {
     if (!attribute.starts_with(kDeclaration))

@@ -13,7 +13,7 @@ inline constexpr char32_t kNoCharacter = 0xFFFFFFFF;
 // What a text begins with.
 struct Utf8
 {
-    char32_t character = kNoCharacter; // stays if the bytes are no UTF-8
+    char32_t character = kNoCharacter; // stays if the bytes aren't UTF-8
     std::size_t bytes = 1;             // that it takes, or that began like a character
 };
 Utf8 FirstCharacter(std::string_view text); // of a text that isn't empty
@@ -39,7 +39,7 @@ std::errc ReadInteger(std::string_view text, T& value, int base = 10)
     return end == text.data() + text.size() ? error : std::errc::invalid_argument;
 }
 
-// An int with white space around it. `defaultValue` if it is none, the nearest int if it is beyond the range.
+// An int with white space around it. `defaultValue` if it isn't one; beyond the range the nearest int.
 int ToInt(std::string_view text, int defaultValue);
 
 } // namespace analytics::xml

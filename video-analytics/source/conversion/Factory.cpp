@@ -26,7 +26,7 @@ constexpr Entry For()
     return {Converter::CanConvert, []() -> ProfileDocConverter* { return new Converter; }};
 }
 
-// The first that accepts the identifier is taken. The order is fixed: who stands first needs no look-up.
+// The first that accepts the identifier is taken. The order is fixed: the first ones need no look-up.
 constexpr Entry kConverters[] = {
     For<AdaptiveMotionConverter>(), For<ObjectCountingConverter>(),  For<SceneAnalyzerConverter>(),
     For<CameraSabotageConverter>(), For<LoiteringConverter>(),       For<DirectionalMotionConverter>(),
