@@ -3,6 +3,8 @@
 #include "Text.h"
 #include "TlsTrouble.h"
 
+#include <cstring>
+
 namespace client
 {
 namespace

@@ -72,7 +72,7 @@ class ExportAndImport(TransferTest):
         self.assertIn("Unsupported behavior Id", self.client("import", self.folder, code=1).err)
         self.assertEqual([p["id"] for p in self.client("profile", "list", "--json").json], [1])
         profile.write_text(known.replace('file="loitering.xml"', 'file="../settings.xml"'), encoding="utf-8")
-        self.assertIn("no file of its folder", self.client("import", self.folder, code=4).err)
+        self.assertIn("isn't a file in its folder", self.client("import", self.folder, code=4).err)
         profile.unlink()
         self.assertIn("holds no profile", self.client("import", self.folder, code=4).err)
 

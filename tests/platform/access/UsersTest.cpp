@@ -67,7 +67,7 @@ TEST(Users, LeaveOutAndNameALineThatCannotBeUsed)
     };
     EXPECT_THAT(mistake(good + "bob"), AllOf(StartsWith("/etc/users:2: "), HasSubstr("htpasswd -B")));
     EXPECT_THAT(mistake("\n:" + std::string(kSecretByBcrypt) + '\n' + good),
-                StartsWith("/etc/users:2: the line is no"));
+                StartsWith("/etc/users:2: the line isn't"));
     EXPECT_THAT(mistake("bob:secret\n" + good), StartsWith("/etc/users:1: the user \"bob\" can't log in"));
     EXPECT_THAT(mistake(good + good), StartsWith("/etc/users:2: the user \"ann\" is there twice"));
     // Such a name stands for a certificate.
@@ -80,7 +80,7 @@ TEST(Users, SayWhyThereIsNone)
     EXPECT_THAT(Users("/etc/users", "# nobody\n").WhyNobody(),
                 StartsWith("/etc/users: there is no user in it"));
     const Users broken("/etc/users", "bob");
-    EXPECT_THAT(broken.WhyNobody(), StartsWith("/etc/users:1: the line is no"));
+    EXPECT_THAT(broken.WhyNobody(), StartsWith("/etc/users:1: the line isn't"));
     EXPECT_EQ(WhyNoPasswordHash(broken.HashFor("bob")), "");
     EXPECT_FALSE(broken.Has("bob"));
 }
