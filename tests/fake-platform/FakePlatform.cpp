@@ -203,7 +203,7 @@ bool platform::AdmitAnother() { return true; }
 namespace tarno::osa
 {
 
-class TcpServer::Loop
+struct TcpServer::Loop
 {
 };
 
