@@ -30,7 +30,7 @@ constexpr std::chrono::seconds kDrainLimit(5);
 // Of the allocator. Each request takes a context of the SOAP runtime, 164 KiB: it is not to be mapped and
 // unmapped each time, nor are several of them that end together to be given back.
 constexpr int kMappedBytes = 256 * 1024;
-constexpr int kKeptBytes = 1024 * 1024;
+constexpr int kKeptBytes = 512 * 1024;
 
 // The signals that main() waits for. Blocked before any thread starts, so that all inherit it.
 sigset_t BlockSignals()
