@@ -264,15 +264,16 @@ class Tls(AccessTest):
             for kind in "pem", "key":
                 (self.tls / f"renewed.{kind}").replace(self.tls / f"camera.{kind}")
             self.assertNotEqual(ssl.get_server_certificate(("127.0.0.1", self.host.port), timeout=60), before)
-            answer = b""
-            while not answer:
-                try:
-                    client.do_handshake()
-                    client.write(b"GET /health HTTP/1.1\r\nHost: camera\r\nConnection: close\r\n\r\n")
-                    exchange()
-                    answer = client.read()
-                except ssl.SSLWantReadError:
-                    exchange()
+            def until_done(step):
+                while True:
+                    try:
+                        return step()
+                    except ssl.SSLWantReadError:
+                        exchange()
+            until_done(client.do_handshake)
+            client.write(b"GET /health HTTP/1.1\r\nHost: camera\r\nConnection: close\r\n\r\n")
+            connection.sendall(sent.read())
+            answer = until_done(client.read)
             self.assertTrue(answer.startswith(b"HTTP/1.1 "), answer)
         self.host.call("GetProfileList")
 
