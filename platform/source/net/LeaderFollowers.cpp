@@ -53,9 +53,11 @@ LeaderFollowers::LeaderFollowers(std::size_t slots)
       m_bell(Checked(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK | EFD_SEMAPHORE))),
       m_timer(Checked(timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC | TFD_NONBLOCK)))
 {
-    // Handlers are known by their address; these two by that of their descriptor.
-    for (const FileHandle* const own : {&m_bell, &m_timer})
-        Checked(Control(m_epoll, EPOLL_CTL_ADD, own->Get(), EPOLLIN, const_cast<FileHandle*>(own)));
+    // Handlers are known by their address; these two by that of their descriptor. A ring is for as many
+    // threads as it says, the timer for one.
+    Checked(Control(m_epoll, EPOLL_CTL_ADD, m_bell.Get(), EPOLLIN, const_cast<FileHandle*>(&m_bell)));
+    Checked(
+        Control(m_epoll, EPOLL_CTL_ADD, m_timer.Get(), EPOLLIN | EPOLLET, const_cast<FileHandle*>(&m_timer)));
 }
 
 LeaderFollowers::~LeaderFollowers() { Stop(); }
