@@ -6,6 +6,7 @@
 #include "xml/Reader.h"
 #include "xml/Text.h"
 
+#include <atomic>
 #include <optional>
 #include <utility>
 
@@ -14,16 +15,20 @@ namespace analytics
 namespace
 {
 // Checks the text. Templates, default configurations and profiles come again and again: the texts that have
-// passed last are kept, and not checked a second time.
+// passed last are kept, and not checked a second time. A large one has to come twice on end to be kept, which
+// what a client sends seldom does.
 std::optional<xml::Survey> Survey(const std::string& text)
 {
-    constexpr std::size_t kMostBytes = std::size_t{512} << 10U; // of all, an eighth of one
+    constexpr std::size_t kLarge = std::size_t{64} << 10U;
+    constexpr std::size_t kMostBytes = std::size_t{2} << 20U; // of all
     static platform::LruCache<std::string, xml::Survey> passed(64, kMostBytes);
+    static std::atomic<std::size_t> lastLarge = 0;
     if (auto found = passed.Find(text))
         return found;
     xml::SyntaxError error;
     auto survey = xml::Check(text, error);
-    if (survey && text.size() <= kMostBytes / 8)
+    const std::size_t hash = text.size() <= kLarge ? 0 : std::hash<std::string>()(text);
+    if (survey && (hash == 0 || lastLarge.exchange(hash) == hash) && text.size() <= kMostBytes)
         passed.Put(text, *survey, text.size());
     return survey;
 }

@@ -11,25 +11,42 @@ namespace analytics::xml
 namespace
 {
 constexpr std::uintptr_t kAttribute = 1;
+constexpr std::size_t kLargeText = std::size_t{32} << 10U;
 
 std::uintptr_t Bits(const DocumentNode& handle) { return reinterpret_cast<std::uintptr_t>(handle.Handle()); }
 
-struct Text : pugi::xml_writer
+// Appends a node to a text, or without one counts the bytes.
+struct Writer : pugi::xml_writer
 {
-    explicit Text(std::string& result) : text(result) {}
+    Writer(pugi::xml_node printed, std::string* result) : node(printed), text(result) {}
+
+    std::size_t Run()
+    {
+        node.print(*this, "", pugi::format_raw, pugi::encoding_utf8);
+        return bytes;
+    }
+
     // A return stands in texts alone, and would be read again as a line feed.
     void write(const void* data, std::size_t size) override
     {
+        bytes += size;
+        if (text == nullptr)
+            return;
+        // By doubling, a large text would take three times its size for a moment.
+        if (text->size() > kLargeText && text->size() + size > text->capacity())
+            text->reserve(text->size() + Writer(node, nullptr).Run());
         std::string_view rest(static_cast<const char*>(data), size);
         for (std::size_t end = rest.find('\r'); end != std::string_view::npos; end = rest.find('\r'))
         {
-            (text += rest.substr(0, end)) += "&#13;";
+            (*text += rest.substr(0, end)) += "&#13;";
             rest.remove_prefix(end + 1);
         }
-        text += rest;
+        *text += rest;
     }
 
-    std::string& text;
+    const pugi::xml_node node;
+    std::string* const text;
+    std::size_t bytes = 0;
 };
 
 // Shows the matches of a query until `visit` returns false.
@@ -100,9 +117,9 @@ void Remove(const std::vector<Match>& matches)
 
 pugi::xml_node NodeOf(const DocumentNode* handle)
 {
-    if (handle == nullptr || (Bits(*handle) & kAttribute) != 0)
-        return {};
-    return pugi::xml_node(static_cast<pugi::xml_node_struct*>(handle->Handle()));
+    const std::uintptr_t bits = handle == nullptr ? 0 : Bits(*handle);
+    return pugi::xml_node((bits & kAttribute) != 0 ? nullptr
+                                                   : reinterpret_cast<pugi::xml_node_struct*>(bits));
 }
 
 pugi::xml_attribute AttributeOf(const DocumentNode& handle)
@@ -117,7 +134,11 @@ pugi::xml_node AppendElement(pugi::xml_node parent, const std::string& name, con
     // Only an element that was read, or a copy of one, holds its text itself; else the text is a node more.
     static const struct Pattern : pugi::xml_document
     {
-        Pattern() { Build("<a>b</a>", {}, *this, true); }
+        Pattern()
+        {
+            Build("<a>b</a>", {}, *this, true);
+            document_element().set_name(""); // a copy would have one to give back
+        }
     } pattern;
     pugi::xml_node element =
         text.empty() ? parent.append_child() : parent.append_copy(pattern.document_element());
@@ -129,7 +150,7 @@ pugi::xml_node AppendElement(pugi::xml_node parent, const std::string& name, con
 
 void SetAttribute(pugi::xml_node element, const std::string& name, const std::string& value)
 {
-    pugi::xml_attribute attribute = PlainAttribute(element, name);
+    pugi::xml_attribute attribute = element.attribute(name.c_str());
     if (!attribute)
         attribute = element.append_attribute(name.c_str());
     Require(*attribute.name() != '\0');
@@ -153,8 +174,7 @@ bool Contains(pugi::xml_node outer, pugi::xml_node node)
 
 std::string& Print(pugi::xml_node node, std::string& text)
 {
-    Text out(text);
-    node.print(out, "", pugi::format_raw, pugi::encoding_utf8);
+    Writer(node, &text).Run();
     return text;
 }
 

@@ -39,7 +39,7 @@ T Require(T made)
 
 // Behind the children that the parent has. A text is the value of the element, as in one that was read.
 pugi::xml_node AppendElement(pugi::xml_node parent, const std::string& name, const std::string& text = "");
-// Replaces the value of the attribute, or appends it.
+// Replaces the value of the attribute, which is no declaration, or appends it.
 void SetAttribute(pugi::xml_node element, const std::string& name, const std::string& value);
 
 // What is unlinked stays in the memory of its document, below an element without a name at the end. A

@@ -149,7 +149,10 @@ class Path::Walk
     {
         if (step == m_path.m_steps.size())
             return Show(from);
-        for (pugi::xml_node child = from.first_child(); child; child = child.next_sibling())
+        const Step& wanted = m_path.m_steps[step];
+        const char* const name = m_plain && !wanted.any ? wanted.text.c_str() : nullptr; // that alone matches
+        for (pugi::xml_node child = name == nullptr ? from.first_child() : from.child(name); child;
+             child = name == nullptr ? child.next_sibling() : child.next_sibling(name))
             if (Matches(step, child) && !Down(child, step + 1))
                 return false;
         return true;

@@ -263,15 +263,9 @@ std::string Content(pugi::xml_node node)
 
 Lines::Lines(std::string_view text)
 {
-    std::ptrdiff_t offset = 0;
-    for (std::size_t i = 0; i < text.size(); ++i)
-    {
-        if (text[i] == '\r' && i + 1 < text.size() && text[i + 1] == '\n')
-            continue;
-        if (text[i] == '\r' || text[i] == '\n')
-            m_ends.push_back(offset);
-        ++offset;
-    }
+    const std::string plain = WithPlainLineEnds(text);
+    for (std::size_t end = plain.find('\n'); end != std::string::npos; end = plain.find('\n', end + 1))
+        m_ends.push_back(static_cast<std::ptrdiff_t>(end));
 }
 
 int Lines::Of(pugi::xml_node node) const

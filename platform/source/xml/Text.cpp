@@ -1,26 +1,14 @@
 #include "xml/Text.h"
 
+#include <boost/locale/utf.hpp>
+
 #include <algorithm>
-#include <cstdint>
 #include <limits>
 
 namespace analytics::xml
 {
 namespace
 {
-// The characters that take as many bytes, from the first to the last, and how the first byte begins.
-struct Form
-{
-    char32_t first;
-    char32_t last;
-    std::uint8_t mask;
-    std::uint8_t lead;
-};
-constexpr Form kForms[] = {{0x0, 0x7F, 0x80, 0x00},
-                           {0x80, 0x7FF, 0xE0, 0xC0},
-                           {0x800, 0xFFFF, 0xF0, 0xE0},
-                           {0x10000, 0x10FFFF, 0xF8, 0xF0}};
-
 bool IsPlain(char character) { return (character >= 0x20 && character < 0x7F) || character == '\n'; }
 
 bool IsAllowed(char32_t character)
@@ -32,19 +20,11 @@ bool IsAllowed(char32_t character)
 
 Utf8 FirstCharacter(std::string_view text)
 {
-    const auto byte = [text](std::size_t i) { return static_cast<std::uint8_t>(text[i]); };
-    const auto* const form = std::ranges::find_if(kForms, [lead = byte(0)](const Form& each)
-                                                  { return (lead & each.mask) == each.lead; });
-    if (form == std::end(kForms))
+    const char* end = text.data();
+    const auto character = boost::locale::utf::utf_traits<char>::decode(end, text.data() + text.size());
+    if (character == boost::locale::utf::illegal || character == boost::locale::utf::incomplete)
         return {};
-    const auto size = static_cast<std::size_t>(form - kForms) + 1;
-    char32_t character = byte(0) & static_cast<std::uint8_t>(~form->mask);
-    std::size_t taken = 1;
-    for (; taken < std::min(size, text.size()) && (byte(taken) & 0xC0) == 0x80; ++taken)
-        character = character << 6U | (byte(taken) & 0x3FU);
-    const bool whole = taken == size && character >= form->first && character <= form->last &&
-                       (character < 0xD800 || character > 0xDFFF);
-    return {whole ? character : kNoCharacter, taken};
+    return {character, static_cast<std::size_t>(end - text.data())};
 }
 
 bool IsXmlText(std::string_view text)

@@ -14,7 +14,7 @@ inline constexpr char32_t kNoCharacter = 0xFFFFFFFF;
 struct Utf8
 {
     char32_t character = kNoCharacter; // stays if the bytes aren't UTF-8
-    std::size_t bytes = 1;             // that it takes, or that began like a character
+    std::size_t bytes = 1;             // that it takes
 };
 Utf8 FirstCharacter(std::string_view text); // of a text that isn't empty
 

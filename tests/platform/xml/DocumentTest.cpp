@@ -161,6 +161,37 @@ TEST(Document, WritesAnyNamespaceSoThatItCanBeRead)
     }
 }
 
+TEST(Document, KnowsALargeTextAgainAndNoneLikeIt)
+{
+    const std::string items(50'000, 'x');
+    const std::string text = "<a>" + items + "<b>\xC3\xA9</b>" + items + "</a>";
+    std::string other = text;
+    other[3 + items.size() + 1] = 'c'; // <c> ... </b>
+    Document doc;
+    for (int time = 0; time < 4; ++time)
+    {
+        ASSERT_TRUE(doc.ParseString(text));
+        EXPECT_EQ(doc.GetSingleValue("//b", nullptr), "\xC3\xA9");
+        EXPECT_FALSE(doc.ParseString(other));
+        ASSERT_TRUE(doc.ParseString(text));
+        ASSERT_TRUE(doc.ParseString(text));
+    }
+}
+
+TEST(Document, WritesALargeTextIntoHardlyMoreThanItsSize)
+{
+    std::string text = "<a>";
+    for (int i = 0; i < 30'000; ++i)
+        text += "<b c=\"1\">2</b>";
+    text += "<b>&#13;&#13;</b></a>";
+    Document doc;
+    ASSERT_TRUE(doc.ParseString(text));
+    std::string dump = doc.DumpToString();
+    EXPECT_LT(dump.capacity(), text.size() * 5 / 4);
+    dump.erase(0, dump.find("<a>"));
+    EXPECT_EQ(dump, text + '\n');
+}
+
 TEST(Document, IsDestroyedThroughItsBase)
 {
     class Derived : public Document

@@ -103,9 +103,10 @@ bool EngineRuleDoc<Config>::DocToConfig(const std::string& xml, Config& config)
 template <class Config>
 bool EngineRuleDoc<Config>::ConfigToDoc(const Config& config, std::string& xml)
 {
+    const bool made = RuleDoc<Config>::ConfigToDoc(config, xml);
     m_engineId = EngineId(Config::Id());
     m_engineConfig = ConfigToEngineDoc(m_engineId, config);
-    return RuleDoc<Config>::ConfigToDoc(config, xml);
+    return made;
 }
 
 template <class Config>
