@@ -82,8 +82,8 @@ std::string_view FirstBinding(const Tree& tree, std::string_view prefix)
 
 pugi::xml_attribute PlainAttribute(pugi::xml_node element, const std::string& name)
 {
-    const pugi::xml_attribute own = element.attribute(name.c_str());
-    return own && (IsDeclaration(own) || !QName(name.c_str()).prefix.empty()) ? pugi::xml_attribute() : own;
+    const bool plain = name.find(':') == std::string::npos && name != kDeclaration;
+    return plain ? element.attribute(name.c_str()) : pugi::xml_attribute();
 }
 
 Declarations Missing(pugi::xml_node element, pugi::xml_node place)
