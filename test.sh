@@ -3,7 +3,8 @@
 # AddressSanitizer with UndefinedBehaviorSanitizer, those of threads under ThreadSanitizer, then what an emulated 32-bit
 # Arm can show. The second build fuzzes as well, each program for FUZZ_SECONDS (10). Options go to ctest, as in:
 # ./test.sh -R Settings.
-# PRESETS="dev" runs all suites without a sanitizer and the packages, PRESETS="arm64" the last for 64-bit Arm.
+# PRESETS="dev" runs all suites without a sanitizer and the packages, and what only it has: the console's page in
+# browsers, and other makers' clients. PRESETS="arm64" is the last for 64-bit Arm.
 set -euo pipefail
 root=$(cd "$(dirname "$0")" && pwd)
 
@@ -15,12 +16,8 @@ for preset in ${PRESETS:-release asan tsan armhf}
 do
     # Single tests that were asked for aren't the packages'.
     [ "$preset" != release ] || [ $# -eq 0 ] || continue
-    case $preset in
-    arm*)
-        cmake/install-packages.sh arm
-        cmake/make-sysroot.sh "$preset"
-        ;;
-    esac
+    case $preset in dev | arm*) cmake/install-packages.sh "$preset" ;; esac
+    case $preset in arm*) cmake/make-sysroot.sh "$preset" ;; esac
     cmake --preset "$preset" >/dev/null
     cmake --build --preset "$preset"
     [ "$preset" = release ] || ctest --preset "$preset" "$@"

@@ -4,7 +4,7 @@
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 
-"$root/cmake/install-packages.sh" build test
+"$root/cmake/install-packages.sh" build test dev
 build=$root/build/benchmarks
 cmake --preset release -S "$root" -B "$build" -DBUILD_BENCHMARKS=ON >/dev/null
 cmake --build "$build"

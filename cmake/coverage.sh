@@ -24,7 +24,7 @@ done
 
 if [ $run -eq 1 ]
 then
-    "$root/cmake/install-packages.sh" build test coverage
+    "$root/cmake/install-packages.sh" build test dev coverage
     cd "$root"
     cmake --preset coverage >/dev/null
     cmake --build --preset coverage
