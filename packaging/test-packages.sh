@@ -63,6 +63,8 @@ say "the client's package and the development package each have the WSDL, the sc
 # ---- what is built on them ----
 "$root/packaging/test-development.sh" "$work/1" "$work/development"
 
+mountpoint -q /sys/fs/cgroup || impossible "a container needs control groups, which aren't mounted here (/sys/fs/cgroup)"
+
 # ---- a Debian system that boots, with what the packages need of others; kept in the build folder for the next time ----
 needed=$(for file in "$work"/1/*.deb; do dpkg-deb -f "$file" Depends; done | tr ',' '\n' |
     sed -E 's/^ *([a-z0-9.+-]+).*/\1/' | grep -vE '^(lib)?varlo-analytics|-dev$|^$' | sort -u | paste -sd,)
