@@ -194,7 +194,8 @@ TEST(ZoneEditTest, ChangesOneZoneAndNothingElse)
 TEST(TextTest, WhatWouldControlATerminalIsShownAsANumber)
 {
     EXPECT_EQ(Printable("a\x1b[2J\xc2\x9b\n\xe2\x80\xae\xff\xc0\x80\xed\xa0\x80"),
-              "a<U+001B>[2J<U+009B><U+000A><U+202E>\xef\xbf\xbd\xef\xbf\xbd\xef\xbf\xbd");
+              "a<U+001B>[2J<U+009B><U+000A><U+202E>"
+              "\xef\xbf\xbd\xef\xbf\xbd\xef\xbf\xbd\xef\xbf\xbd\xef\xbf\xbd\xef\xbf\xbd");
     EXPECT_EQ(Printable("a\n\tb\r", true), "a\n\tb<U+000D>");
     EXPECT_EQ(Printable("\xc3\xa9\xe4\xb8\xad\xf0\x9f\x98\x80"), "\xc3\xa9\xe4\xb8\xad\xf0\x9f\x98\x80");
 }
