@@ -73,8 +73,7 @@ static int soap_envelope_is_known(struct soap *soap)
 
 static int soap_begin_message(struct soap *soap)
 {
-	/* The context is a new one: soap_begin() would only clear its tables once more. */
-	soap->encodingStyle = "";
+	soap_begin(soap);
 	if (!soap_begin_recv(soap))
 	{	if (!soap_envelope_begin_in(soap) && !soap_envelope_is_known(soap) && !soap_recv_header(soap) && !soap_body_begin_in(soap))
 			return SOAP_OK;
@@ -84,7 +83,7 @@ static int soap_begin_message(struct soap *soap)
 	return soap->error < SOAP_STOP ? soap_send_fault(soap) : soap_closesock(soap);
 }
 END
-edit soapServer.cpp 28 "/#include \"soapH.h\"/r $out/begin.cpp"
+edit soapServer.cpp 27 "/#include \"soapH.h\"/r $out/begin.cpp"
 
 # 5. What the answer quotes of the message: names in faults, namespaces. It comes in whatever bytes.
 edit soapC.cpp 1 's/#include "soapH.h"/&\n#include "Answer.h"/'
