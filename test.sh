@@ -1,10 +1,10 @@
 #!/usr/bin/env bash
-# Installs what is missing, builds, and runs every test: the Debian packages of what ./run.sh builds, all suites under
+# Installs what is missing, builds, and tests: the Debian packages of what ./run.sh builds, all suites under
 # AddressSanitizer with UndefinedBehaviorSanitizer, those of threads under ThreadSanitizer, then what an emulated 32-bit
-# Arm can show. The second build fuzzes as well, each program for FUZZ_SECONDS (10). Options go to ctest, as in:
-# ./test.sh -R Settings.
+# Arm can show. The second build fuzzes as well, each program for FUZZ_SECONDS (10). Options go to ctest.
 # PRESETS="dev" runs all suites without a sanitizer and the packages, and what only it has: the console's page in
-# browsers, and other makers' clients. PRESETS="arm64" is the last for 64-bit Arm.
+# browsers, and other makers' clients; each unit test is a test of ctest there: PRESETS=dev ./test.sh -R Settings.
+# PRESETS="arm64" is the last for 64-bit Arm.
 set -euo pipefail
 root=$(cd "$(dirname "$0")" && pwd)
 
