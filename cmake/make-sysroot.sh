@@ -32,7 +32,7 @@ case ${1:-} in
     *) sed -n 's/^#   //p' "$0" >&2; exit 2 ;;
 esac
 packages="libgsoap-dev libexpat1-dev libpugixml-dev libsqlite3-dev libsqlitecpp-dev libboost-dev libcli11-dev libssl-dev
-    zlib1g-dev libcrypt-dev nettle-dev nlohmann-json3-dev libstdc++-12-dev libgtest-dev libgmock-dev libxml2-dev"
+    zlib1g-dev libcrypt-dev nettle-dev libgeos-dev nlohmann-json3-dev libstdc++-12-dev libgtest-dev libgmock-dev libxml2-dev"
 sysroot=$root/build/sysroot/$triplet
 made=$sysroot/made-of
 [ "$(cat "$made" 2>/dev/null)" != "$packages" ] || exit 0
