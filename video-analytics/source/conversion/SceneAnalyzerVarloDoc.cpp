@@ -57,8 +57,8 @@ void ReadLines(VarloDoc& reader, Model& model, const LineField<Model> (&fields)[
 {
     for (const LineField<Model>& field : fields)
     {
-        const std::string expr =
-            std::string("./") + group.type + "[name='" + field.name + "']/vertices/vertex";
+        std::string expr = "./";
+        expr.append(group.type).append("[name='").append(field.name).append("']/vertices/vertex");
         reader.NodeToLine(line, expr, parent, doc);
         (model.*field.set)(line);
     }
