@@ -29,7 +29,7 @@ class Restarts(unittest.TestCase):
                 target = answered[0] + 20
                 while answered[0] < target:
                     time.sleep(0.005)
-                self.assertEqual(host.stop(), 0)
+                self.assertEqual(host.stop(), 0, host.errors)
                 self.assertEqual([e for e in host.errors if not e.startswith("listening on")], [])
                 host.start()
         finally:

@@ -129,6 +129,7 @@ class Server::Listener final : public EventHandler
         Error ignored; // It listens no more, whatever the system says.
         m_acceptor.close(ignored);
         m_descriptor = -1;
+        m_server.Closed();
     }
     Wish Continue(Cause cause) override
     {
@@ -231,6 +232,10 @@ std::string Server::Start(const ListenOptions& options)
                                   "); allow the process more threads");
     }
     m_listening = true;
+    {
+        const MutexLock hold(m_lock);
+        m_accepting = true;
+    }
     if (m_served.access.tls != nullptr)
     {
         const auto warn = [this] { m_served.access.tls->Warn(std::chrono::system_clock::now()); };
@@ -261,6 +266,13 @@ void Server::Ended()
         AcceptAgain();
 }
 
+void Server::Closed()
+{
+    const MutexLock hold(m_lock);
+    m_accepting = false;
+    m_idle.Wake();
+}
+
 void Server::AcceptAgain() { m_served.pool.Wait(m_listener, EventHandler::Wish::Read); }
 
 void Server::StopAccepting()
@@ -284,7 +296,7 @@ bool Server::Drain(std::chrono::milliseconds limit)
     const auto until =
         EventHandler::Clock::now() + std::min<std::chrono::milliseconds>(limit, std::chrono::hours(24));
     const MutexLock hold(m_lock);
-    while (m_connections > 0)
+    while (m_accepting || m_connections > 0)
     {
         const auto left =
             std::chrono::duration_cast<std::chrono::milliseconds>(until - EventHandler::Clock::now());

@@ -61,6 +61,7 @@ class Server
 
     bool Count(); // false: that is as many as are allowed
     void Ended();
+    void Closed();
     void AcceptAgain();
     void StopAccepting();
 
@@ -72,7 +73,8 @@ class Server
     analytics::platform::Mutex m_lock;
     analytics::platform::CondVar m_idle;
     std::size_t m_connections ANALYTICS_GUARDED_BY(m_lock) = 0;
-    bool m_paused ANALYTICS_GUARDED_BY(m_lock) = false; // until a connection ends
+    bool m_accepting ANALYTICS_GUARDED_BY(m_lock) = false; // a connection may come that isn't counted yet
+    bool m_paused ANALYTICS_GUARDED_BY(m_lock) = false;    // until a connection ends
 
     Served m_served;                                       // goes before all that its connections use
     std::optional<analytics::platform::Ticker> m_warnings; // of certificates

@@ -146,6 +146,40 @@ TEST_F(ServerEnd, DrainWaitsForARequestThatHasBegunToArrive)
     EXPECT_TRUE(drained.get());
 }
 
+TEST_F(ServerEnd, NothingIsServedAnyMoreOnceItIsDrained)
+{
+    std::atomic<bool> drained = false;
+    std::atomic<int> late = 0;
+    acceptor.script = [&](TcpSocket& socket)
+    {
+        late += drained;
+        ScriptedAcceptor::SendAll(socket, "done");
+        late += drained;
+    };
+    for (int round = 0; round < 100; ++round)
+    {
+        acceptor.served = 0;
+        drained = false;
+        Start();
+        std::vector<std::thread> clients;
+        for (int i = 0; i < 4; ++i)
+            clients.emplace_back(
+                [&]
+                {
+                    while (!drained)
+                        if (const Client client; client.TryConnect(url) && client.Send(Post("body")))
+                            client.ReadAll();
+                });
+        EXPECT_TRUE(Eventually([this] { return acceptor.served > 3; }));
+        EXPECT_TRUE(server->Drain(kLong));
+        drained = true;
+        for (std::thread& client : clients)
+            client.join();
+        server.reset();
+    }
+    EXPECT_EQ(late, 0);
+}
+
 TEST_F(ServerEnd, DrainSaysIfTheTimeWasNotEnough)
 {
     Gate gate;
