@@ -159,8 +159,15 @@ int Run(Options options)
     }
     TellSystemd("STOPPING=1");
     // First no request, then no manager: the library destroys it before it stops its server.
-    analytics::platform::DrainServer(kDrainLimit);
-    service.End();
+    if (analytics::platform::DrainServer(kDrainLimit))
+        service.End();
+    else
+    {
+        Report("requests were still in progress after " + std::to_string(kDrainLimit.count()) +
+               " seconds; they get no answer");
+        // Nothing is destroyed that they stand on. What a client was told is on the disk.
+        std::_Exit(0);
+    }
     return 0;
 }
 

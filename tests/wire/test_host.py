@@ -10,6 +10,7 @@ import tempfile
 import threading
 import time
 import unittest
+import unittest.mock
 from pathlib import Path
 
 import service
@@ -246,6 +247,18 @@ class Life(ServiceTest):
         for number in (signal.SIGTERM, signal.SIGINT):
             self.assertEqual(self.host.stop(number), 0)
             self.host.start()
+
+    def test_a_request_that_never_ends_does_not_keep_it(self):
+        self.host.stop()
+        with unittest.mock.patch.object(service, "LIBRARY", os.environ["STUCK_LIBRARY"]):
+            self.host.start()
+        with socket.create_connection(("127.0.0.1", self.host.port), timeout=60) as client:
+            client.sendall(b"POST / HTTP/1.1\r\nHost: camera\r\nContent-Length: 1\r\n\r\nx")
+            while "a request is stuck" not in self.host.errors:
+                time.sleep(0.01)
+            self.host.process.send_signal(signal.SIGTERM)
+            self.assertEqual(client.recv(1), b"")
+        self.assertEqual(self.host.process.wait(timeout=60), 0)
 
     def test_requests_in_progress_are_finished(self):
         acknowledged, broken = {}, []
