@@ -1,6 +1,7 @@
 #include "net/OperatorsServer.h"
 
 #include "metrics/Metrics.h"
+#include "net/LeaderFollowers.h"
 #include "threads/Mutex.h"
 
 #include <analytics/Platform.h>
@@ -65,9 +66,10 @@ std::string Health()
 try
 {
     const Answer answer = AskStore();
-    return IsReady(answer, kLongestHealthCheck)
-               ? answer.get()
-               : "The profile store doesn't answer; look at the disk that it is on";
+    LeaderFollowers::Blocked(true);
+    const bool ready = IsReady(answer, kLongestHealthCheck);
+    LeaderFollowers::Blocked(false);
+    return ready ? answer.get() : "The profile store doesn't answer; look at the disk that it is on";
 }
 catch (const std::system_error&)
 {
