@@ -73,8 +73,13 @@ static int soap_envelope_is_known(struct soap *soap)
 
 static int soap_begin_message(struct soap *soap)
 {
+	int unread;
 	soap_begin(soap);
-	if (!soap_begin_recv(soap))
+	unread = soap_begin_recv(soap);
+	/* The answer has the request's version of HTTP; the line that says it gives way to the text of a fault. */
+	if (strstr(soap->msgbuf, " HTTP/1.0"))
+		soap->http_version = "1.0";
+	if (!unread)
 	{	if (!soap_envelope_begin_in(soap) && !soap_envelope_is_known(soap) && !soap_recv_header(soap) && !soap_body_begin_in(soap))
 			return SOAP_OK;
 		soap_message_error(soap);
@@ -83,7 +88,7 @@ static int soap_begin_message(struct soap *soap)
 	return soap->error < SOAP_STOP ? soap_send_fault(soap) : soap_closesock(soap);
 }
 END
-edit soapServer.cpp 27 "/#include \"soapH.h\"/r $out/begin.cpp"
+edit soapServer.cpp 32 "/#include \"soapH.h\"/r $out/begin.cpp"
 
 # 5. What the answer quotes of the message: names in faults, namespaces. It comes in whatever bytes.
 edit soapC.cpp 1 's/#include "soapH.h"/&\n#include "Answer.h"/'

@@ -10,7 +10,6 @@
 #include <cstdio>
 #include <cstring>
 #include <string>
-#include <string_view>
 
 namespace analytics::kestrile
 {
@@ -35,14 +34,6 @@ const char* StatusOf(const char* key, const char* val)
         return val;
     return std::strncmp(key, kStatusLine, sizeof kStatusLine - 1) == 0 ? key + sizeof kStatusLine - 1
                                                                        : nullptr;
-}
-
-// The runtime answers in HTTP 1.1 whatever the request says; the status line is to have the request's
-// version. It keeps the line that said it.
-const char* VersionOf(const soap& context)
-{
-    const std::string_view line(context.msgbuf, strnlen(context.msgbuf, sizeof context.msgbuf));
-    return line.find(" HTTP/1.0") != std::string_view::npos ? "1.0" : context.http_version;
 }
 
 } // namespace
@@ -175,7 +166,6 @@ int SoapIO::SoapIOImpl::PostHeader(soap* soap, const char* key, const char* val)
     if (status == nullptr)
         return post(soap, key, val);
     const std::string text = status; // a copy: it may lie in tmpbuf itself
-    soap->http_version = VersionOf(*soap);
     std::snprintf(soap->tmpbuf, sizeof soap->tmpbuf, "HTTP/%s %s", soap->http_version, text.c_str());
     return post(soap, soap->tmpbuf, nullptr);
 }
