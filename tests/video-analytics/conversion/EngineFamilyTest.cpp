@@ -11,6 +11,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 namespace conversiontest
 {
 namespace
@@ -144,6 +146,18 @@ TYPED_TEST(EngineFamilyTest, MakesTheEngineConfigurationWithoutARuleDocument)
         EXPECT_EQ(this->converter.FromVarloToOnvif(this->OneZone(), this->params), "");
         EXPECT_EQ(CountAt(this->Additional(), "//tt:AnalyticsModule"), 1U);
     }
+}
+
+TYPED_TEST(EngineFamilyTest, AsksForTheEngineAheadOfTheRule)
+{
+    this->converter.FromVarloToOnvif(this->OneZone(), this->params);
+    const std::vector<std::string>& calls = this->platform.calls;
+    const auto engine =
+        std::find(calls.begin(), calls.end(), std::string("GetDefaultConfiguration ") + TypeParam::kEngine);
+    const auto rule =
+        std::find(calls.begin(), calls.end(), "GetDefaultConfiguration " + TypeParam::Config::Id());
+    EXPECT_LT(engine, rule);
+    EXPECT_NE(rule, calls.end());
 }
 
 TYPED_TEST(EngineFamilyTest, TakesTheFirstDependencyThatIsAnEngine)

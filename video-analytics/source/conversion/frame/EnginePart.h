@@ -103,10 +103,10 @@ bool EngineRuleDoc<Config>::DocToConfig(const std::string& xml, Config& config)
 template <class Config>
 bool EngineRuleDoc<Config>::ConfigToDoc(const Config& config, std::string& xml)
 {
-    const bool made = RuleDoc<Config>::ConfigToDoc(config, xml);
+    // The engine's document exists even when the rule document can't be made.
     m_engineId = EngineId(Config::Id());
     m_engineConfig = ConfigToEngineDoc(m_engineId, config);
-    return made;
+    return RuleDoc<Config>::ConfigToDoc(config, xml);
 }
 
 template <class Config>
