@@ -10,8 +10,23 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <chrono>
 #include <stdexcept>
 #include <thread>
+
+namespace
+{
+std::atomic<int> gPauses{0};
+}
+
+// The pause of the run loop, counted.
+extern "C" unsigned int sleep(unsigned int seconds)
+{
+    ++gPauses;
+    std::this_thread::sleep_for(std::chrono::seconds(seconds));
+    return 0;
+}
 
 namespace
 {
@@ -64,7 +79,9 @@ TEST(EntryTest, ShutdownBeforeStartEndsTheLaterStartAtOnce)
     fake::Platform platform;
     EXPECT_TRUE(ShutdownVarloAnalyticsApi());
     EXPECT_EQ(platform.managersMade, 0);
+    gPauses = 0;
     EXPECT_TRUE(StartVarloAnalyticsApi());
+    EXPECT_EQ(gPauses, 0);
     EXPECT_EQ(platform.managersMade, 1);
     EXPECT_THAT(platform.serverCalls, ElementsAre("TcpServer(kestrile-server, 0)", "SetBufferSize(65536)",
                                                   "Start(128)", "Stop()", "~TcpServer()"));
@@ -87,7 +104,9 @@ TEST(EntryTest, SecondStartBringsTheServerUpAndTearsItDownAtOnce)
     RunOnce(platform);
     platform.serverCalls.clear();
     platform.onServerStarted = [](auto*) {};
+    gPauses = 0;
     EXPECT_TRUE(StartVarloAnalyticsApi());
+    EXPECT_EQ(gPauses, 0);
     EXPECT_THAT(platform.serverCalls, ElementsAre("TcpServer(kestrile-server, 0)", "SetBufferSize(65536)",
                                                   "Start(128)", "Stop()", "~TcpServer()"));
     ShutdownVarloAnalyticsApi();

@@ -63,6 +63,9 @@ TEST_P(FamilyTest, RefusesWhatIsNoBehaviorOfItsOwn)
         EXPECT_EQ(Convert(xml), "") << xml;
         EXPECT_FALSE(params.Active()) << xml;
     }
+    for (const Family& other : Families())
+        for (const std::string& id : {other.id, other.alias})
+            EXPECT_EQ(Convert(Behavior(id, "1", "")).empty(), other.id != family.id) << id;
 }
 
 TEST_P(FamilyTest, TakesEitherIdentifierAndWritesTheAlias)
