@@ -30,14 +30,13 @@ Json ReadJson(const Source& source)
 {
     try
     {
-        return Json::parse(source.text);
+        return ParseJson(source.text);
     }
-    catch (const Json::parse_error& error)
+    catch (const JsonError& error)
     {
-        const auto end =
-            source.text.begin() + static_cast<std::ptrdiff_t>(std::min(error.byte, source.text.size()));
-        Refuse(source, "this isn't JSON. Nothing has been sent; correct the document and try again",
-               1 + std::count(source.text.begin(), end, '\n'));
+        Refuse(source,
+               std::string(error.what()) + ". Nothing has been sent; correct the document and try again",
+               error.line);
     }
 }
 

@@ -2,6 +2,8 @@
 
 #include "Values.h"
 
+#include <algorithm>
+
 namespace client
 {
 namespace
@@ -22,7 +24,37 @@ Json AsJson(const Value& value)
     return std::visit(convert, value);
 }
 
+// Whatever walks a value calls itself for each level. The parser doesn't, and keeps nothing here: with what
+// it keeps it looks through the whole of a list at the end of each item.
+bool CheckDepth(int depth, Json::parse_event_t event, const Json& /*value*/)
+{
+    constexpr int kMaxDepth = 256; // as in XML
+    const bool begins =
+        event == Json::parse_event_t::array_start || event == Json::parse_event_t::object_start;
+    if (begins && depth >= kMaxDepth)
+        throw JsonError("the values are nested too deeply", 0);
+    return false;
+}
+
 } // namespace
+
+Json ParseJson(const std::string& text)
+{
+    try
+    {
+        const Json nothing = Json::parse(text, CheckDepth);
+        return Json::parse(text);
+    }
+    catch (const Json::out_of_range&)
+    {
+        throw JsonError("a number in it is too large", 0);
+    }
+    catch (const Json::parse_error& error)
+    {
+        const auto end = text.begin() + static_cast<std::ptrdiff_t>(std::min(error.byte, text.size()));
+        throw JsonError("this isn't JSON", 1 + std::count(text.begin(), end, '\n'));
+    }
+}
 
 std::string JsonLine(const Json& json) { return json.dump(-1, ' ', true, Json::error_handler_t::replace); }
 

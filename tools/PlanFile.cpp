@@ -168,11 +168,15 @@ SavedPlan ReadPlan(const std::string& file, const Target& otherwise)
     try
     {
         std::string line;
-        for (std::getline(stream, line), ReadHeader(Json::parse(line), file, otherwise, plan);
+        for (std::getline(stream, line), ReadHeader(ParseJson(line), file, otherwise, plan);
              !whole && std::getline(stream, line);)
-            whole = ReadLine(Json::parse(line), plan);
+            whole = ReadLine(ParseJson(line), plan);
     }
     catch (const Json::exception&)
+    {
+        RefusePlan(file, "isn't a saved plan, or is damaged");
+    }
+    catch (const JsonError&)
     {
         RefusePlan(file, "isn't a saved plan, or is damaged");
     }

@@ -127,6 +127,7 @@ FILES = [
     ("behavior set 1 loitering", "", "the document is empty", "correct the document and try again"),
     ("behavior set 1 loitering", "<a/>", "no <behavior> element", "'varlo-analytics behavior example' shows a full one"),
     ("behavior set 1 loitering", "{", "this isn't JSON", "correct the document and try again"),
+    ("behavior set 1 loitering", '{"active": 1e999}', "a number in it is too large", "correct the document and try again"),
     ("behavior set 1 loitering", '{"document": null}', "no document in it, as of a behavior that is idle", "behavior example"),
     ("behavior set 1 loitering", "<!DOCTYPE a [<!ENTITY b 'c'>]><behavior/>", "document type", "correct the document"),
     ("behavior set 1 loitering", "<behavior>\n</behaviour>", "standard input:2:", "correct the document"),

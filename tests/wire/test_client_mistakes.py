@@ -128,6 +128,20 @@ class Lines(Told):
                 strict = ("--strict",) if line.startswith(mistakes.CHECKED) else ()
                 self.told(*self.words(line), *strict, code=4, texts=texts, text=text)
 
+    def test_json_that_is_nested_deeply(self):
+        deep = "[" * 500000 + "]" * 500000
+        header = '{"plan": 1, "prune": false, "run": false, "name": "a", "frame": "1x1", "scene": null, "behaviors": [], "hosts": []}'
+        file = self.host.folder / "deep.plan"
+        file.write_text(f'{header}\n{{"host": "a", "changes": {deep}}}\n')
+        for line, text, *texts in (
+                ("behavior set 1 loitering", f'{{"active": {deep}}}', "the values are nested too deeply", "correct the document and try again"),
+                ("behavior set 1 loitering", f'{{"active": {"[" * 256 + "]" * 256}}}', "the values are nested too deeply"),
+                ("behavior set 1 loitering", f'{{"active": {"[" * 255 + "]" * 255}}}', "/active", "has to be 0 or 1"),
+                ("validate -", '{"document": ' * 100000 + "0" + "}" * 100000, "the values are nested too deeply"),
+                (f"apply {file}", "", "isn't a saved plan, or is damaged", "'varlo-analytics plan DIR --out")):
+            with self.subTest(line=line, begin=text[:30]):
+                self.told(*self.words(line), code=4, texts=texts, text=text)
+
     def test_hosts_and_cameras(self):
         file = self.host.folder / "hosts.txt"
         for text, *texts in mistakes.HOSTS:

@@ -32,6 +32,11 @@ WebAnswer JsonAnswer(unsigned status, const Json& json)
     return {status, "application/json", json.dump(-1, ' ', false, Json::error_handler_t::replace)};
 }
 
+WebAnswer WrongJson(const std::exception& error)
+{
+    return JsonAnswer(400, {{"error", std::string("The request isn't what it should be: ") + error.what()}});
+}
+
 int Number(const Json& request, const char* key)
 {
     const auto found = request.find(key);
@@ -139,8 +144,11 @@ WebAnswer Console::Answer(const std::string& method, const std::string& target, 
     }
     catch (const Json::exception& error)
     {
-        return JsonAnswer(400,
-                          {{"error", std::string("The request isn't what it should be: ") + error.what()}});
+        return WrongJson(error);
+    }
+    catch (const JsonError& error)
+    {
+        return WrongJson(error);
     }
     catch (const Failure& failure)
     {
@@ -166,7 +174,7 @@ WebAnswer Console::Routed(const std::string& method, const std::string& target, 
             continue;
         const Json request =
             reading ? Query(std::string_view(target).substr(std::min(question + 1, target.size())))
-                    : Json::parse(body);
+                    : ParseJson(body);
         return JsonAnswer(200, (this->*entry.route)(request));
     }
     if (path == "/picture" && m_picture && reading)
