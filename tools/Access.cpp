@@ -24,10 +24,31 @@ namespace
 
 constexpr char kVariable[] = "VARLO_ANALYTICS_PASSWORD";
 
-[[noreturn]] void RefuseUrl(const std::string& text, const std::string& why)
+// What is wrong with a URL that has a path; empty if nothing.
+std::string TroubleOf(const std::string& url)
 {
-    throw Failure(Exit::Usage, "'" + Printable(text) + "' isn't the address of a service: " + why +
-                                   ". Write it as http://192.168.0.90:8080/ or https://camera.example/");
+    const std::size_t host = url.find("://") + 3;
+    const std::string scheme = url.substr(0, host);
+    if (scheme != "http://" && scheme != "https://")
+        return "it has to begin with http:// or https://";
+    const std::string authority = url.substr(host, url.find_first_of("/?#", host) - host);
+    if (authority.empty() || authority.front() == ':')
+        return "there is no host in it";
+    if (authority.find('@') != std::string::npos)
+        return "a user is named with --user, and a password never on the command line";
+    if (authority.front() == '[' && authority.find(']') == std::string::npos)
+        return "its IPv6 address doesn't end with ]";
+    for (const char c : url)
+        if (static_cast<unsigned char>(c) <= ' ' || c == '\x7F')
+            return "it holds white space or a control character";
+    const std::size_t colon = authority.find(':', authority.front() == '[' ? authority.find(']') : 0);
+    if (colon == std::string::npos)
+        return "";
+    const std::string port = authority.substr(colon + 1);
+    std::uint16_t number = 0;
+    const bool wrong = port.size() > 5 || port.starts_with('+') ||
+                       analytics::xml::ReadInteger(port, number) != std::errc() || number == 0;
+    return wrong ? "its port isn't a number from 1 to 65535" : "";
 }
 
 std::string FirstLineOf(const std::string& file)
@@ -88,33 +109,22 @@ std::string HostOf(const std::string& url)
     return authority.substr(0, authority.find(':'));
 }
 
-std::string WholeUrl(const std::string& text)
+std::string WholeUrl(const std::string& text, std::string& why)
 {
     std::string url = text.find("://") == std::string::npos ? "http://" + text : text;
-    const std::size_t host = url.find("://") + 3;
-    const std::string scheme = url.substr(0, host);
-    if (scheme != "http://" && scheme != "https://")
-        RefuseUrl(text, "it has to begin with http:// or https://");
-    if (url.find_first_of("/?#", host) == std::string::npos)
+    if (url.find_first_of("/?#", url.find("://") + 3) == std::string::npos)
         url += '/';
-    const std::string authority = url.substr(host, url.find_first_of("/?#", host) - host);
-    if (authority.empty() || authority.front() == ':')
-        RefuseUrl(text, "there is no host in it");
-    if (authority.find('@') != std::string::npos)
-        RefuseUrl(text, "a user is named with --user, and a password never on the command line");
-    if (authority.front() == '[' && authority.find(']') == std::string::npos)
-        RefuseUrl(text, "its IPv6 address doesn't end with ]");
-    for (const char c : url)
-        if (static_cast<unsigned char>(c) <= ' ' || c == '\x7F')
-            RefuseUrl(text, "it holds white space or a control character");
-    const std::size_t colon = authority.find(':', authority.front() == '[' ? authority.find(']') : 0);
-    if (colon == std::string::npos)
-        return url;
-    const std::string port = authority.substr(colon + 1);
-    std::uint16_t number = 0;
-    if (port.size() > 5 || port.starts_with('+') ||
-        analytics::xml::ReadInteger(port, number) != std::errc() || number == 0)
-        RefuseUrl(text, "its port isn't a number from 1 to 65535");
+    why = TroubleOf(url);
+    return url;
+}
+
+std::string WholeUrl(const std::string& text)
+{
+    std::string why;
+    std::string url = WholeUrl(text, why);
+    if (!why.empty())
+        throw Failure(Exit::Usage, "'" + Printable(text) + "' isn't the address of a service: " + why +
+                                       ". Write it as http://192.168.0.90:8080/ or https://camera.example/");
     return url;
 }
 

@@ -21,6 +21,8 @@ struct Access
 
 // The whole URL for "http://…", "https://…", or a bare "HOST" or "HOST:PORT". Throws Failure (usage).
 std::string WholeUrl(const std::string& text);
+// The same; `why` says why it can't be an address, and is empty if it can.
+std::string WholeUrl(const std::string& text, std::string& why);
 
 // The host of a whole URL, without port and brackets.
 std::string HostOf(const std::string& url);

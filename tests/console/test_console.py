@@ -281,7 +281,8 @@ class Start(unittest.TestCase):
         around, asked = self.serve("302 Found", b"", "Location: /again\r\n")
         pictures = [self.folder / name for name in ("text.png", "empty.jpg", "large.png", "missing.png", ".")]
         pictures += [self.serve(body=b"<html>")[0], self.serve("404 Not Found")[0], self.serve(body=PNG + bytes(16 * 1024 * 1024))[0],
-                     redirect, around, "http://127.0.0.1:9/x", "http://nowhere.invalid/x"]
+                     redirect, around, "http://127.0.0.1:9/x", "http://nowhere.invalid/x",
+                     "http://", "http://:80/x", "http://127.0.0.1:99999/x", "http://u:p@127.0.0.1/x", "http://[::1/x"]
         for picture in pictures:
             with self.subTest(picture=picture):
                 code, said = refused("--url", "http://127.0.0.1:9/", "--picture", picture)

@@ -28,8 +28,21 @@ std::string Redirected(const std::string& from, const std::string& to)
     return whole;
 }
 
-std::string Fetch(Access access)
+std::string Fetch(const std::string& source, Access access)
 {
+    std::string why;
+    const std::string url = WholeUrl(source, why);
+    if (!why.empty())
+        throw Failure(Exit::Document, why);
+    if (Origin(url) != Origin(access.url))
+    {
+        access.user.clear();
+        access.password.clear();
+        access.certificate.clear();
+        access.key.clear();
+    }
+    access.url = url;
+    access.timeout = std::chrono::seconds(10);
     for (int redirects = 0; redirects <= kMostRedirects; ++redirects)
     {
         const Connection::Fetched fetched = Connection(access, std::nullopt).Get(Picture::kMostBytes);
@@ -71,24 +84,13 @@ Picture::Picture(const std::string& source, const Access& access)
       m_url(source.starts_with("http://") || source.starts_with("https://")),
       m_access(access)
 {
-    if (!m_url)
-        return;
-    m_access.url = WholeUrl(source);
-    m_access.timeout = std::chrono::seconds(10);
-    if (Origin(m_access.url) != Origin(access.url))
-    {
-        m_access.user.clear();
-        m_access.password.clear();
-        m_access.certificate.clear();
-        m_access.key.clear();
-    }
 }
 
 Picture::Content Picture::Read()
 {
     try
     {
-        std::string bytes = m_url ? Fetch(m_access) : ReadWhole(m_source);
+        std::string bytes = m_url ? Fetch(m_source, m_access) : ReadWhole(m_source);
         return {TypeOf(bytes), std::move(bytes)};
     }
     catch (const Failure& failure)
