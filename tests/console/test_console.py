@@ -306,6 +306,17 @@ class Start(unittest.TestCase):
         self.assertGreater(time.monotonic() - begun, 8)
         self.assertLess(time.monotonic() - begun, 30)
 
+    def test_redirects_share_the_ten_seconds(self):
+        def redirect(connection):
+            time.sleep(4)
+            connection.sendall(b"HTTP/1.1 302 Found\r\nLocation: /again\r\nContent-Length: 0\r\nConnection: close\r\n\r\n")
+
+        listener = Listener(redirect)
+        self.addCleanup(listener.close)
+        code, said = refused("--url", "http://127.0.0.1:9/", "--picture", f"http://127.0.0.1:{listener.port}/")
+        self.assertEqual(code, 4, said)
+        self.assertNotIn("again and again", said)
+
     def test_a_picture_by_address_is_fetched_anew_each_time_also_by_a_redirect_on_its_host(self):
         sent = [PNG, PNG, b"now it is text", PNG]
         asked = []

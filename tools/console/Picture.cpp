@@ -43,9 +43,10 @@ std::string Fetch(const std::string& source, Access access)
     }
     access.url = url;
     access.timeout = std::chrono::seconds(10);
+    const auto deadline = Connection::Clock::now() + access.timeout;
     for (int redirects = 0; redirects <= kMostRedirects; ++redirects)
     {
-        const Connection::Fetched fetched = Connection(access, std::nullopt).Get(Picture::kMostBytes);
+        const Connection::Fetched fetched = Connection(access, deadline).Get(Picture::kMostBytes);
         if (fetched.location.empty())
             return fetched.body;
         access.url = Redirected(access.url, fetched.location);
