@@ -193,6 +193,20 @@ describe('when things go wrong', () => {
         assert.ok(text.includes('>77<') && !text.includes('Theirs again'));
     }));
 
+    test('what was stored is saved, also if what can be selected isn’t told afterwards', () => desk(['--url', service.url], async at => {
+        await open(at);
+        await at.page.evaluate(() => {
+            const real = window.fetch;
+            window.fetch = (path, ...more) => (path.startsWith('api/behaviors')
+                ? Response.json({ error: 'Nobody knows what can be selected.' }, { status: 422 }) : real(path, ...more));
+        });
+        await at.set('Dwell time', 55);
+        await at.press('Save');
+        await at.says(/Nobody knows/, 'alert');
+        assert.equal(await at.status(), 'Saved');
+        assert.match(await service.behavior(profile, LOITERING.id), />55</);
+    }));
+
     test('markup, right-to-left text and 255 bytes in names', () => desk(['--url', service.url], async at => {
         const markup = '<img src=x onerror="document.title=1">&amp;\'';
         const names = [markup, 'موقف السيارات', '𝓩'.repeat(63) + 'abc'];

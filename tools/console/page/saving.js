@@ -21,14 +21,13 @@ export async function save(overwrite = false) {
     try {
         const answer = await api.send('save', { ...asked, base: history.base, document: history.doc, overwrite });
         saved(asked, history, answer);
-        await refreshBehaviors();
     } catch (error) {
         if (!(error instanceof api.Refused)) throw error;
         if (error.status === 409 && error.answer.document) return changedMeanwhile(asked, error.answer);
         if (error.answer.lost || error.status === 0) alarm('camera', error.message);
-        say(`Not saved: ${error.message}`);
+        return say(`Not saved: ${error.message}`);
     }
-    return undefined;
+    return refreshBehaviors();
 }
 
 // What was edited while the answer came stays, and is a change still.
