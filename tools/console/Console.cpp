@@ -296,8 +296,7 @@ Json Console::Save(const Json& request)
     Camera& camera = CameraOf(request);
     Service service(camera.known.access);
     return DocumentPage(service, Number(request, "profile"), Text(request, "behavior"))
-        .Save(Member(request, "base"), Member(request, "document"), Flag(request, "overwrite"),
-              camera.known.frame);
+        .Save(Member(request, "base"), Member(request, "document"), camera.known.frame);
 }
 
 // Scales points from the frame of one camera to that of another, as a scene's exclude zone.

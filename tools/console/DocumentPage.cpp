@@ -210,10 +210,10 @@ Json DocumentPage::Review(const Json& base, const Json& document, const Frame& f
             {"findings", FindingsOf(m_model, document, frame)}};
 }
 
-Json DocumentPage::Save(const Json& base, const Json& document, bool overwrite, const Frame& frame)
+Json DocumentPage::Save(const Json& base, const Json& document, const Frame& frame)
 {
     const Json current = Current();
-    if (!overwrite && !SameValue(Own(m_model, base), Own(m_model, current)))
+    if (!SameValue(Own(m_model, base), Own(m_model, current)))
         throw ChangedMeanwhile{{{"error", "somebody else has changed this meanwhile"},
                                 {"document", current},
                                 {"changes", Differences(Own(m_model, base), Own(m_model, current))}}};

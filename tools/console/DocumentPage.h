@@ -22,8 +22,8 @@ class DocumentPage
     // What would change, and the findings.
     Json Review(const Json& base, const Json& document, const Frame& frame) const;
     // Stores what differs from what the service has, and reports what it changed. Throws ChangedMeanwhile if
-    // the service's document differs from `base`, unless `overwrite`; Failure if the document has an error.
-    Json Save(const Json& base, const Json& document, bool overwrite, const Frame& frame);
+    // the service's document differs from `base`, Failure if the document has an error.
+    Json Save(const Json& base, const Json& document, const Frame& frame);
 
   private:
     Json Current();

@@ -6,7 +6,7 @@ import { join } from 'node:path';
 import { after, before, describe, test } from 'node:test';
 import { BEHAVIORS, taken } from './documents.js';
 import { Desk } from './desk.js';
-import { PICTURE, Service, startBrowser, startConsole, until } from './room.js';
+import { PICTURE, SHOTS, Service, startBrowser, startConsole, until } from './room.js';
 
 const LOITERING = BEHAVIORS[4];
 const SQUARE = [[40, 40], [140, 40], [140, 140], [40, 140]];
@@ -167,9 +167,12 @@ describe('when things go wrong', () => {
         assert.deepEqual(stored.zones[0].points, [[20, 20], ...SQUARE.slice(1)]);
     }));
 
-    const meanwhile = async (at, name) => {
+    const rename = async name => {
         const xml = await service.behavior(profile, LOITERING.id);
         await service.call('SetProfileBehavior', { profileId: profile, behaviorId: LOITERING.id, config: xml.replace(/<name>[^<]*<\/name>/, `<name>${name}</name>`) });
+    };
+    const meanwhile = async (at, name) => {
+        await rename(name);
         await at.set('Dwell time', 77);
         await at.press('Save');
         await at.find('dialog', 'Changed meanwhile');
@@ -187,10 +190,52 @@ describe('when things go wrong', () => {
         await until(async () => (await at.value('Dwell time')) === '77', 'what was drawn');
         await at.press('Discard');
         await meanwhile(at, 'Theirs again');
+        await rename('Theirs, later');
+        await at.press('Overwrite');
+        await until(() => at.page.$eval('#dialog', one => one.open && one.textContent.includes('Theirs, later')), 'the further change');
+        assert.ok((await service.behavior(profile, LOITERING.id)).includes('<name>Theirs, later</name>'));
+        await at.page.screenshot({ path: join(SHOTS, 'changed-meanwhile.png') });
         await at.press('Overwrite');
         await at.says(/^Saved/);
         const text = await service.behavior(profile, LOITERING.id);
         assert.ok(text.includes('>77<') && !text.includes('Theirs again'));
+    }));
+
+    // The page's requests that match wait until letGo().
+    const hold = (at, pattern) => at.page.evaluate(source => {
+        const real = window.fetch;
+        const gate = new Promise(resolve => { window.letGo = resolve; });
+        window.fetch = async (path, ...more) => {
+            if (new RegExp(source).test(path)) await gate;
+            return real(path, ...more);
+        };
+    }, pattern.source);
+
+    test('a save and a discard concern what was open when they were asked for', () => desk(['--url', service.url], async at => {
+        await open(at);
+        await rename('Somebody else’s');
+        await at.set('Dwell time', 66);
+        await hold(at, /api\/save/);
+        await at.press('Save');
+        await at.behavior('Object Removal');
+        await at.draw('Add zone', SQUARE, 'mouse');
+        await at.page.evaluate(() => window.letGo());
+        await at.find('dialog', 'Changed meanwhile');
+        await at.press('Overwrite');
+        await at.says(/^Saved/);
+        assert.match(await service.behavior(profile, LOITERING.id), />66</);
+        assert.doesNotMatch(await service.behavior(profile, BEHAVIORS[6].id), /<roi>/);
+        assert.deepEqual(await at.points(), SQUARE);
+        await at.behavior('Loitering Detection');
+        await at.set('Dwell time', 67);
+        await hold(at, /api\/document.*Loitering/);
+        await at.press('Discard');
+        await at.behavior('Object Removal');
+        await at.page.evaluate(() => window.letGo());
+        await at.says(/discarded/);
+        assert.deepEqual(await at.points(), SQUARE);
+        await at.behavior('Loitering Detection');
+        assert.equal(await at.value('Dwell time'), '66');
     }));
 
     test('what was stored is saved, also if what can be selected isn’t told afterwards', () => desk(['--url', service.url], async at => {

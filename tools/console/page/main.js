@@ -82,7 +82,7 @@ press('add-point', addPoint);
 press('delete-point', () => removePoint(state.selected, state.vertex));
 press('finish', finish);
 press('give-up', giveUp);
-press('save', () => save());
+press('save', save);
 press('discard', discard);
 press('review', review);
 press('new-picture', newPicture);
@@ -96,7 +96,7 @@ document.addEventListener('keydown', event => {
     const control = (event.ctrlKey || event.metaKey) && !event.altKey;
     if (event.key === 'Escape') return giveUp();
     if (!control) return;
-    const action = { z: event.shiftKey ? () => step(model.redo) : () => step(model.undo), y: () => step(model.redo), s: () => save() }[key];
+    const action = { z: event.shiftKey ? () => step(model.redo) : () => step(model.undo), y: () => step(model.redo), s: save }[key];
     if (!action) return;
     event.preventDefault();
     attempt(action);

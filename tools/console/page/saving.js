@@ -10,17 +10,19 @@ import { alarm, attempt, change, context, draft, draftKey, edit, failed, keep, s
 
 const cameBack = changes => changes.map(({ field, before, after }) => `${field} was ${before}, is ${after}`).join('; ');
 
-export async function save(overwrite = false) {
+export async function save() {
     if (state.drawing) return say('Not saved: a shape is being drawn. Finish it, or give it up with Escape.');
     seal();
-    const asked = context();
-    const history = draft();
-    if (!history) return undefined;
+    return draft() ? store(context(), draft().base) : undefined;
+}
+
+// `base` is what the person knows the camera to have.
+async function store(asked, base) {
+    const history = state.drafts[draftKey(asked)];
     say('Saving …');
     alarm('action', '');
     try {
-        const answer = await api.send('save', { ...asked, base: history.base, document: history.doc, overwrite });
-        saved(asked, history, answer);
+        saved(asked, history, await api.send('save', { ...asked, base, document: history.doc }));
     } catch (error) {
         if (!(error instanceof api.Refused)) throw error;
         if (error.status === 409 && error.answer.document) return changedMeanwhile(asked, error.answer);
@@ -30,14 +32,18 @@ export async function save(overwrite = false) {
     return refreshBehaviors();
 }
 
-// What was edited while the answer came stays, and is a change still.
-export function saved(asked, sent, { document: doc, changes }) {
-    const key = draftKey(asked);
-    const now = state.drafts[key];
-    state.drafts[key] = now.doc === sent.doc ? model.settle(now, doc) : { ...now, base: doc };
-    say(changes.length ? `Saved, but this came back different: ${cameBack(changes)}` : 'Saved');
+// Of what was asked for, whatever is open by now.
+function replace(asked, history) {
+    state.drafts[draftKey(asked)] = history;
     if (draft()) change(draft());
     else keep();
+}
+
+// What was edited while the answer came stays, and is a change still.
+export function saved(asked, sent, { document: doc, changes }) {
+    const now = state.drafts[draftKey(asked)];
+    say(changes.length ? `Saved, but this came back different: ${cameBack(changes)}` : 'Saved');
+    replace(asked, now.doc === sent.doc ? model.settle(now, doc) : { ...now, base: doc });
 }
 
 export async function changedMeanwhile(asked, { document: doc, changes }) {
@@ -47,9 +53,9 @@ export async function changedMeanwhile(asked, { document: doc, changes }) {
         dialogs.differences(changes, ['What', 'Was', 'Is now']),
         element('p', {}, '“Overwrite” stores what is drawn here. “Reload” takes what the camera has; “Undo” brings back what is drawn here.'),
     ], ['Overwrite', 'Reload']);
-    if (pressed === 'Overwrite') return save(true);
-    if (pressed !== 'Reload' || !model.equal(asked, context())) return undefined;
-    change(model.settle(draft(), doc));
+    if (pressed === 'Overwrite') return store(asked, doc);
+    if (pressed !== 'Reload') return undefined;
+    replace(asked, model.settle(state.drafts[draftKey(asked)], doc));
     return say('Reloaded.');
 }
 
@@ -57,13 +63,14 @@ export async function discard() {
     if (state.drawing) return giveUp();
     seal();
     if (!draft()) return undefined;
+    const asked = context();
     let { base } = draft();
     try {
-        base = (await api.read('document', context())).document;
+        base = (await api.read('document', asked)).document;
     } catch (error) {
         failed(error);
     }
-    change(model.settle(draft(), base));
+    replace(asked, model.settle(state.drafts[draftKey(asked)], base));
     return say('The changes are discarded. “Undo” brings them back.');
 }
 
