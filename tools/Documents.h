@@ -21,7 +21,7 @@ struct Source
 
 // Opens a file to read it. `why` says why that isn't possible, and stays as it is otherwise.
 std::ifstream OpenFile(const std::string& file, std::string& why);
-// The whole of a file; "-" is standard input. Throws Failure.
+// The whole of a file without a byte order mark; "-" is standard input. Throws Failure.
 Source ReadSource(const std::string& file);
 // Replaces the file as a whole, or leaves it alone. Throws Failure.
 void WriteFile(const std::string& file, const std::string& text);

@@ -3,6 +3,8 @@
 #include "Values.h"
 
 #include <algorithm>
+#include <set>
+#include <vector>
 
 namespace client
 {
@@ -26,15 +28,29 @@ Json AsJson(const Value& value)
 
 // Whatever walks a value calls itself for each level. The parser doesn't, and keeps nothing here: with what
 // it keeps it looks through the whole of a list at the end of each item.
-bool CheckDepth(int depth, Json::parse_event_t event, const Json& /*value*/)
+class Check
 {
-    constexpr int kMaxDepth = 256; // as in XML
-    const bool begins =
-        event == Json::parse_event_t::array_start || event == Json::parse_event_t::object_start;
-    if (begins && depth >= kMaxDepth)
-        throw JsonError("the values are nested too deeply", 0);
-    return false;
-}
+  public:
+    bool operator()(int depth, Json::parse_event_t event, const Json& value)
+    {
+        constexpr int kMaxDepth = 256; // as in XML
+        m_names.resize(static_cast<std::size_t>(depth));
+        const bool begins =
+            event == Json::parse_event_t::array_start || event == Json::parse_event_t::object_start;
+        if (begins && depth >= kMaxDepth)
+            throw JsonError("the values are nested too deeply", 0);
+        if (begins)
+            m_names.emplace_back();
+        else if (event == Json::parse_event_t::key && !m_names.back().insert(value.get<std::string>()).second)
+            throw JsonError("'" + value.get<std::string>() +
+                                "' stands more than once in an object, and only one of them counts",
+                            0);
+        return false;
+    }
+
+  private:
+    std::vector<std::set<std::string>> m_names; // of the objects around, outermost first
+};
 
 } // namespace
 
@@ -42,7 +58,7 @@ Json ParseJson(const std::string& text)
 {
     try
     {
-        const Json nothing = Json::parse(text, CheckDepth);
+        const Json nothing = Json::parse(text, Check());
         return Json::parse(text);
     }
     catch (const Json::out_of_range&)

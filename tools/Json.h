@@ -19,7 +19,8 @@ struct JsonError : std::runtime_error
     long line; // 0: unknown
 };
 
-// Reads what comes from outside. Throws JsonError if it isn't JSON, or has more than 256 levels.
+// Reads what comes from outside. Throws JsonError if it isn't JSON, has more than
+// 256 levels, or an object has a member twice.
 Json ParseJson(const std::string& text);
 
 // In one line, in ASCII, so that nothing in it controls a terminal. Invalid UTF-8 becomes U+FFFD.

@@ -29,12 +29,15 @@ std::ifstream OpenFile(const std::string& file, std::string& why)
 Source ReadSource(const std::string& file)
 {
     std::ostringstream text;
+    // Some editors begin a text with it to say that it is UTF-8.
+    const auto withoutMark = [&text]
+    { return text.view().starts_with("\xEF\xBB\xBF") ? text.str().substr(3) : text.str(); };
     if (file == "-")
     {
         if (isatty(STDIN_FILENO) == 1)
             std::cerr << "Reading the document from standard input; Ctrl-D ends it.\n";
         text << std::cin.rdbuf();
-        return {"standard input", text.str()};
+        return {"standard input", withoutMark()};
     }
     std::string why;
     const std::ifstream stream = OpenFile(file, why);
@@ -42,7 +45,7 @@ Source ReadSource(const std::string& file)
         throw DocumentFailure(file, 0,
                               "it can't be read: " + why + ". Look at its name, and at who may read it");
     text << stream.rdbuf();
-    return {file, text.str()};
+    return {file, withoutMark()};
 }
 
 void WriteFile(const std::string& file, const std::string& text)

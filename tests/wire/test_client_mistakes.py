@@ -142,6 +142,15 @@ class Lines(Told):
             with self.subTest(line=line, begin=text[:30]):
                 self.told(*self.words(line), code=4, texts=texts, text=text)
 
+    def test_a_byte_order_mark_is_no_part_of_a_text(self):
+        xml, document = example("loitering")
+        for text in (xml, json.dumps(document), json.dumps({"document": document})):
+            with self.subTest(begin=text[:20]):
+                self.client("validate", "-", text="\ufeff" + text)
+        marked = self.host.folder / "marked.json"
+        marked.write_text("\ufeff" + json.dumps(document))
+        self.client("validate", marked)
+
     def test_hosts_and_cameras(self):
         file = self.host.folder / "hosts.txt"
         for text, *texts in mistakes.HOSTS:
