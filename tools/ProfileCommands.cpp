@@ -86,11 +86,11 @@ void AddProfileCommands(CLI::App& app, Session& session)
         ->required();
 
     auto profiles = std::make_shared<std::vector<std::string>>();
-    AddCommand(*group, session, "delete", "Delete profiles; one that runs is stopped first",
-               "  varlo-analytics profile delete 3\n  varlo-analytics profile delete \"Car park\" Night",
-               [&session, profiles] { Delete(session, *profiles); })
-        ->add_option("PROFILE", *profiles, "Number or name")
-        ->required();
+    CLI::App* const deleting =
+        AddCommand(*group, session, "delete", "Delete profiles; one that runs is stopped first",
+                   "  varlo-analytics profile delete 3\n  varlo-analytics profile delete \"Car park\" Night",
+                   [&session, profiles] { Delete(session, *profiles); });
+    TakeWords(deleting->add_option("PROFILE", *profiles, "Number or name"))->required();
 
     auto run = std::make_shared<std::string>();
     AddCommand(*group, session, "run", "Run a profile; the one that ran is stopped",

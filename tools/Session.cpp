@@ -128,6 +128,12 @@ CLI::Option* AddOptionalProfile(CLI::App& command, std::string& profile, const s
     return command.add_option("PROFILE", profile, description)->check(CLI::Validator(refusal, ""));
 }
 
+CLI::Option* TakeWords(CLI::Option* option)
+{
+    constexpr int kMany = 1 << 20;
+    return option->take_all()->allow_extra_args(false)->expected(kMany, -1);
+}
+
 void AddStrict(CLI::App& command, Session& session)
 {
     command.add_flag("--strict", session.strict, "Send nothing if there is a warning about a document");

@@ -91,8 +91,8 @@ void AddValidateCommand(CLI::App& app, Session& session)
                    "  varlo-analytics validate loitering.xml scene.xml\n"
                    "  varlo-analytics behavior example loitering | varlo-analytics validate --strict -",
                    [&session, files] { ValidateAll(session, *files); });
-    command
-        ->add_option("FILE", *files, "Documents of behaviors and scenes, in XML or JSON; - is standard input")
+    TakeWords(command->add_option("FILE", *files,
+                                  "Documents of behaviors and scenes, in XML or JSON; - is standard input"))
         ->required();
     command->add_flag("--strict", session.strict, "A warning is as bad as an error");
 }

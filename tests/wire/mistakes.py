@@ -184,6 +184,8 @@ LINES = [
     ("profile run None", 1, "No profile is named 'None'", "'varlo-analytics profile list' shows"),
     ("profile run Twin", 1, "More than one profile is named 'Twin'", "say which one by its number"),
     ("profile run 77", 1, "Profile 77 does not exist", "'varlo-analytics profile list' shows"),
+    ("profile delete", 2, "PROFILE is required", "--help"),
+    ("profile delete 1 '[Twin]'", 1, "No profile is named '[Twin]'", "profile list"),
     ("profile delete 1 None", 1, "No profile is named 'None'", "profile list"),
     ("behavior example flying", 2, "'flying' isn't a behavior", "Name one of abandoned-object"),
     ("behavior example urn:x:1", 2, "no example for urn:x:1", "Ask the service: varlo-analytics behavior default"),

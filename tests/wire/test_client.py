@@ -40,6 +40,17 @@ class Profiles(ClientTest):
         self.assertIn("No profile is named 'None'", self.client("profile", "delete", "1", "None", code=1).err)
         self.assertEqual(len(self.client("profile", "list", "--json").json), 2)
 
+    def test_a_name_is_one_word_whatever_is_in_it(self):
+        for name in ("1", "2", "[Night]", "[1,2]", "[]", "[last"):
+            self.client("profile", "create", name)
+        self.client("profile", "delete", "[1,2]", "[Night]", "[last", "[]")
+        self.assertEqual([one["id"] for one in self.client("profile", "list", "--json").json], [1, 2])
+        self.assertIn("PROFILE...\n", self.client("profile", "delete", "--help").out)
+        document = self.host.folder / "[a,b]"
+        document.write_text(self.client("behavior", "example", "loitering").out, encoding="utf-8")
+        ran = subprocess.run([CLIENT, "validate", "[a,b]"], cwd=self.host.folder, capture_output=True, text=True, timeout=60)
+        self.assertRegex(ran.stdout, r"(?m)^\[a,b\] +loitering  correct$")
+
     def test_names_never_reach_a_terminal_raw(self):
         name = "a\x7f\u009b31m\u202eb"
         self.client("profile", "create", name)
