@@ -147,6 +147,9 @@ void Plan(Session& session, PlanArguments arguments)
         session.exit = Exit::Differs;
 }
 
+// Whether the host is as it was when the plan was saved, if it was; if not, why, in the result's error.
+bool Permitted(const Job& job, HostResult& plan) { return !job.saved || job.saved->Permits(plan); }
+
 // Plans for all hosts and asks for confirmation, if one can be needed. Returns false if it was interrupted.
 bool Guarded(Session& session, const PlanArguments& arguments, const SharedJob& job)
 {
@@ -159,9 +162,10 @@ bool Guarded(Session& session, const PlanArguments& arguments, const SharedJob& 
     Rollout rollout(job->targets.size(), all);
     session.leaves = !rollout.Run([job](std::size_t host) { return PlanHost(job->targets[host], job->goal); },
                                   [job](std::size_t host) { return Skipped(*job, host); },
-                                  [&](const HostResult& result)
+                                  [&](HostResult result)
                                   {
-                                      guard.Count(result);
+                                      if (result.state == HostState::Same || Permitted(*job, result))
+                                          guard.Count(result);
                                       progress.Step();
                                   });
     progress.Clear();
@@ -189,7 +193,7 @@ void Apply(Session& session, PlanArguments arguments)
     const auto work = [job, fleet](std::size_t host)
     {
         const auto permitted = [&job, &fleet](HostResult& plan)
-        { return !fleet.Interrupted() && (!job->saved || job->saved->Permits(plan)); };
+        { return !fleet.Interrupted() && Permitted(*job, plan); };
         return ApplyHost(job->targets[host], job->goal, permitted, job->traces[host]);
     };
     const bool ended = rollout.Run(

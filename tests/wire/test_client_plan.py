@@ -197,6 +197,18 @@ class SavedPlans(FleetTest):
         self.assertIn("isn't as it was", done[self.host.url]["error"])
         self.assertEqual(self.documents(self.host), before)
 
+    def test_what_is_refused_asks_for_nothing(self):
+        self.save("--prune")
+        self.client("behavior", "set", "1", "object-removal", text=self.client("behavior", "example", "object-removal").out)
+        before = self.documents(self.host)
+        done = self.saved(code=1)
+        self.assertEqual((done[self.host.url]["state"], done[self.other.url]["state"]), ("skipped", "changed"))
+        self.assertEqual(self.documents(self.host), before)
+        # What the plan itself deletes has to be agreed to.
+        self.save("--prune")
+        self.assertEqual(self.saved(code=2), {})
+        self.assertIn("deletes 1 behavior", self.ran.err)
+
     def test_what_is_no_whole_plan(self):
         self.save()
         whole = self.file.read_text(encoding="utf-8")
