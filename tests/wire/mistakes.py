@@ -229,6 +229,12 @@ LINES = [
     ("profile list --url 'http://a b/'", 2, "white space", "Write it as"),
     ("profile list --url https://a/ --cacert {0}/none", 4, "The certificates of authorities can't be used", "in PEM form"),
     ("profile list --url https://a/ --cert {0}/settings.xml", 4, "The certificate can't be used", "in PEM form"),
+    ("--camera '' profile delete 1", 2, "--camera: The value is empty", "leave it out"),
+    ("apply {0}/less --hosts '' --force", 2, "--hosts: The value is empty", "leave it out"),
+    ("plan {0}/less --out ''", 2, "--out: The value is empty", "leave it out"),
+    ("import {0}/less --name ''", 2, "--name: The value is empty", "leave it out"),
+    ("availability --with ''", 2, "--with: The value is empty", "leave it out"),
+    ("console --picture ''", 2, "--picture: The value is empty", "leave it out"),
     ("console --hosts x --url http://x/", 2, "--hosts and --url both name cameras", "Leave one of them out"),
     ("console --port 99999", 2, "--port: Value 99999 not in range 1 to 65535", "--help"),
 ]
