@@ -47,16 +47,29 @@ Source ReadInside(const std::string& folder, const std::string& file)
     return ReadSource(folder + "/" + file);
 }
 
-// What stands in a file is wrong in another way than the command line.
-Frame FrameOf(const std::string& text, const std::string& file)
+// A list that isn't as WriteFolder() writes it would be taken for one that holds less.
+void CheckList(const XmlDocument& list, const Source& source, const pugi::xml_node& root)
 {
-    try
+    const auto refuse = [&](const pugi::xml_node& node, const std::string& why)
     {
-        return ParseFrame(text, file);
-    }
-    catch (const Failure& failure)
+        throw DocumentFailure(source.name, list.LineOf(node),
+                              why + ". Nothing has been sent; correct it, or write the folder anew with "
+                                    "'varlo-analytics export'");
+    };
+    if (root.attribute("name").empty())
+        refuse(root, "<profile> has no name");
+    std::set<std::string> known;
+    for (const pugi::xml_node& child : Children(root))
     {
-        throw Failure(Exit::Document, failure.what());
+        const std::string element = child.name();
+        const std::string id = child.attribute("id").value();
+        if (element != "scene" && element != "behavior")
+            refuse(child, "<" + element + "> isn't known here; there are <scene> and <behavior>");
+        if (element == "behavior" && id.empty())
+            refuse(child, "<behavior> has no id");
+        const std::string what = element == "scene" ? "<scene>" : "the behavior '" + BehaviorCalled(id) + "'";
+        if (!known.insert(what).second)
+            refuse(child, what + " stands there twice");
     }
 }
 
@@ -73,6 +86,18 @@ void MakeFolder(const std::string& folder, bool force)
 }
 
 } // namespace
+
+Frame FrameOf(const std::string& text, const std::string& file)
+{
+    try
+    {
+        return ParseFrame(text, file);
+    }
+    catch (const Failure& failure)
+    {
+        throw Failure(Exit::Document, failure.what());
+    }
+}
 
 void WriteFolder(const std::string& folder, const ProfileDocuments& profile, bool force)
 {
@@ -115,6 +140,7 @@ ProfileDocuments ReadFolder(const std::string& folder)
         throw Failure(Exit::Document,
                       source.name +
                           ": there is no <profile> in it. 'varlo-analytics export' writes such a file");
+    CheckList(list, source, root);
     ProfileDocuments profile;
     profile.name = root.attribute("name").value();
     profile.preset = root.attribute("preset").value();

@@ -26,6 +26,10 @@ struct ProfileDocuments
     std::vector<Behavior> behaviors;
 };
 
+// The frame that a file names: one that is wrong there is no fault of the command line. Throws Failure
+// (document).
+Frame FrameOf(const std::string& text, const std::string& file);
+
 // Writes the documents into the folder, which is made if it is missing: profile.xml, which names the others,
 // scene.xml, and a file for each behavior. Throws Failure, also if a profile is there already and `force`
 // isn't given; then nothing is changed.

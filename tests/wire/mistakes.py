@@ -151,6 +151,11 @@ FILES = [
     ("apply {0}/settings.xml", "", "isn't a saved plan, or is damaged", "'varlo-analytics plan DIR --out"),
     ("import {0}/outside", "", "names '../settings.xml', which isn't a file in its folder", "Put it there"),
     ("import {0}/other", "", "there is no <profile> in it", "'varlo-analytics export' writes such a file"),
+    ("apply --prune --force {0}/misspelt", "", "misspelt/profile.xml:3: <behaviour> isn't known here", "write the folder anew"),
+    ("import {0}/scenes", "", "scenes/profile.xml:3: <scene> stands there twice", "write the folder anew"),
+    ("plan {0}/twice", "", "twice/profile.xml:3: the behavior 'loitering' stands there twice", "write the folder anew"),
+    ("import {0}/nameless", "", "nameless/profile.xml:1: <profile> has no name", "write the folder anew"),
+    ("import {0}/idless", "", "idless/profile.xml:2: <behavior> has no id", "write the folder anew"),
     ("import {0}/misfits", "", "beside camera-sabotage, loitering: no more than 2 can be selected", "switch one of them off"),
     ("plan {0}/misfits", "", "There is a warning, and --strict takes none", "change the folder, or leave --strict out"),
     ("apply {0}/misfits", "", "There is a warning, and --strict takes none", "change the folder, or leave --strict out"),
@@ -162,6 +167,18 @@ FILES = [
     ("console --picture {0}/settings.xml", "", "it is neither a JPEG nor a PNG picture", "Name a JPEG or PNG picture"),
     ("console --picture {0}/none.png", "", "there is no such file", "Name a JPEG or PNG picture"),
 ]
+
+# What profile.xml of such folders holds.
+LISTS = {
+    "outside": '<profile name="a"><behavior id="loitering" file="../settings.xml"/></profile>',
+    "other": "<a/>",
+    "misspelt": '<profile name="Busy">\n<scene file="scene.xml"/>\n<behaviour id="loitering" file="loitering.xml"/></profile>',
+    "scenes": '<profile name="a">\n<scene file="scene.xml"/>\n<scene id="a" file="other.xml"/></profile>',
+    "twice": '<profile name="a">\n<behavior id="loitering" file="a.xml"/>\n'
+             '<behavior id="urn:varlo-com:AlgorithmId:LoiteringDetection:1" file="b.xml"/></profile>',
+    "nameless": '<profile active="0"/>',
+    "idless": '<profile name="a">\n<behavior file="loitering.xml"/></profile>',
+}
 
 # Command lines: (line, exit code, cause, next step). {0} is a folder; a service with the profiles "Day" (1), "Twin" and "Twin".
 LINES = [

@@ -102,7 +102,7 @@ class Lines(Told):
         self.client("profile", "delete", "Full")
         self.client("export", "Busy", self.host.folder / "less")
         self.client("behavior", "set", "Busy", "loitering", text=example("loitering")[0])
-        for name, text in (("outside", '<profile name="a"><behavior id="loitering" file="../settings.xml"/></profile>'), ("other", "<a/>")):
+        for name, text in mistakes.LISTS.items():
             (self.host.folder / name).mkdir()
             (self.host.folder / name / "profile.xml").write_text(text)
         self.before = self.client("profile", "list", "--json").json
