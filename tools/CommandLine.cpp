@@ -154,6 +154,10 @@ int Perform(Session& session)
     {
         return Report(failure, session.json);
     }
+    catch (const std::exception& error)
+    {
+        return Report(Failure(Exit::Refused, error.what()), session.json);
+    }
     if (std::fflush(stdout) != 0)
         return Report(Failure(Exit::Document, "The result can't be written to standard output. "
                                               "Look whether there is room where it goes"),

@@ -3,8 +3,6 @@
 
 #include <CLI/CLI.hpp>
 
-#include <iostream>
-
 namespace client
 {
 namespace
@@ -50,7 +48,10 @@ void Import(Session& session, const FolderArguments& arguments)
     const ProfileDocuments scaled = InFrame(documents, session.Frame());
     const Stored stored = Store(session.Service(), scaled, arguments.store, session.Checks());
     if (!documents.preset.empty())
-        std::cerr << "The camera preset isn't taken over: the service has no operation for it.\n";
+        Tell({arguments.folder, ""},
+             {{Finding::Level::Warning, 0, "/preset",
+               "the camera preset isn't taken over: the service has no operation for it"}},
+             session.json);
     std::string sentence = "Profile " + std::to_string(stored.id) + " '" + documents.name +
                            "' has been made of " + Counted(documents) + (stored.runs ? " and runs." : ".");
     if (!stored.changes.empty())

@@ -5,9 +5,7 @@
 #include <signal.h>
 
 #include <clocale>
-#include <cstdio>
 #include <cstdlib>
-#include <exception>
 
 int main(int argc, char** argv)
 {
@@ -15,13 +13,5 @@ int main(int argc, char** argv)
     signal(SIGPIPE, SIG_IGN);
     // A host name that can't be resolved costs seconds, not minutes.
     setenv("RES_OPTIONS", "timeout:2 attempts:2", 0);
-    try
-    {
-        return client::RunCommandLine(argc, argv);
-    }
-    catch (const std::exception& e)
-    {
-        std::fprintf(stderr, "varlo-analytics: %s\n", e.what());
-        return 1;
-    }
+    return client::RunCommandLine(argc, argv);
 }

@@ -1,11 +1,12 @@
 """The command-line client: cameras by name, frames, and who somebody is to the service."""
 
+import json
 import re
 import socket
 import subprocess
 
 import test_access
-from command import ClientTest, Listener, main, run
+from command import CLIENT, ClientTest, Listener, main, run
 from proxy import read_request
 from service import HOST, read_all
 
@@ -35,6 +36,16 @@ class Cameras(ClientTest):
         self.assertEqual(file.read_text(encoding="utf-8").strip(), "; mine\n[old]\nurl = http://192.0.2.9/")
         self.assertIn("no camera 'gate'", self.camera("--camera", "gate", "profile", "list", code=2).err)
         self.assertIn("no camera 'gate'", self.camera("camera", "remove", "gate", code=2).err)
+
+    def test_what_the_system_refuses_is_told_as_json_too(self):
+        gone = self.host.folder / "gone"
+        gone.mkdir()
+        ran = subprocess.run(["sh", "-c", 'cd "$1" && rmdir "$1" && exec "$2" camera add gate --url x --cacert mine.pem --json', "sh",
+                              gone, CLIENT], capture_output=True, text=True, timeout=60)
+        self.assertEqual((ran.returncode, ran.stdout), (1, ""))
+        said = json.loads(ran.stderr)
+        self.assertEqual(said["level"], "error")
+        self.assertIn("No such file or directory", said["text"])
 
     def test_the_frame_is_that_of_the_command_line_the_camera_or_the_environment(self):
         self.camera("camera", "add", "gate", "--url", self.host.url, "--frame", "640x480")

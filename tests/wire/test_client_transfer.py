@@ -57,6 +57,14 @@ class ExportAndImport(TransferTest):
         self.client("import", self.folder, "--name", "Copy")
         self.assertEqual([p["name"] for p in self.client("profile", "list", "--json").json], ["Car park", "Bare", "Copy"])
 
+    def test_a_preset_is_warned_of_and_a_comment_says_nothing(self):
+        self.client("export", "1", self.folder)
+        profile = self.folder / "profile.xml"
+        profile.write_text(profile.read_text(encoding="utf-8").replace(' frame="', ' preset="3" frame="').replace("/>", "/><!-- mine -->"), encoding="utf-8")
+        self.assertRegex(self.client("import", self.folder).err, r"(?m): /preset: warning: the camera preset isn't taken over")
+        told = [json.loads(line) for line in self.client("import", self.folder, "--json").err.splitlines()]
+        self.assertEqual([(one["file"], one["level"]) for one in told if one["field"] == "/preset"], [(str(self.folder), "warning")])
+
     def test_replace_takes_the_place_of_the_one_that_runs(self):
         self.client("export", "1", self.folder)
         self.client("profile", "run", "1")
