@@ -72,7 +72,9 @@ std::vector<std::pair<std::string, std::string>> Said(const Camera& camera)
 
 std::string TextOfFile(const std::string& file)
 {
-    return std::filesystem::exists(file) ? ReadSource(file).text : "";
+    std::error_code error;
+    const bool missing = std::filesystem::status(file, error).type() == std::filesystem::file_type::not_found;
+    return missing ? "" : ReadSource(file).text;
 }
 
 Camera Section(const std::string& name, const boost::property_tree::ptree& values, const std::string& file)
@@ -189,7 +191,8 @@ Camera ParseHost(const std::string& line, const std::string& folder, const std::
     std::istringstream words(line);
     std::string word;
     words >> word;
-    const std::vector<Camera> cameras = ReadCameras();
+    const std::vector<Camera> cameras =
+        word.find("://") == std::string::npos ? ReadCameras() : std::vector<Camera>();
     const Camera* const named = Find(cameras, word);
     Camera camera = named == nullptr ? Camera() : *named;
     try

@@ -26,7 +26,12 @@ std::string EditorCommand()
 
 std::string TemporaryFile(const std::string& name)
 {
-    std::string file = (std::filesystem::temp_directory_path() / ("varlo-" + name + "-XXXXXX.xml")).string();
+    std::error_code error;
+    const std::filesystem::path folder = std::filesystem::temp_directory_path(error);
+    if (error)
+        throw Failure(Exit::Document, "There is no folder for temporary files: " + error.message() +
+                                          ". Name another one in TMPDIR");
+    std::string file = (folder / ("varlo-" + name + "-XXXXXX.xml")).string();
     const int descriptor = mkstemps(file.data(), 4);
     if (descriptor < 0)
         throw Failure(Exit::Document, file + " can't be made: " + std::strerror(errno));

@@ -37,6 +37,21 @@ class Cameras(ClientTest):
         self.assertIn("no camera 'gate'", self.camera("--camera", "gate", "profile", "list", code=2).err)
         self.assertIn("no camera 'gate'", self.camera("camera", "remove", "gate", code=2).err)
 
+    def test_a_file_that_can_not_be_looked_at(self):
+        """Neither is missing: a link to itself is in the way."""
+        loop = self.host.folder / "loop"
+        loop.symlink_to(loop)
+        self.variables["XDG_CONFIG_HOME"] = str(loop)
+        self.camera("profile", "create", "Day", "--url", self.host.url)
+        self.camera("export", "Day", self.host.folder / "day", "--url", self.host.url)
+        hosts = self.host.folder / "hosts.txt"
+        hosts.write_text(f"{self.host.url}\n", encoding="utf-8")
+        self.assertIn("1 host", self.camera("plan", self.host.folder / "day", "--hosts", hosts).out)
+        for words in (("--camera", "gate", "profile", "list"), ("camera", "add", "gate", "--url", "x"), ("camera", "list")):
+            self.assertRegex(self.camera(*words, code=4).err, r"cameras.ini: it can't be read: Too many levels of symbolic links. Look at its name")
+        self.variables["TMPDIR"] = str(hosts)
+        self.assertIn("Name another one in TMPDIR", self.camera("behavior", "edit", "Day", "loitering", "--url", self.host.url, code=4).err)
+
     def test_what_the_system_refuses_is_told_as_json_too(self):
         gone = self.host.folder / "gone"
         gone.mkdir()
