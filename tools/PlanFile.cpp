@@ -6,6 +6,7 @@
 
 #include <openssl/sha.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -65,7 +66,7 @@ Json Written(const Target& target)
 Camera ReadCamera(const Json& json, const std::string& file)
 {
     Camera camera;
-    camera.frame = ParseFrame(json.at("frame").get<std::string>(), file);
+    camera.frame = FrameOf(json.at("frame"), file);
     camera.url = json.at("url");
     for (const auto& [key, field] : kTexts)
         camera.*field = json.value(key, "");
@@ -99,7 +100,7 @@ void ReadHeader(const Json& header, const std::string& file, const Target& other
     plan.goal.options = {header.at("prune"), header.at("run")};
     ProfileDocuments& wanted = plan.goal.wanted;
     wanted.name = header.at("name");
-    wanted.frame = ParseFrame(header.at("frame").get<std::string>(), file);
+    wanted.frame = FrameOf(header.at("frame"), file);
     if (!header.at("scene").is_null())
         wanted.scene = Source{file + ": scene", header.at("scene")};
     for (const Json& behavior : header.at("behaviors"))
@@ -180,7 +181,9 @@ SavedPlan ReadPlan(const std::string& file, const Target& otherwise)
     {
         RefusePlan(file, "isn't a saved plan, or is damaged");
     }
-    if (!whole || plan.digests.size() != plan.targets.size())
+    const auto held = [&plan](const Target& target) { return plan.digests.contains(target.access.url); };
+    if (!whole || plan.digests.size() != plan.targets.size() ||
+        !std::all_of(plan.targets.begin(), plan.targets.end(), held))
         RefusePlan(file, "is a saved plan that was cut off");
     return plan;
 }

@@ -214,7 +214,8 @@ class SavedPlans(FleetTest):
         whole = self.file.read_text(encoding="utf-8")
         lines = whole.splitlines(keepends=True)
         for text in ("", "{}\n", "no plan\n", whole[:-20], "".join(lines[:-1]), "".join(lines[:2] + lines[3:]),
-                     "".join(lines[1:]), whole.replace('{"plan":1', '{"plan":99')):
+                     "".join(lines[1:]), whole.replace('{"plan":1', '{"plan":99'), whole.replace("320x240", "large"),
+                     lines[0] + "".join(lines[1:]).replace(self.other.url, "http://127.0.0.1:9/")):
             self.file.write_text(text, encoding="utf-8")
             self.assertEqual(run("apply", self.file).code, 4, text[:60])
         self.file.write_text(whole, encoding="utf-8")
