@@ -18,7 +18,7 @@ namespace
 
 std::string EditorCommand()
 {
-    for (const char* const variable : {"VISUAL", "EDITOR"})
+    for (const char* const variable : {"EDITOR", "VISUAL"})
         if (const char* const command = std::getenv(variable); command != nullptr && *command != '\0')
             return command;
     return "vi";

@@ -189,11 +189,12 @@ class Behaviors(ClientTest):
 
     def test_an_editor_changes_a_document_and_what_was_refused_is_kept(self):
         self.client("behavior", "set", "1", "loitering", text=self.example())
-        edit = lambda command, **options: self.client("behavior", "edit", "1", "loitering",
-                                                      environment={"EDITOR": command}, **options)
+        edit = lambda command, visual="false", **options: self.client(
+            "behavior", "edit", "1", "loitering", environment={"EDITOR": command, "VISUAL": visual}, **options)
         self.assertIn("as it was sent", edit("sed -i 's/Zone 1/Gate 1/'").out)
         self.assertIn("Gate 1", self.client("behavior", "get", "1", "loitering").out)
         self.assertEqual(edit("true").out, "Nothing has been changed.\n")
+        self.assertEqual(edit("", visual="true").out, "Nothing has been changed.\n")
         refused = edit("sed -i s/dwellTime/dweltime/g", code=4).err
         self.assertIn("did you mean <dwellTime>?", refused)
         kept = Path(refused.rstrip().rstrip(".").rpartition(" ")[2])
