@@ -120,6 +120,30 @@ class BadDays(StartTest):
         self.host.restart()
         self.assertIn("is sound; nothing was changed", self.host.errors[0])
 
+    def test_missing_store_is_recovered_when_told_so_and_its_copy_is_kept_otherwise(self):
+        self.host.start()
+        self.host.call("CreateProfile", name="Day")
+        self.host.restart()  # with a last good copy
+        self.host.stop()
+        store = self.host.state / "profiles.db"
+        store.unlink()
+        self.host.options = ["--recover"]
+        self.host.start()
+        self.assertRegex(self.host.errors[0], r"was missing; the last good copy, \d+ \w+ old, is in its place and holds "
+                                              r"1 profile and 0 configurations$")
+        self.assertEqual([p.text for p in self.host.call("GetProfileList").iter("profile")], ["Day"])
+        self.host.stop()
+        store.unlink()
+        self.host.options = []
+        self.host.start()
+        self.assertIn("is missing; its last good copy is kept as", self.host.errors[0])
+        self.assertEqual(self.host.call("CreateProfile", name="new").findtext("profileId"), "1")
+        self.host.stop()
+        answer = run("--restore", f"{store}.last-1", "--state", str(self.host.state))
+        self.assertIn("restored 1 profile and 0 configurations", answer.stderr)
+        self.host.start()
+        self.assertEqual([p.text for p in self.host.call("GetProfileList").iter("profile")], ["Day"])
+
     def test_damaged_store_without_a_copy_is_not_recovered(self):
         self.host.start()
         self.host.stop()

@@ -102,6 +102,7 @@ void Store::Open()
     CloseConnections();
     m_folder.Take();
     FinishReplacement(m_database);
+    KeepLastCopy(m_database);
     OpenConnections();
     SetUsable(true);
 }

@@ -170,11 +170,11 @@ std::string Copy(const std::string& from, const std::string& to)
 }
 
 // Where the files go that are replaced: the first number that none of them has.
-std::string KeptName(const std::string& database, const Replacement& replacement)
+std::string KeptName(const std::string& database, const std::string& kept)
 {
     for (int number = 1;; ++number)
     {
-        const std::string name = database + replacement.kept + std::to_string(number);
+        const std::string name = database + kept + std::to_string(number);
         bool free = !Exists(name);
         for (const char* part : kParts)
             free = free && !(Exists(name + part) && Exists(database + part));
@@ -187,7 +187,7 @@ void Finish(const std::string& database, const Replacement& replacement)
 {
     if (!Exists(database + replacement.incoming))
         return;
-    const std::string kept = KeptName(database, replacement);
+    const std::string kept = KeptName(database, replacement.kept);
     for (const char* part : kParts)
         if (Exists(database + part))
             Rename(database + part, kept + part);
@@ -198,7 +198,7 @@ void Finish(const std::string& database, const Replacement& replacement)
 // Puts a copy of `from` in the place of the database; returns what it holds and where the old one went.
 std::string Replace(const std::string& database, const std::string& from, const Replacement& replacement)
 {
-    const std::string kept = KeptName(database, replacement);
+    const std::string kept = KeptName(database, replacement.kept);
     const std::string content = Copy(from, database + replacement.incoming);
     Finish(database, replacement);
     return content + (Exists(kept) ? "; what was there is kept as " + kept : "");
@@ -258,6 +258,23 @@ void FinishReplacement(const std::string& database)
         Finish(database, replacement);
 }
 
+void KeepLastCopy(const std::string& database)
+{
+    const std::string copy = LastCopyOf(database);
+    struct stat status = {};
+    // With a second name it is kept already.
+    if (Exists(database) || stat(copy.c_str(), &status) != 0 || status.st_nlink > 1)
+        return;
+    const std::string kept = KeptName(copy, "-");
+    if (link(copy.c_str(), kept.c_str()) != 0)
+        throw AnalyticsFault("The profile store " + database + " is missing, and its last good copy " + copy +
+                             " can't be kept: " + Reason() +
+                             "; put it back with --recover, or move it away to begin with an empty store");
+    SyncFolder(FolderOf(database));
+    Say("The profile store " + database + " is missing; its last good copy is kept as " + kept +
+        ", which --restore puts back");
+}
+
 std::string BackUpStore(const std::string& folder, const std::string& file)
 {
     const std::string database = DatabaseIn(folder);
@@ -288,19 +305,21 @@ std::string RecoverStore(const std::string& folder)
     state.Take();
     const std::string database = DatabaseIn(folder);
     FinishReplacement(database);
-    if (!Exists(database) && !Exists(database + "-wal"))
-        return "there is no profile store in " + folder + " yet, so there is nothing to recover";
-    if (!Explained(database, [&] { return IsDamaged(database); }))
-        return "the profile store " + database + " is sound; nothing was changed";
     const std::string copy = LastCopyOf(database);
+    const bool missing = !Exists(database);
+    if (missing && !Exists(database + "-wal") && !Exists(copy))
+        return "there is no profile store in " + folder + " yet, so there is nothing to recover";
+    if (!missing && !Explained(database, [&] { return IsDamaged(database); }))
+        return "the profile store " + database + " is sound; nothing was changed";
     if (!Exists(copy))
         throw AnalyticsFault(
             "The profile store " + database +
             " is damaged, and there is no last good copy; restore a backup with --restore, or "
             "move the files away to begin with an empty store");
     const std::string age = AgeOf(copy);
-    return "the profile store " + database + " was damaged; the last good copy, " + age +
-           " old, is in its place and holds " + Replace(database, copy, kRecovered);
+    return "the profile store " + database + (missing ? " was missing" : " was damaged") +
+           "; the last good copy, " + age + " old, is in its place and holds " +
+           Replace(database, copy, kRecovered);
 }
 
 std::string StoreLibraryVersion() { return sqlite3_libversion(); }

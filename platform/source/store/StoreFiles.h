@@ -38,6 +38,11 @@ class StateFolder
 // and no connection is open. Throws AnalyticsFault.
 void FinishReplacement(const std::string& database);
 
+// Where the database is missing, an empty one is to come, whose copy would take the place of the last good
+// one: gives that a second name, and says it on standard error. Called as FinishReplacement() is. Throws
+// AnalyticsFault if there is one that can't be kept.
+void KeepLastCopy(const std::string& database);
+
 // Keeps the last good copy beside a database. One that can't be made is said on standard error and fails
 // nothing. Any thread.
 class LastGoodCopy

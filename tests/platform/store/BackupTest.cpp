@@ -227,6 +227,32 @@ TEST_F(BackupTest, ANewStoreLeavesTheCopyOfAnotherUntilItChanges)
     EXPECT_THAT(NamesIn(m_last), ElementsAre("new"));
 }
 
+TEST_F(BackupTest, TheCopyOfAMissingStoreIsKeptFromTheEmptyOneThatBegins)
+{
+    Create("first");
+    m_manager.reset();
+    std::filesystem::remove(m_database);
+    EXPECT_THAT(ErrorsOf([this] { Open(); }),
+                HasSubstr("The profile store " + m_database + " is missing; its last good copy is kept as " +
+                          m_last + "-1, which --restore puts back"));
+    Reopen(); // copies the store, empty as it is
+    EXPECT_THAT(NamesIn(m_last), ElementsAre());
+    EXPECT_THAT(NamesIn(m_last + "-1"), ElementsAre("first"));
+    Create("new");
+    Reopen();
+    std::filesystem::remove(m_database); // while it runs
+    EXPECT_THAT(Names(), ElementsAre());
+    std::filesystem::remove(m_database); // with nothing new to keep
+    Reopen();
+    Create("newer");
+    EXPECT_THAT(NamesIn(m_last + "-1"), ElementsAre("first"));
+    EXPECT_THAT(NamesIn(m_last + "-2"), ElementsAre("new"));
+    EXPECT_FALSE(std::filesystem::exists(m_last + "-3"));
+    m_manager.reset();
+    EXPECT_THAT(RestoreStore(m_state, m_last + "-1"), StartsWith("restored 1 profile "));
+    EXPECT_THAT(NamesIn(m_database), ElementsAre("first"));
+}
+
 TEST_F(BackupTest, ACopyThatCannotBeMadeFailsNoChange)
 {
     m_manager.reset();
@@ -286,6 +312,20 @@ TEST_F(BackupTest, AStoreOfNoLengthBesideACopyIsDamaged)
     EXPECT_THAT(RecoverStore(m_state), HasSubstr("holds 2 profiles and 1 configuration"));
     Open();
     EXPECT_THAT(Names(), ElementsAre("first", "second"));
+}
+
+TEST_F(BackupTest, AMissingStoreBesideACopyIsRecovered)
+{
+    Fill();
+    Reopen();
+    m_manager.reset();
+    std::filesystem::remove(m_database);
+    EXPECT_THAT(RecoverStore(m_state),
+                AllOf(StartsWith("the profile store " + m_database + " was missing; the last good copy, "),
+                      HasSubstr(" old, is in its place and holds 2 profiles and 1 configuration")));
+    Open();
+    EXPECT_THAT(Names(), ElementsAre("first", "second"));
+    EXPECT_FALSE(std::filesystem::exists(m_last + "-1"));
 }
 
 TEST_F(BackupTest, WithoutASoundCopyItSaysSo)
