@@ -15,6 +15,7 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <ctime>
 #include <exception>
 #include <filesystem>
@@ -122,20 +123,34 @@ std::string ContentOf(SQLite::Database& database)
            Count(database.execAndGet("SELECT count(*) FROM configuration").getInt(), "configuration");
 }
 
-// An empty file for its owner alone.
-void MakeDraft(const std::string& draft)
+// Whether a copy may take the place of a file.
+enum class Over
 {
-    std::remove(draft.c_str());
-    const FileHandle file(open(draft.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
+    Nothing, // and other copies may be made to the same name meanwhile
+    Existing
+};
+
+// An empty file for its owner alone, beside `to`. What was cut off before goes, except with a name of its
+// own.
+std::string MakeDraft(const std::string& to, Over over)
+{
+    std::string draft = to + ".part";
+    if (over == Over::Existing)
+        std::remove(draft.c_str());
+    else
+        draft += "-XXXXXX";
+    const FileHandle file(over == Over::Existing
+                              ? open(draft.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600)
+                              : mkostemp(draft.data(), O_CLOEXEC));
     if (!file)
-        throw AnalyticsFault("The file " + draft + " can't be made: " + Reason() +
+        throw AnalyticsFault("The file " + to + " can't be made: " + Reason() +
                              "; choose a folder that is there and can be written");
+    return draft;
 }
 
 // Makes `draft` a checked copy of the database `from`, in one file without a log. Returns what it holds.
 std::string CopyInto(const std::string& draft, const std::string& from)
 {
-    MakeDraft(draft);
     return Explained(from,
                      [&]
                      {
@@ -150,15 +165,32 @@ std::string CopyInto(const std::string& draft, const std::string& from)
                      });
 }
 
-// Makes `to` such a copy; returns what it holds. Nothing is left behind if it fails.
-std::string Copy(const std::string& from, const std::string& to)
+// Gives the draft its name. To do so over nothing, NFS has link() alone, and FAT has no link().
+void Name(const std::string& draft, const std::string& to, Over over)
 {
-    const std::string draft = to + ".part";
+    if (over == Over::Existing)
+        return Rename(draft, to);
+    if (renameat2(AT_FDCWD, draft.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0)
+        return;
+    if (errno == EINVAL && link(draft.c_str(), to.c_str()) == 0)
+    {
+        std::remove(draft.c_str());
+        return;
+    }
+    throw AnalyticsFault(errno == EEXIST
+                             ? "The file " + to + " exists; choose a name that is free"
+                             : "The file " + to + " can't be made: " + Reason() + "; choose another folder");
+}
+
+// Makes `to` such a copy; returns what it holds. Nothing is left behind if it fails.
+std::string Copy(const std::string& from, const std::string& to, Over over)
+{
+    const std::string draft = MakeDraft(to, over);
     try
     {
         const std::string content = CopyInto(draft, from);
         GiveToOwner(draft);
-        Rename(draft, to);
+        Name(draft, to, over);
         SyncFolder(FolderOf(to));
         return content;
     }
@@ -199,7 +231,7 @@ void Finish(const std::string& database, const Replacement& replacement)
 std::string Replace(const std::string& database, const std::string& from, const Replacement& replacement)
 {
     const std::string kept = KeptName(database, replacement.kept);
-    const std::string content = Copy(from, database + replacement.incoming);
+    const std::string content = Copy(from, database + replacement.incoming, Over::Existing);
     Finish(database, replacement);
     return content + (Exists(kept) ? "; what was there is kept as " + kept : "");
 }
@@ -281,11 +313,7 @@ std::string BackUpStore(const std::string& folder, const std::string& file)
     if (!Exists(database))
         throw AnalyticsFault("There is no profile store in " + folder +
                              "; name the service's folder with --state");
-    // A file with no folder in its name is one of the working directory.
-    const std::string path = file.find('/') == std::string::npos ? "./" + file : file;
-    if (Exists(path))
-        throw AnalyticsFault("The file " + file + " exists; choose a name that is free");
-    return "saved " + Copy(database, path) + " to " + file;
+    return "saved " + Copy(database, file, Over::Nothing) + " to " + file;
 }
 
 std::string RestoreStore(const std::string& folder, const std::string& file)
@@ -347,7 +375,7 @@ void LastGoodCopy::Make()
 {
     try
     {
-        Copy(m_database, LastCopyOf(m_database));
+        Copy(m_database, LastCopyOf(m_database), Over::Existing);
     }
     catch (const std::exception& error)
     {

@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <filesystem>
 #include <string>
 #include <utility>
 
@@ -13,7 +14,11 @@ namespace analytics::platform
 // Where the profile store lies in its folder.
 inline std::string DatabaseIn(const std::string& folder) { return folder + "/profiles.db"; }
 
-inline std::string FolderOf(const std::string& file) { return file.substr(0, file.rfind('/')); }
+inline std::string FolderOf(const std::string& file)
+{
+    const std::filesystem::path folder = std::filesystem::path(file).parent_path();
+    return folder.empty() ? "." : folder.string();
+}
 
 // The folder of the profile store, and the lock that keeps a second process out of it until this
 // object goes. One thread at a time.

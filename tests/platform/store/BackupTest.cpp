@@ -8,6 +8,7 @@
 
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <atomic>
 #include <map>
 #include <random>
@@ -37,6 +38,16 @@ class BackupTest : public StoreFixture
         Create("second");
     }
     std::string BackUp() { return BackUpStore(m_state, m_copy); }
+    // What lies at the name of the copy and at longer ones.
+    std::vector<std::string> CopiesAndDrafts() const
+    {
+        std::vector<std::string> names;
+        for (const auto& entry : std::filesystem::directory_iterator(m_folder))
+            if (const std::string name = entry.path().filename(); name.starts_with("copy.db"))
+                names.push_back(name);
+        std::sort(names.begin(), names.end());
+        return names;
+    }
     // The names of the profiles in a copy, which is a store by itself.
     std::vector<std::string> NamesIn(const std::string& copy)
     {
@@ -81,8 +92,7 @@ TEST_F(BackupTest, CopiesAStoreInUse)
     struct stat status = {};
     ASSERT_EQ(stat(m_copy.c_str(), &status), 0);
     EXPECT_EQ(status.st_mode & 0777, 0600u);
-    EXPECT_FALSE(std::filesystem::exists(m_copy + "-wal"));
-    EXPECT_FALSE(std::filesystem::exists(m_copy + ".part"));
+    EXPECT_THAT(CopiesAndDrafts(), ElementsAre("copy.db"));
     Create("third");
     EXPECT_THAT(NamesIn(m_copy), ElementsAre("first", "second"));
 }
@@ -109,6 +119,42 @@ TEST_F(BackupTest, NeverWritesOverAFile)
               "There is no profile store in " + Path("empty") + "; name the service's folder with --state");
 }
 
+TEST_F(BackupTest, TouchesNothingElseBesideTheCopy)
+{
+    Fill();
+    std::filesystem::create_symlink("nowhere", m_copy);
+    EXPECT_EQ(AnalyticsFaultOf([this] { BackUp(); }),
+              "The file " + m_copy + " exists; choose a name that is free");
+    EXPECT_EQ(std::filesystem::read_symlink(m_copy), "nowhere");
+    std::filesystem::remove(m_copy);
+    Write("copy.db.part", "mine");
+    BackUp();
+    EXPECT_EQ(std::filesystem::file_size(m_copy + ".part"), 4u);
+    EXPECT_THAT(CopiesAndDrafts(), ElementsAre("copy.db", "copy.db.part"));
+}
+
+TEST_F(BackupTest, OfSeveralToOneNameOneIsMade)
+{
+    Fill();
+    std::atomic<int> made = 0;
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 8; ++i)
+        threads.emplace_back(
+            [&]
+            {
+                const std::string fault = AnalyticsFaultOf([this] { BackUp(); });
+                if (fault == "(no fault)")
+                    ++made;
+                else
+                    EXPECT_EQ(fault, "The file " + m_copy + " exists; choose a name that is free");
+            });
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_EQ(made, 1);
+    EXPECT_THAT(NamesIn(m_copy), ElementsAre("first", "second"));
+    EXPECT_THAT(CopiesAndDrafts(), ElementsAre("copy.db"));
+}
+
 TEST_F(BackupTest, MakesNoCopyOfADamagedStore)
 {
     Fill();
@@ -117,8 +163,7 @@ TEST_F(BackupTest, MakesNoCopyOfADamagedStore)
     EXPECT_THAT(AnalyticsFaultOf([this] { BackUp(); }),
                 "The file " + m_database +
                     " is damaged or isn't a profile store; give --restore a copy that --backup has made");
-    EXPECT_FALSE(std::filesystem::exists(m_copy));
-    EXPECT_FALSE(std::filesystem::exists(m_copy + ".part"));
+    EXPECT_THAT(CopiesAndDrafts(), ElementsAre());
 }
 
 TEST_F(BackupTest, EachCopyHoldsWhatWasAcknowledgedBefore)
