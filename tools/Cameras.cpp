@@ -179,7 +179,7 @@ void RemoveCamera(const std::string& name)
     {
         const std::string text = Trimmed(line);
         if (text.starts_with('['))
-            inside = text == "[" + name + "]";
+            inside = Trimmed(text.substr(1, text.find(']') - 1)) == name;
         if (!inside)
             kept += line + '\n';
     }

@@ -37,6 +37,14 @@ class Cameras(ClientTest):
         self.assertIn("no camera 'gate'", self.camera("--camera", "gate", "profile", "list", code=2).err)
         self.assertIn("no camera 'gate'", self.camera("camera", "remove", "gate", code=2).err)
 
+    def test_one_is_removed_however_its_section_is_written(self):
+        file = self.host.folder / "varlo-analytics/cameras.ini"
+        file.parent.mkdir()
+        for section in ("[ gate ]", "  [gate\t] ; mine"):
+            file.write_text(f"{section}\nurl = http://192.0.2.1/\n[yard]\nurl = http://192.0.2.2/\n", encoding="utf-8")
+            self.camera("camera", "remove", "gate")
+            self.assertEqual([one["name"] for one in self.camera("camera", "list", "--json").json], ["yard"])
+
     def test_a_file_that_can_not_be_looked_at(self):
         """Neither is missing: a link to itself is in the way."""
         loop = self.host.folder / "loop"
