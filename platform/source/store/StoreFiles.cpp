@@ -97,6 +97,19 @@ bool MeansDamage(int code)
            code == SQLITE_IOERR_SHORT_READ;
 }
 
+// AnalyticsFault unless this process may read the file; with `missing` if there is none.
+void RequireReadable(const std::string& file, const std::string& missing)
+{
+    if (access(file.c_str(), R_OK) == 0)
+        return;
+    const int error = errno;
+    if (error == ENOENT || error == ENOTDIR)
+        throw AnalyticsFault(missing);
+    throw AnalyticsFault(
+        "The file " + file + " can't be read: " + Reason() +
+        (error == EACCES ? "; run this with sudo or as the service's user" : "; check its path"));
+}
+
 // Runs `action` on a database; what SQLite reports of it comes as a sentence on `file`.
 template <class Action>
 auto Explained(const std::string& file, const Action& action)
@@ -310,16 +323,14 @@ void KeepLastCopy(const std::string& database)
 std::string BackUpStore(const std::string& folder, const std::string& file)
 {
     const std::string database = DatabaseIn(folder);
-    if (!Exists(database))
-        throw AnalyticsFault("There is no profile store in " + folder +
-                             "; name the service's folder with --state");
+    RequireReadable(database,
+                    "There is no profile store in " + folder + "; name the service's folder with --state");
     return "saved " + Copy(database, file, Over::Nothing) + " to " + file;
 }
 
 std::string RestoreStore(const std::string& folder, const std::string& file)
 {
-    if (!Exists(file))
-        throw AnalyticsFault("There is no file " + file + "; name a copy that --backup has made");
+    RequireReadable(file, "There is no file " + file + "; name a copy that --backup has made");
     StateFolder state(folder);
     state.Take();
     const std::string database = DatabaseIn(folder);

@@ -7,6 +7,7 @@
 #include <Drawn.h>
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <atomic>
@@ -153,6 +154,29 @@ TEST_F(BackupTest, OfSeveralToOneNameOneIsMade)
     EXPECT_EQ(made, 1);
     EXPECT_THAT(NamesIn(m_copy), ElementsAre("first", "second"));
     EXPECT_THAT(CopiesAndDrafts(), ElementsAre("copy.db"));
+}
+
+TEST_F(BackupTest, WhatMayNotBeReadIsNotCalledMissing)
+{
+    m_manager.reset();
+    const std::string copy = m_state + "/copy.db";
+    BackUpStore(m_state, copy);
+    ASSERT_EQ(chmod(m_state.c_str(), 0), 0);
+    const std::string advice =
+        " can't be read: Permission denied; run this with sudo or as the service's user";
+    const auto run = [&]
+    {
+        if (geteuid() == 0) // who may read all
+            ASSERT_EQ(setuid(65534), 0);
+        EXPECT_EQ(AnalyticsFaultOf([this] { BackUp(); }), "The file " + m_database + advice);
+        EXPECT_EQ(AnalyticsFaultOf([&] { RestoreStore(m_state, copy); }), "The file " + copy + advice);
+    };
+    // In a process of its own, which never becomes root again.
+    EXPECT_EXIT((run(), _exit(HasFailure() ? 1 : 0)), testing::ExitedWithCode(0), "");
+    ASSERT_EQ(chmod(m_state.c_str(), 0700), 0);
+    std::filesystem::create_symlink("loop", Path("loop"));
+    EXPECT_THAT(AnalyticsFaultOf([this] { RestoreStore(m_state, Path("loop")); }),
+                AllOf(HasSubstr("can't be read: Too many levels"), HasSubstr("check its path")));
 }
 
 TEST_F(BackupTest, MakesNoCopyOfADamagedStore)
