@@ -6,8 +6,9 @@
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 
-# The database of packages, for dpkg-shlibdeps: which library belongs to which package, of which version. None of their
-# scripts is run. What mmdebstrap calls while it still has the packages' files.
+# The database of packages, for dpkg-shlibdeps: which library belongs to which package, of which version. It finds the
+# libraries where they lie here. None of the packages' scripts is run. What mmdebstrap calls while it still has the
+# packages' files.
 if [ "${1:-}" = --write-database ]
 then
     database=$2/var/lib/dpkg
@@ -17,7 +18,7 @@ then
         info=$database/info/$(dpkg-deb -f "$file" Package)
         [ "$(dpkg-deb -f "$file" Multi-Arch)" != same ] || info=$info:$(dpkg-deb -f "$file" Architecture)
         { dpkg-deb -f "$file"; printf 'Status: install ok installed\n\n'; } >>"$database/status"
-        dpkg-deb --fsys-tarfile "$file" | tar -t | sed -E 's,^\.,,; s,/$,,; s,^$,/.,' >"$info.list"
+        dpkg-deb --fsys-tarfile "$file" | tar -t | sed -E "s,/\$,,; s,^\.,$2," >"$info.list"
         for part in symbols shlibs
         do
             dpkg-deb --info "$file" $part >"$info.$part" 2>/dev/null || rm "$info.$part"
@@ -35,7 +36,8 @@ packages="libgsoap-dev libexpat1-dev libpugixml-dev libsqlite3-dev libsqlitecpp-
     zlib1g-dev libcrypt-dev nettle-dev libgeos-dev nlohmann-json3-dev libstdc++-12-dev libgtest-dev libgmock-dev libxml2-dev"
 sysroot=$root/build/sysroot/$triplet
 made=$sysroot/made-of
-[ "$(cat "$made" 2>/dev/null)" != "$packages" ] || exit 0
+of="$packages, by $(cksum <"$0")"
+[ "$(cat "$made" 2>/dev/null)" != "$of" ] || exit 0
 
 rm -rf "$sysroot"
 mkdir -p "$(dirname "$sysroot")"
@@ -47,4 +49,4 @@ find "$sysroot" -type l -lname '/*' ! -path "$sysroot/dev/*" -printf '%p %l\n' |
 do
     ln -sfnr "$sysroot$target" "$link"
 done
-echo "$packages" >"$made"
+echo "$of" >"$made"
