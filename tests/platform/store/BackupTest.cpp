@@ -167,7 +167,9 @@ TEST_F(BackupTest, WhatMayNotBeReadIsNotCalledMissing)
     const auto run = [&]
     {
         if (geteuid() == 0) // who may read all
+        {
             ASSERT_EQ(setuid(65534), 0);
+        }
         EXPECT_EQ(AnalyticsFaultOf([this] { BackUp(); }), "The file " + m_database + advice);
         EXPECT_EQ(AnalyticsFaultOf([&] { RestoreStore(m_state, copy); }), "The file " + copy + advice);
     };
