@@ -56,7 +56,8 @@ test('profiles are created, renamed, run, stopped and deleted; behaviors tell wh
     await at.press('Stop');
     await until(async () => (await at.described('option', 'Late night')) === '', 'stopped');
     const names = await at.page.$$eval('#behaviors [role=option]', all => all.map(one => one.getAttribute('aria-label')));
-    assert.deepEqual(names, [...BEHAVIORS.map(({ name }) => name), 'Scene']);
+    const delivered = [...BEHAVIORS.map(({ name }) => name), 'Scene'];
+    assert.deepEqual(names.filter(name => delivered.includes(name)), delivered);
     assert.equal(await at.described('option', 'Loitering Detection'), 'available');
     for (const name of ['Loitering Detection', 'Camera Sabotage']) {
         await at.behavior(name);
@@ -116,7 +117,7 @@ test('cameras of a hosts file, and a zone that is copied to another frame', asyn
             const value = await until(() => select.evaluate((one, wanted) => [...one.options].find(option => option.textContent === wanted)?.value, text), text);
             await select.select(value);
         }
-        await until(() => dialog.$eval('#choice-behavior', one => one.options.length === 9), 'the behaviors');
+        await until(() => dialog.$eval('#choice-behavior', (one, count) => one.options.length > count, BEHAVIORS.length), 'the behaviors');
         await at.press('OK');
         await at.says(/copied/);
         const stored = await taken(at.page, await second.behavior(1, LOITERING.id));
