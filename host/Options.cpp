@@ -34,6 +34,12 @@ std::string CheckEndpoint(const std::string& text)
                                      "(port 0 to 65535, 0 takes a free one)";
 }
 
+// As of a script's unset variable: to start a service is not what --backup asks for.
+std::string RefuseEmpty(const std::string& value)
+{
+    return value.empty() ? "the value is empty; give one, or leave the option out" : "";
+}
+
 } // namespace
 
 std::variant<Options, int> ReadOptions(int argc, char** argv)
@@ -42,6 +48,7 @@ std::variant<Options, int> ReadOptions(int argc, char** argv)
     options.library = INSTALLED_LIBRARY;
     std::string listen;
 
+    const CLI::Validator given(RefuseEmpty, "");
     CLI::App app("Hosts the SOAP service of the camera's video analytics.", "varlo-analytics-host");
     // Of an option that comes twice the last counts, so that a script's own options can be overruled.
     app.option_defaults()->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
@@ -50,18 +57,22 @@ std::variant<Options, int> ReadOptions(int argc, char** argv)
         ->check(CLI::Validator(CheckEndpoint, ""));
     app.add_option("--settings", options.platform.settingsFile, "Settings document")
         ->type_name("FILE")
+        ->check(given)
         ->capture_default_str();
     app.add_option("--plugins", options.platform.pluginFolder, "Plug-in folder")
         ->type_name("DIR")
+        ->check(given)
         ->capture_default_str();
     app.add_option("--state", options.platform.stateFolder, "Folder of the profile store, created if missing")
         ->type_name("DIR")
+        ->check(given)
         ->capture_default_str();
     app.add_option("--engine", options.platform.engineFolder,
                    "Folder that tells the analytics engine what is to run, created if missing")
         ->type_name("DIR");
     app.add_option("--library", options.library, "API library to load")
         ->type_name("FILE")
+        ->check(given)
         ->capture_default_str();
     app.add_flag("--check", options.check,
                  "Name each mistake in settings, users, certificates and plug-ins, and exit with 0 or 1");
@@ -72,10 +83,12 @@ std::variant<Options, int> ReadOptions(int argc, char** argv)
     auto* const backup =
         app.add_option("--backup", options.backup,
                        "Copy the profile store to FILE, which must not exist yet, and end; a service may run")
-            ->type_name("FILE");
+            ->type_name("FILE")
+            ->check(given);
     app.add_option("--restore", options.restore,
                    "Put such a copy in the place of the profile store, and end; no service may run")
         ->type_name("FILE")
+        ->check(given)
         ->excludes(backup);
     app.set_version_flag("--version", "varlo-analytics-host " VERSION "\nSQLite " +
                                           analytics::platform::StoreLibraryVersion());

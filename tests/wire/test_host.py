@@ -40,7 +40,8 @@ class Options(unittest.TestCase):
                                (["--listen", "8080"], "8080"), (["--listen", "127.0.0.1:65536"], "65536"),
                                (["--listen", "127.0.0.1:80x"], "80x"), (["--listen", "::1:80"], "::1:80"),
                                (["--listen", ":80"], ":80"), (["--listen", "127.0.0.1:"], "127.0.0.1:"),
-                               (["--backup", "a", "--restore", "b"], "--restore")):
+                               (["--backup", "a", "--restore", "b"], "--restore"), (["--backup", ""], "--backup"),
+                               (["--restore", ""], "--restore"), (["--library", ""], "--library")):
             with self.subTest(options=options):
                 answer = run(*options)
                 self.assertEqual(answer.returncode, 2)

@@ -326,6 +326,13 @@ class Files(AccessTest):
         for line, text in (3, "the attribute certificat of <endpoint> isn't known"), (4, "<maxConections> isn't known"), \
                 (5, '<workers> is "many"; it takes a whole number from 1'), (6, "<users> isn't known"):
             self.assertIn(f"{self.host.settings}:{line}: {text}", said)
+        self.host.settings.write_text(
+            '<!DOCTYPE settings SYSTEM "settings.dtd">\n<settings><backlog>65536</backlog><server>\n'
+            '<endpoint name="kestrel-server" port="8443"/></server></settings>')
+        code, said = self.check()
+        self.assertEqual(code, 1)
+        for line, text in (2, '<backlog> is "65536"'), (3, '<endpoint> is named "kestrel-server" and not used'):
+            self.assertIn(f"{self.host.settings}:{line}: {text}", said)
         self.settings(TLS, USERS)
         self.users.write_text(f"{self.line}CN=x:{self.line.partition(':')[2]}")
         (self.tls / "camera.key").write_text("no key")

@@ -23,6 +23,7 @@ namespace tarno::osa
 namespace
 {
 
+constexpr char kEndpoint[] = "kestrile-server";
 constexpr int kLongestSession = 604'800; // seconds; TLS 1.3 allows none beyond a week
 
 std::string File(const std::string& key)
@@ -46,7 +47,7 @@ struct Known
 
 constexpr std::array kKnown = {
     Known{"settings"},
-    Known{"settings/backlog", true, 1},
+    Known{"settings/backlog", true, 1, 65535}, // of which the listening socket is told 16 bits
     Known{"settings/maxResource", true, 0, std::numeric_limits<std::uint32_t>::max()},
     Known{"settings/maxSelectableRules"},
     Known{"settings/maxSelectableRules/numberOfCount", true},
@@ -66,7 +67,7 @@ constexpr std::array kKnown = {
     Known{"settings/server/endpoint@privateKey"},
     Known{"settings/server/endpoint@clientCertificates"},
     Known{"settings/server/endpoint@revoked"},
-    Known{"settings/server/endpoint@sessionSeconds", true},
+    Known{"settings/server/endpoint@sessionSeconds", true, 0, kLongestSession},
     Known{"settings/server/endpoint@insecure", true, 0, 1},
     Known{"settings/server/users"},
     Known{"settings/server/roles"},
@@ -114,6 +115,10 @@ class Walk
             else
                 Value(element, *knownToo, name, attribute.value());
         }
+        if (path == "settings/server/endpoint" &&
+            !element.parent().find_child_by_attribute(element.name(), "name", kEndpoint))
+            Add(element, shown + " is named \"" + element.attribute("name").value() +
+                             "\" and not used; the name of the service's is " + kEndpoint);
         for (const pugi::xml_node child : element.children())
             if (child.type() == pugi::node_element)
                 Element(child, path + '/');
@@ -231,7 +236,7 @@ std::vector<std::string> MistakesInSettings(const std::string& path, const std::
 {
     pugi::xml_document tree;
     analytics::xml::SyntaxError error;
-    if (!analytics::xml::Read(text, tree, error))
+    if (!analytics::xml::Read(text, tree, error, analytics::xml::Doctype::NamesFile))
         return {path + ':' + std::to_string(error.line) + ": " + error.reason};
     Walk walk(path, text);
     walk.Element(tree.document_element(), "");
@@ -241,7 +246,7 @@ std::vector<std::string> MistakesInSettings(const std::string& path, const std::
 std::vector<std::string> MistakesInAccess(const std::string& address)
 {
     std::vector<std::string> mistakes;
-    const AccessSettings access = AccessInSettings("kestrile-server");
+    const AccessSettings access = AccessInSettings(kEndpoint);
     Try(mistakes, [&] { CheckAccess(access, address); });
     if (!access.certificate.empty() && !access.privateKey.empty())
         Try(mistakes, [&] { TlsSource source(access); });
