@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <sstream>
+#include <string_view>
 
 namespace tarno::osa
 {
@@ -25,6 +26,9 @@ constexpr std::array kRoles = {RoleKey{Role::Administrator, "//server/roles/admi
                                RoleKey{Role::Operator, "//server/roles/operator"},
                                RoleKey{Role::Viewer, "//server/roles/viewer"}};
 
+// What some editors begin a file of UTF-8 with.
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+
 // A query has no text of its own for an element that only holds others, but it matches.
 bool HasRoles() { return !Settings::GetValues("//server/roles").empty(); }
 
@@ -32,7 +36,7 @@ bool HasRoles() { return !Settings::GetValues("//server/roles").empty(); }
 
 Users::Users(const std::string& path, const std::string& text) : m_path(path)
 {
-    std::istringstream lines(text);
+    std::istringstream lines(text.starts_with(kByteOrderMark) ? text.substr(kByteOrderMark.size()) : text);
     std::string line;
     for (int number = 1; std::getline(lines, line); ++number)
     {

@@ -53,6 +53,15 @@ TEST(Users, AreReadFromLines)
     EXPECT_EQ(users.HashFor("eve"), kSecretByBcrypt);
 }
 
+TEST(Users, BeginBehindAByteOrderMark)
+{
+    const Users users("users", std::string("\xEF\xBB\xBF"
+                                           "ann:") +
+                                   kSecretByBcrypt + '\n');
+    EXPECT_TRUE(users.Has("ann"));
+    EXPECT_THAT(users.Mistakes(), testing::IsEmpty());
+}
+
 TEST(Users, LeaveOutAndNameALineThatCannotBeUsed)
 {
     const std::string good = std::string("ann:") + kSecretByBcrypt + '\n';
