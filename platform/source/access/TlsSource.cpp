@@ -62,6 +62,8 @@ std::shared_ptr<TlsContext> TlsSource::Current()
     try
     {
         m_context = Make();
+        if (!changed.empty())
+            m_warned = {}; // what is new may be about to end as well
         for (const std::string& path : changed)
             SayTakenOver(path);
     }
@@ -85,7 +87,6 @@ std::shared_ptr<TlsContext> TlsSource::Make()
 {
     auto context = MakeTlsContext(Files(), m_settings.sessionTime);
     gCertificateEnds.Set(static_cast<double>(context->EndOfCertificate()));
-    m_warned = {}; // what is new may be about to end as well
     return context;
 }
 
