@@ -110,9 +110,16 @@ void RequireReadable(const std::string& file, const std::string& missing)
         (error == EACCES ? "; run this with sudo or as the service's user" : "; check its path"));
 }
 
-// Runs `action` on a database; what SQLite reports of it comes as a sentence on `file`.
+bool MeansNotWritten(int code)
+{
+    return (code & kPrimaryCode) == SQLITE_FULL || code == SQLITE_IOERR_WRITE || code == SQLITE_IOERR_FSYNC ||
+           code == SQLITE_IOERR_TRUNCATE;
+}
+
+// Runs `action`, which reads the database `read` and writes `written`, maybe the same; what SQLite reports
+// comes as a sentence on one of them.
 template <class Action>
-auto Explained(const std::string& file, const Action& action)
+auto Explained(const std::string& read, const std::string& written, const Action& action)
 {
     errno = 0;
     try
@@ -123,10 +130,13 @@ auto Explained(const std::string& file, const Action& action)
     {
         if (MeansDamage(error.getErrorCode()) || (error.getErrorCode() & kPrimaryCode) == SQLITE_ERROR)
             throw AnalyticsFault(
-                "The file " + file +
+                "The file " + read +
                 " is damaged or isn't a profile store; give --restore a copy that --backup has made");
+        const std::string& failed = MeansNotWritten(error.getErrorCode()) ? written : read;
+        // Once a file is open, its closing has changed errno since.
+        const int systemError = (error.getErrorCode() & kPrimaryCode) == SQLITE_CANTOPEN ? errno : 0;
         throw AnalyticsFault(
-            ExplainStoreFault(error.getErrorCode(), errno, FolderOf(file), error.what()).sentence);
+            ExplainStoreFault(error.getErrorCode(), systemError, FolderOf(failed), error.what()).sentence);
     }
 }
 
@@ -164,14 +174,16 @@ std::string MakeDraft(const std::string& to, Over over)
 // Makes `draft` a checked copy of the database `from`, in one file without a log. Returns what it holds.
 std::string CopyInto(const std::string& draft, const std::string& from)
 {
-    return Explained(from,
+    return Explained(from, draft,
                      [&]
                      {
                          // Reads only, and so doesn't bring the log of a store in use into its file.
                          SQLite::Database source(from, SQLite::OPEN_READONLY, 5000);
                          SQLite::Database copy(draft, SQLite::OPEN_READWRITE, 5000);
                          SQLite::Backup backup(copy, source);
-                         backup.executeStep(-1);
+                         // It returns the code while another program holds the store locked.
+                         if (const int code = backup.executeStep(-1); code != SQLITE_DONE)
+                             throw SQLite::Exception("not copied", code);
                          copy.exec("PRAGMA journal_mode = DELETE");
                          RequireSound(copy);
                          return ContentOf(copy);
@@ -348,7 +360,7 @@ std::string RecoverStore(const std::string& folder)
     const bool missing = !Exists(database);
     if (missing && !Exists(database + "-wal") && !Exists(copy))
         return "there is no profile store in " + folder + " yet, so there is nothing to recover";
-    if (!missing && !Explained(database, [&] { return IsDamaged(database); }))
+    if (!missing && !Explained(database, database, [&] { return IsDamaged(database); }))
         return "the profile store " + database + " is sound; nothing was changed";
     if (!Exists(copy))
         throw AnalyticsFault(

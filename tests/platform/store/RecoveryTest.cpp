@@ -11,9 +11,11 @@
 
 #include <csignal>
 
+using analytics::platform::BackUpStore;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::StartsWith;
 
 class RecoveryTest : public StoreFixture
 {
@@ -65,6 +67,32 @@ TEST_F(RecoveryTest, WorksAgainAfterAFileCouldNotGrow)
     Reopen();
     EXPECT_THAT(Names(), ElementsAre("kept", "new"));
     EXPECT_EQ(RuleConfig(1, "r"), "<kept/>");
+}
+
+TEST_F(RecoveryTest, ACopyThatFindsNoRoomIsNotBlamedOnTheStore)
+{
+    Fill();
+    std::signal(SIGXFSZ, SIG_IGN);
+    rlimit before = {};
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
+    const rlimit tight = {10'000, before.rlim_max};
+    std::filesystem::create_directory(Path("stick"));
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &tight), 0);
+    const std::string fault = AnalyticsFaultOf([this] { BackUpStore(Path("state"), Path("stick/copy.db")); });
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &before), 0);
+    EXPECT_THAT(fault, StartsWith("The profile store in " + Path("stick") + " failed: the disk "));
+    EXPECT_TRUE(std::filesystem::is_empty(Path("stick")));
+    ExpectAsFilled();
+}
+
+TEST_F(RecoveryTest, ACopyOfAStoreThatIsLockedSaysSo)
+{
+    Fill();
+    m_manager.reset();
+    SQLite::Database other(Path("state/profiles.db"), SQLite::OPEN_READWRITE);
+    other.exec("PRAGMA locking_mode = EXCLUSIVE; BEGIN EXCLUSIVE; UPDATE profile SET name = 'x'");
+    EXPECT_THAT(AnalyticsFaultOf([this] { BackUpStore(Path("state"), Path("copy.db")); }),
+                HasSubstr("another program holds it locked"));
 }
 
 namespace
