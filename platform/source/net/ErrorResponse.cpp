@@ -70,16 +70,19 @@ std::string Sentence(const Row& row, const Limits& limits)
     return text;
 }
 
-std::string FaultEnvelope(const std::string& sentence, SoapVersion version)
+std::string FaultEnvelope(const std::string& status, const std::string& sentence, SoapVersion version)
 {
     const bool soap11 = version == SoapVersion::Soap11;
+    const bool client = status.starts_with('4'); // else the same request may succeed later
     return std::string("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<SOAP-ENV:Envelope xmlns:SOAP-ENV=\"") +
            (soap11 ? "http://schemas.xmlsoap.org/soap/envelope/"
                    : "http://www.w3.org/2003/05/soap-envelope") +
            "\"><SOAP-ENV:Body><SOAP-ENV:Fault>" +
-           (soap11 ? "<faultcode>SOAP-ENV:Client</faultcode><faultstring>"
-                   : "<SOAP-ENV:Code><SOAP-ENV:Value>SOAP-ENV:Sender</SOAP-ENV:Value></SOAP-ENV:Code>"
-                     "<SOAP-ENV:Reason><SOAP-ENV:Text xml:lang=\"en\">") +
+           (soap11
+                ? std::string("<faultcode>SOAP-ENV:") + (client ? "Client" : "Server") +
+                      "</faultcode><faultstring>"
+                : std::string("<SOAP-ENV:Code><SOAP-ENV:Value>SOAP-ENV:") + (client ? "Sender" : "Receiver") +
+                      "</SOAP-ENV:Value></SOAP-ENV:Code><SOAP-ENV:Reason><SOAP-ENV:Text xml:lang=\"en\">") +
            sentence + (soap11 ? "</faultstring>" : "</SOAP-ENV:Text></SOAP-ENV:Reason>") +
            "</SOAP-ENV:Fault></SOAP-ENV:Body></SOAP-ENV:Envelope>\n";
 }
@@ -103,7 +106,7 @@ std::string ErrorResponse(Refusal refusal, const Limits& limits, SoapVersion ver
     const auto* const row = std::find_if(
         kRows.begin(), kRows.end(), [refusal](const Row& candidate) { return candidate.refusal == refusal; });
     assert(row != kRows.end());
-    const std::string body = FaultEnvelope(Sentence(*row, limits), version);
+    const std::string body = FaultEnvelope(row->status, Sentence(*row, limits), version);
     const char* const type = version == SoapVersion::Soap11 ? "text/xml" : "application/soap+xml";
     return std::string("HTTP/1.1 ") + row->status + "\r\nContent-Type: " + type +
            "; charset=utf-8\r\nContent-Length: " + std::to_string(body.size()) + "\r\n" + row->fields +

@@ -1,5 +1,6 @@
 // What never becomes a request, and is answered or closed without a worker.
 
+#include "net/ErrorResponse.h"
 #include "platform/net/ServerFixture.h"
 
 namespace tarno::osa
@@ -130,6 +131,17 @@ TEST_F(ServerRefusal, ClosesASilentConnectionWithoutAByte)
     ended.EndSending();
     EXPECT_EQ(ended.ReadAll(), "");
     EXPECT_EQ(silent.ReadAll(), "");
+}
+
+TEST(ErrorResponse, BlamesTheClientForNothingThatMaySucceedLater)
+{
+    for (const Refusal later : {Refusal::Busy, Refusal::NoMemory})
+    {
+        EXPECT_THAT(ErrorResponse(later, Limits()),
+                    AllOf(StartsWith("HTTP/1.1 503 "), HasSubstr("<faultcode>SOAP-ENV:Server</faultcode>")));
+        EXPECT_THAT(ErrorResponse(later, Limits(), SoapVersion::Soap12),
+                    HasSubstr("<SOAP-ENV:Value>SOAP-ENV:Receiver</SOAP-ENV:Value>"));
+    }
 }
 
 } // namespace
