@@ -349,6 +349,26 @@ class Files(AccessTest):
             self.assertEqual(code, 1)
             self.assertIn(text, said)
 
+    def test_mistakes_in_plugins(self):
+        self.settings()
+        self.host.plugins = self.host.folder / "plugins"
+        for name, manifest in ("one", '<manifest type="rule">\n<id>one</id><prise>3</prise></manifest>'), \
+                ("two", '<manifest typ="rule"><id>two</id></manifest>'):
+            (self.host.plugins / name).mkdir(parents=True)
+            (self.host.plugins / name / "manifest.xml").write_text(manifest)
+        (self.host.plugins / "one/engine.xml").write_text("<a>\n")
+        (self.host.plugins / "one/behavior.xml").write_bytes(b"\xff")
+        code, said = self.check()
+        self.assertEqual(code, 1)
+        for text in ("one/manifest.xml:2: <prise> isn't known here", "one/engine.xml:2: the default configuration can't be "
+                     "used: ", "one/behavior.xml:1: ", "two/manifest.xml:1: the attribute typ of <manifest> isn't known",
+                     'two/manifest.xml:1: the manifest can\'t be used: the type is ""'):
+            self.assertIn(f"{self.host.plugins}/{text}", said)
+        self.host.start()
+        self.host.stop()
+        self.assertEqual(sorted(line for line in self.host.errors if line.startswith(f"{self.host.plugins}/")),
+                         sorted(said.splitlines()))
+
     def test_unknown_elements_are_named_once_at_the_start(self):
         self.settings("", "<maxConections>1</maxConections>")
         self.host.start()

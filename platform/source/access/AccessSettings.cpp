@@ -5,8 +5,8 @@
 #include "files/File.h"
 #include "files/StandardError.h"
 #include "settings/Configuration.h"
+#include "settings/Mistakes.h"
 #include "xml/Reader.h"
-#include "xml/Text.h"
 
 #include <analytics/Settings.h>
 
@@ -16,12 +16,14 @@
 #include <array>
 #include <cstdint>
 #include <limits>
-#include <string_view>
+#include <utility>
 
 namespace tarno::osa
 {
 namespace
 {
+
+using analytics::platform::Known;
 
 constexpr char kEndpoint[] = "kestrile-server";
 constexpr int kLongestSession = 604'800; // seconds; TLS 1.3 allows none beyond a week
@@ -36,14 +38,6 @@ std::string File(const std::string& key)
 {
     throw AccessFault(analytics::platform::CurrentConfiguration().settingsFile + ": " + sentence);
 }
-
-struct Known
-{
-    std::string_view path; // of an element, or of an attribute behind '@'
-    bool number = false;
-    std::int64_t least = 0;
-    std::int64_t most = std::numeric_limits<std::int32_t>::max();
-};
 
 constexpr std::array kKnown = {
     Known{"settings"},
@@ -85,68 +79,19 @@ constexpr std::array kKnown = {
     Known{"settings/server/requestSeconds", true, 1},
 };
 
-const Known* Find(const std::string& path)
+// Those whose name nothing asks for, where none has the one that counts.
+std::vector<std::string> MistakesInEndpoints(const std::string& path, const std::string& text,
+                                             const pugi::xml_document& tree)
 {
-    const auto* const known =
-        std::find_if(kKnown.begin(), kKnown.end(), [&path](const Known& each) { return each.path == path; });
-    return known == kKnown.end() ? nullptr : known;
+    std::vector<std::string> mistakes;
+    const analytics::xml::Lines lines(text);
+    for (const pugi::xpath_node& found : tree.select_nodes("/settings/server/endpoint"))
+        if (!found.parent().find_child_by_attribute("endpoint", "name", kEndpoint))
+            mistakes.push_back(path + ':' + std::to_string(lines.Of(found.node())) +
+                               ": <endpoint> is named \"" + found.node().attribute("name").value() +
+                               "\" and not used; the name of the service's is " + kEndpoint);
+    return mistakes;
 }
-
-// One walk over a document.
-class Walk
-{
-  public:
-    Walk(const std::string& path, const std::string& text) : m_path(path), m_lines(text) {}
-
-    void Element(pugi::xml_node element, const std::string& parent)
-    {
-        const std::string path = parent + element.name();
-        const Known* const known = Find(path);
-        const std::string shown = std::string("<") + element.name() + '>';
-        if (known == nullptr)
-            return Add(element, shown + " isn't known here; correct its name or remove it");
-        Value(element, *known, shown, analytics::xml::Content(element));
-        for (const pugi::xml_attribute attribute : element.attributes())
-        {
-            const Known* const knownToo = Find(path + '@' + attribute.name());
-            const std::string name = std::string("the attribute ") + attribute.name() + " of " + shown;
-            if (knownToo == nullptr)
-                Add(element, name + " isn't known; correct its name or remove it");
-            else
-                Value(element, *knownToo, name, attribute.value());
-        }
-        if (path == "settings/server/endpoint" &&
-            !element.parent().find_child_by_attribute(element.name(), "name", kEndpoint))
-            Add(element, shown + " is named \"" + element.attribute("name").value() +
-                             "\" and not used; the name of the service's is " + kEndpoint);
-        for (const pugi::xml_node child : element.children())
-            if (child.type() == pugi::node_element)
-                Element(child, path + '/');
-    }
-    std::vector<std::string> Mistakes() && { return std::move(m_mistakes); }
-
-  private:
-    void Value(pugi::xml_node element, const Known& known, const std::string& name,
-               const std::string& content)
-    {
-        const std::string text(analytics::xml::Trimmed(content));
-        if (!known.number || text.empty())
-            return;
-        std::int64_t number = 0;
-        if (analytics::xml::ReadInteger(text, number) != std::errc() || number < known.least ||
-            number > known.most)
-            Add(element, name + " is \"" + text.substr(0, 40) + "\"; it takes a whole number from " +
-                             std::to_string(known.least) + " to " + std::to_string(known.most));
-    }
-    void Add(pugi::xml_node element, const std::string& sentence)
-    {
-        m_mistakes.push_back(m_path + ':' + std::to_string(m_lines.Of(element)) + ": " + sentence);
-    }
-
-    const std::string m_path;
-    const analytics::xml::Lines m_lines;
-    std::vector<std::string> m_mistakes;
-};
 
 // Adds why `use` fails, if it does.
 template <class Use>
@@ -238,9 +183,10 @@ std::vector<std::string> MistakesInSettings(const std::string& path, const std::
     analytics::xml::SyntaxError error;
     if (!analytics::xml::Read(text, tree, error, analytics::xml::Doctype::NamesFile))
         return {path + ':' + std::to_string(error.line) + ": " + error.reason};
-    Walk walk(path, text);
-    walk.Element(tree.document_element(), "");
-    return std::move(walk).Mistakes();
+    auto mistakes = analytics::platform::MistakesIn(path, text, tree.document_element(), kKnown);
+    for (std::string& mistake : MistakesInEndpoints(path, text, tree))
+        mistakes.push_back(std::move(mistake));
+    return mistakes;
 }
 
 std::vector<std::string> MistakesInAccess(const std::string& address)

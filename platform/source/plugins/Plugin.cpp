@@ -3,10 +3,12 @@
 #include <analytics/Faults.h>
 
 #include "files/File.h"
+#include "settings/Mistakes.h"
 #include "xml/Text.h"
 #include "xml/XmlFile.h"
 
 #include <algorithm>
+#include <array>
 #include <functional>
 #include <limits>
 #include <utility>
@@ -25,40 +27,72 @@ FileText ReadOrThrow(const std::string& path)
     return file;
 }
 
-PluginText ReadText(const std::string& path)
+PluginText ReadText(const std::string& path, PluginProblems& problems)
 {
     FileText file = ReadOrThrow(path);
     if (file.Missing())
         return {};
     if (!file.failure.empty())
-        return {"", "The default configuration " + path + " can't be read: " + file.failure};
+    {
+        const std::string failure = "The default configuration " + path + " can't be read: " + file.failure;
+        problems.push_back({failure});
+        return {"", failure};
+    }
+    xml::SyntaxError error;
+    if (!xml::Check(file.text, error))
+        problems.push_back({path + ':' + std::to_string(error.line) +
+                                ": the default configuration can't be used: " + error.reason,
+                            std::hash<std::string>()(file.text)});
     return {std::move(file.text), ""};
+}
+
+constexpr std::array kKnown = {
+    Known{"manifest"},
+    Known{"manifest@type"},
+    Known{"manifest/id"},
+    Known{"manifest/alias"},
+    Known{"manifest/name"},
+    Known{"manifest/resourceRequirement"}, // numbers are judged as they are read
+    Known{"manifest/fixedCameraPosition"},
+    Known{"manifest/supportsAdvancedMode"},
+    Known{"manifest/dependencies"},
+    Known{"manifest/dependencies/id"},
+};
+
+void AddUnknownNames(const std::string& path, const std::string& text, PluginProblems& problems)
+{
+    pugi::xml_document tree;
+    xml::SyntaxError ignored;
+    xml::Read(text, tree, ignored, xml::Doctype::NamesFile);
+    for (std::string& mistake : MistakesIn(path, text, tree.child("manifest"), kKnown))
+        problems.push_back({std::move(mistake), std::hash<std::string>()(text)});
 }
 } // namespace
 
-bool ReadPlugin(const std::string& home, Plugin& plugin, PluginProblem& problem)
+bool ReadPlugin(const std::string& home, Plugin& plugin, PluginProblems& problems)
 {
     const std::string path = home + '/' + kManifestFile;
     const FileText file = ReadOrThrow(path);
     const std::string ignored = ". The plug-in is left out.";
     if (!file.failure.empty())
     {
-        problem = {path + ": the manifest can't be read: " + file.failure + ignored, 0};
+        problems.push_back({path + ": the manifest can't be read: " + file.failure + ignored});
         return false;
     }
+    AddUnknownNames(path, file.text, problems);
     xml::SyntaxError error;
     auto fields = ReadManifest(file.text, error);
     if (!fields)
     {
-        problem = {path + ':' + std::to_string(error.line) + ": the manifest can't be used: " + error.reason +
-                       ignored,
-                   std::hash<std::string>()(file.text)};
+        problems.push_back({path + ':' + std::to_string(error.line) +
+                                ": the manifest can't be used: " + error.reason + ignored,
+                            std::hash<std::string>()(file.text)});
         return false;
     }
     fields->home = home;
     plugin.manifest = Manifest(std::move(*fields));
-    plugin.engineDefault = ReadText(home + '/' + kEngineFile);
-    plugin.clientsDefault = ReadText(home + '/' + kBehaviorFile);
+    plugin.engineDefault = ReadText(home + '/' + kEngineFile, problems);
+    plugin.clientsDefault = ReadText(home + '/' + kBehaviorFile, problems);
     const std::string factory = home + '/' + kFactoryFile;
     plugin.factory = StampOf(factory).error == 0 ? factory : "";
     return true;

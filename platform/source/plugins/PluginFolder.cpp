@@ -86,7 +86,7 @@ bool FolderWatch::Changed()
                                           });
 }
 
-bool PluginCatalog::Add(Plugin plugin, PluginProblem& problem)
+void PluginCatalog::Add(Plugin plugin, PluginProblems& problems)
 {
     const std::string names[] = {plugin.manifest.Id(), plugin.manifest.Alias()};
     for (const std::string& name : names)
@@ -94,16 +94,15 @@ bool PluginCatalog::Add(Plugin plugin, PluginProblem& problem)
         const Plugin* const other = Find(name);
         if (other == nullptr)
             continue;
-        problem = {plugin.manifest.Home() + ": the identifier " + name + " belongs to the plug-in in " +
-                       other->manifest.Home() + ". This plug-in is left out.",
-                   0};
-        return false;
+        problems.push_back({plugin.manifest.Home() + ": the identifier " + name +
+                            " belongs to the plug-in in " + other->manifest.Home() +
+                            ". This plug-in is left out."});
+        return;
     }
     for (const std::string& name : names)
         if (!name.empty())
             m_index.emplace(name, m_plugins.size());
     m_plugins.push_back(std::move(plugin));
-    return true;
 }
 
 const Plugin* PluginCatalog::Find(const std::string& id) const
@@ -133,8 +132,9 @@ std::vector<std::string> PluginFolder::Problems()
     m_catalog.reset(); // what is found goes untold
     Scan(problems);
     std::vector<std::string> sentences;
-    for (auto& [folder, problem] : problems)
-        sentences.push_back(std::move(problem.sentence));
+    for (auto& [folder, found] : problems)
+        for (PluginProblem& problem : found)
+            sentences.push_back(std::move(problem.sentence));
     return sentences;
 }
 
@@ -152,9 +152,11 @@ std::shared_ptr<const PluginCatalog> PluginFolder::Scan(ProblemMap& problems)
         if (!std::filesystem::is_directory(home, error))
             continue;
         Plugin plugin;
-        PluginProblem problem;
-        if (!ReadPlugin(home, plugin, problem) || !catalog->Add(std::move(plugin), problem))
-            problems[home] = std::move(problem);
+        PluginProblems found;
+        if (ReadPlugin(home, plugin, found))
+            catalog->Add(std::move(plugin), found);
+        if (!found.empty())
+            problems[home] = std::move(found);
     }
     return catalog;
 }
@@ -172,7 +174,7 @@ std::vector<std::string> PluginFolder::Homes(ProblemMap& problems) const
             homes.push_back(m_path + '/' + entry->path().filename().string());
     }
     if (error == std::errc::no_such_file_or_directory || error == std::errc::not_a_directory)
-        problems[m_path] = {m_path + ": there is no such folder, and so there are no plug-ins.", 0};
+        problems[m_path] = {{m_path + ": there is no such folder, and so there are no plug-ins."}};
     else if (error)
         throw AnalyticsFault("The plug-in folder " + m_path + " can't be read: " + error.message());
     std::ranges::sort(homes);
@@ -181,13 +183,11 @@ std::vector<std::string> PluginFolder::Homes(ProblemMap& problems) const
 
 void PluginFolder::Tell(ProblemMap problems)
 {
-    for (const auto& [folder, problem] : problems)
-    {
-        const auto told = m_told.find(folder);
-        if (told == m_told.end() || told->second != problem)
-            Say(problem.sentence);
-    }
-    for (const auto& [folder, problem] : m_told)
+    for (const auto& [folder, found] : problems)
+        for (const PluginProblem& problem : found)
+            if (std::ranges::find(m_told[folder], problem) == m_told[folder].end())
+                Say(problem.sentence);
+    for (const auto& [folder, found] : m_told)
         if (!problems.contains(folder))
             Say(folder + ": what was wrong there is no longer so.");
     m_told = std::move(problems);

@@ -56,9 +56,11 @@ struct PluginProblem
     bool operator==(const PluginProblem&) const = default;
 };
 
-// Reads the plug-in in the folder `home`. False if its manifest can't be read; `problem` then says why.
-// Throws AnalyticsFault if the system is too short of means to tell.
-bool ReadPlugin(const std::string& home, Plugin& plugin, PluginProblem& problem);
+using PluginProblems = std::vector<PluginProblem>;
+
+// Reads the plug-in in the folder `home`. False if its manifest can't be used. `problems` gets what is wrong
+// with it, and with its other files. Throws AnalyticsFault if the system is too short of means to tell.
+bool ReadPlugin(const std::string& home, Plugin& plugin, PluginProblems& problems);
 
 // Reads the text of a manifest.xml. Nothing if it can't be used; `error` then says why. `home` stays
 // for the caller to fill.
@@ -68,8 +70,8 @@ std::optional<ManifestFields> ReadManifest(const std::string& text, xml::SyntaxE
 class PluginCatalog
 {
   public:
-    // False if another plug-in already answers to its Id() or Alias(); `problem` then says so.
-    bool Add(Plugin plugin, PluginProblem& problem);
+    // Unless another plug-in already answers to its Id() or Alias(); `problems` then says so.
+    void Add(Plugin plugin, PluginProblems& problems);
 
     // By Id() or Alias(); null if there is none.
     const Plugin* Find(const std::string& id) const;
@@ -132,7 +134,7 @@ class PluginFolder
     std::vector<std::string> Problems();
 
   private:
-    using ProblemMap = std::map<std::string, PluginProblem>; // by the folder that has them
+    using ProblemMap = std::map<std::string, PluginProblems>; // by the folder that has them
 
     std::shared_ptr<const PluginCatalog> Scan(ProblemMap& problems) ANALYTICS_REQUIRES(m_lock);
     std::vector<std::string> Homes(ProblemMap& problems) const;

@@ -56,11 +56,12 @@ TEST_P(PluginFolderTest, ShowsChangesOfEveryFile)
     WritePlugin("p", "p");
     for (int i = 10; i < 99; ++i)
     {
-        const std::string text = std::to_string(i);
+        const std::string id = "p" + std::to_string(i);
+        const std::string text = '<' + id + "/>";
         const auto write = [&](const char* file, const std::string& content)
         { i % 2 == 0 ? Write(file, content) : Replace(file, content); };
-        write("plugins/p/manifest.xml", ManifestText("p" + text));
-        ASSERT_THAT(Ids(), ElementsAre("p" + text));
+        write("plugins/p/manifest.xml", ManifestText(id));
+        ASSERT_THAT(Ids(), ElementsAre(id));
         write("plugins/p/engine.xml", text);
         ASSERT_EQ(m_plugins.Current()->All()[0].engineDefault.text, text);
         write("plugins/p/behavior.xml", text);

@@ -153,6 +153,25 @@ TEST_F(PluginManagerTest, SaysWhatIsWrongWithADefaultConfigurationToWhoAsksForIt
                   " can't be read: it is larger than 1048576 bytes");
 }
 
+TEST_F(PluginManagerTest, NamesOnceWhatIsWrongWithAPluginThatIsTaken)
+{
+    WritePlugin("p", "p", "\n<prise>3</prise>");
+    Write("plugins/p/engine.xml", "<a>\n</b>");
+    std::filesystem::create_directory(Path("plugins/p/behavior.xml"));
+    EXPECT_EQ(
+        ErrorsOf(
+            [this]
+            {
+                EXPECT_THAT(RuleIds(), ElementsAre("p"));
+                WritePlugin("q", "q"); // read again, but not said again
+                EXPECT_THAT(RuleIds(), ElementsAre("p", "q"));
+            }),
+        Path("plugins/p/manifest.xml") + ":2: <prise> isn't known here; correct its name or remove it\n" +
+            Path("plugins/p/engine.xml") + ":2: the default configuration can't be used: mismatched tag\n" +
+            "The default configuration " + Path("plugins/p/behavior.xml") +
+            " can't be read: it isn't a regular file\n");
+}
+
 TEST_F(PluginManagerTest, KnowsTheFolderTheModuleAndTheCost)
 {
     WritePlugin("p", "p", "<resourceRequirement>4294967295</resourceRequirement>");
@@ -238,7 +257,8 @@ INSTANTIATE_TEST_SUITE_P(
         BrokenManifest{"<manifest type='Rule'><id>b</id></manifest>", 1, "the type is \"Rule\""},
         BrokenManifest{"<manifest type='rule'/>", 1, "the id is missing or empty"},
         BrokenManifest{"<manifest type='rule'><id> </id></manifest>", 1, "the id is missing or empty"},
-        BrokenManifest{"<manifest type='rule'><x><id>b</id></x></manifest>", 1, "the id is missing or empty"},
+        BrokenManifest{"<manifest type='rule'><dependencies><id>b</id></dependencies></manifest>", 1,
+                       "the id is missing or empty"},
         BrokenManifest{
             "<manifest type='rule'><id>b</id>\n<resourceRequirement>much</resourceRequirement></manifest>", 2,
             "resourceRequirement is \"much\" and has to be a whole number from 0 to 4294967295"},

@@ -1,0 +1,86 @@
+#include "settings/Mistakes.h"
+
+#include "xml/Reader.h"
+#include "xml/Text.h"
+
+#include <algorithm>
+#include <system_error>
+#include <utility>
+
+namespace analytics::platform
+{
+namespace
+{
+
+// One walk over a document.
+class Walk
+{
+  public:
+    Walk(const std::string& path, const std::string& text, std::span<const Known> known)
+        : m_path(path), m_lines(text), m_known(known)
+    {
+    }
+
+    void Element(pugi::xml_node element, const std::string& parent)
+    {
+        const std::string path = parent + element.name();
+        const Known* const known = Find(path);
+        const std::string shown = std::string("<") + element.name() + '>';
+        if (known == nullptr)
+            return Add(element, shown + " isn't known here; correct its name or remove it");
+        Value(element, *known, shown, xml::Content(element));
+        for (const pugi::xml_attribute attribute : element.attributes())
+        {
+            const Known* const knownToo = Find(path + '@' + attribute.name());
+            const std::string name = std::string("the attribute ") + attribute.name() + " of " + shown;
+            if (knownToo == nullptr)
+                Add(element, name + " isn't known; correct its name or remove it");
+            else
+                Value(element, *knownToo, name, attribute.value());
+        }
+        for (const pugi::xml_node child : element.children())
+            if (child.type() == pugi::node_element)
+                Element(child, path + '/');
+    }
+    std::vector<std::string> Mistakes() && { return std::move(m_mistakes); }
+
+  private:
+    const Known* Find(const std::string& path) const
+    {
+        const auto known = std::ranges::find(m_known, path, &Known::path);
+        return known == m_known.end() ? nullptr : &*known;
+    }
+    void Value(pugi::xml_node element, const Known& known, const std::string& name,
+               const std::string& content)
+    {
+        const std::string text(xml::Trimmed(content));
+        if (!known.number || text.empty())
+            return;
+        std::int64_t number = 0;
+        if (xml::ReadInteger(text, number) != std::errc() || number < known.least || number > known.most)
+            Add(element, name + " is \"" + text.substr(0, 40) + "\"; it takes a whole number from " +
+                             std::to_string(known.least) + " to " + std::to_string(known.most));
+    }
+    void Add(pugi::xml_node element, const std::string& sentence)
+    {
+        m_mistakes.push_back(m_path + ':' + std::to_string(m_lines.Of(element)) + ": " + sentence);
+    }
+
+    const std::string m_path;
+    const xml::Lines m_lines;
+    const std::span<const Known> m_known;
+    std::vector<std::string> m_mistakes;
+};
+
+} // namespace
+
+std::vector<std::string> MistakesIn(const std::string& path, const std::string& text, pugi::xml_node element,
+                                    std::span<const Known> known)
+{
+    Walk walk(path, text, known);
+    if (element)
+        walk.Element(element, "");
+    return std::move(walk).Mistakes();
+}
+
+} // namespace analytics::platform
