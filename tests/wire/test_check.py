@@ -1,0 +1,80 @@
+"""What --check names, and a start too."""
+
+import subprocess
+import unittest
+
+from service import HOST
+from test_access import MUTUAL, TLS, USERS, AccessTest
+
+
+class Check(AccessTest):
+    def check(self):
+        command = [HOST, "--check", "--settings", str(self.host.settings), "--plugins", str(self.host.plugins)]
+        done = subprocess.run(command, capture_output=True, text=True, timeout=60)
+        self.assertEqual(done.stdout, "")
+        return done.returncode, done.stderr
+
+    def test_check(self):
+        self.settings(MUTUAL, USERS + "<roles><operator>ann</operator></roles><audit>journal</audit>")
+        self.assertEqual(self.check(), (0, ""))
+        self.host.settings.write_text(
+            '<settings>\n<server>\n<endpoint name="kestrile-server" certificat="x"/>\n<maxConections>1</maxConections>\n'
+            "<workers>many</workers></server>\n<users>users</users></settings>")
+        code, said = self.check()
+        self.assertEqual(code, 1)
+        for line, text in (3, "the attribute certificat of <endpoint> isn't known"), (4, "<maxConections> isn't known"), \
+                (5, '<workers> is "many"; it takes a whole number from 1'), (6, "<users> isn't known"):
+            self.assertIn(f"{self.host.settings}:{line}: {text}", said)
+        self.host.settings.write_text(
+            '<!DOCTYPE settings SYSTEM "settings.dtd">\n<settings><backlog>65536</backlog><server>\n'
+            '<endpoint name="kestrel-server" port="8443"/></server></settings>')
+        code, said = self.check()
+        self.assertEqual(code, 1)
+        for line, text in (2, '<backlog> is "65536"'), (3, '<endpoint> is named "kestrel-server" and not used'):
+            self.assertIn(f"{self.host.settings}:{line}: {text}", said)
+        self.settings(TLS, USERS)
+        self.users.write_text(f"{self.line}CN=x:{self.line.partition(':')[2]}")
+        (self.tls / "camera.key").write_text("no key")
+        code, said = self.check()
+        self.assertEqual(code, 1)
+        self.assertIn(f'{self.users}:2: the user "CN=x" can\'t log in', said)
+        self.assertIn("camera.key: it can't be read as a private key", said)
+        for endpoint, metrics, text in (
+                ("", '<metrics address="0.0.0.0"/>', "everybody there could read the metrics"),
+                ("", '<metrics address="localhost"/>', '"localhost" isn\'t a numeric IPv4 or IPv6 address'),
+                ('address="camera"', "", '"camera" isn\'t a numeric IPv4 or IPv6 address')):
+            self.settings(endpoint, metrics)
+            code, said = self.check()
+            self.assertEqual(code, 1)
+            self.assertIn(text, said)
+
+    def test_mistakes_in_plugins(self):
+        self.settings()
+        self.host.plugins = self.host.folder / "plugins"
+        for name, manifest in ("one", '<manifest type="rule">\n<id>one</id><prise>3</prise></manifest>'), \
+                ("two", '<manifest typ="rule"><id>two</id></manifest>'):
+            (self.host.plugins / name).mkdir(parents=True)
+            (self.host.plugins / name / "manifest.xml").write_text(manifest)
+        (self.host.plugins / "one/engine.xml").write_text("<a>\n")
+        (self.host.plugins / "one/behavior.xml").write_bytes(b"\xff")
+        code, said = self.check()
+        self.assertEqual(code, 1)
+        for text in ("one/manifest.xml:2: <prise> isn't known here", "one/engine.xml:2: the default configuration can't be "
+                     "used: ", "one/behavior.xml:1: ", "two/manifest.xml:1: the attribute typ of <manifest> isn't known",
+                     'two/manifest.xml:1: the manifest can\'t be used: the type is ""'):
+            self.assertIn(f"{self.host.plugins}/{text}", said)
+        self.host.start()
+        self.host.stop()
+        self.assertEqual(sorted(line for line in self.host.errors if line.startswith(f"{self.host.plugins}/")),
+                         sorted(said.splitlines()))
+
+    def test_unknown_elements_are_named_once_at_the_start(self):
+        self.settings("", "<maxConections>1</maxConections>")
+        self.host.start()
+        self.host.call("GetProfileList")
+        self.host.stop()
+        self.assertEqual(len([line for line in self.host.errors if "<maxConections> isn't known" in line]), 1)
+
+
+if __name__ == "__main__":
+    unittest.main()
