@@ -3,16 +3,23 @@
 import subprocess
 import unittest
 
-from service import HOST
+import service
 from test_access import MUTUAL, TLS, USERS, AccessTest
+
+
+def run(*options):
+    return subprocess.run([service.HOST, *options], stdin=subprocess.DEVNULL, capture_output=True, text=True, timeout=60)
 
 
 class Check(AccessTest):
     def check(self):
-        command = [HOST, "--check", "--settings", str(self.host.settings), "--plugins", str(self.host.plugins)]
-        done = subprocess.run(command, capture_output=True, text=True, timeout=60)
+        done = run("--check", "--settings", self.host.settings, "--plugins", self.host.plugins)
         self.assertEqual(done.stdout, "")
         return done.returncode, done.stderr
+
+    def write(self, server):
+        """The settings; `server` begins in line 2."""
+        self.host.settings.write_text(f"<settings><server>\n{server}</server></settings>")
 
     def test_check(self):
         self.settings(MUTUAL, USERS + "<roles><operator>ann</operator></roles><audit>journal</audit>")
@@ -39,14 +46,25 @@ class Check(AccessTest):
         self.assertEqual(code, 1)
         self.assertIn(f'{self.users}:2: the user "CN=x" can\'t log in', said)
         self.assertIn("camera.key: it can't be read as a private key", said)
-        for endpoint, metrics, text in (
-                ("", '<metrics address="0.0.0.0"/>', "everybody there could read the metrics"),
-                ("", '<metrics address="localhost"/>', '"localhost" isn\'t a numeric IPv4 or IPv6 address'),
-                ('address="camera"', "", '"camera" isn\'t a numeric IPv4 or IPv6 address')):
-            self.settings(endpoint, metrics)
-            code, said = self.check()
-            self.assertEqual(code, 1)
-            self.assertIn(text, said)
+        self.settings("", '<metrics address="0.0.0.0"/>')
+        code, said = self.check()
+        self.assertEqual(code, 1)
+        self.assertIn("everybody there could read the metrics", said)
+
+    def test_addresses_that_are_none(self):
+        self.write('<endpoint name="kestrile-server" address="camera"/>\n<metrics address="localhost"/>')
+        code, said = self.check()
+        self.assertEqual(code, 1)
+        self.assertEqual(said.splitlines(), [
+            f'{self.host.settings}:{line}: the attribute address of <{element}> is "{address}"; it takes a numeric IPv4 or '
+            f"IPv6 address, such as 127.0.0.1"
+            for line, element, address in ((2, "endpoint", "camera"), (3, "metrics", "localhost"))])
+        self.write('<endpoint name="kestrile-server" address="camera"/>')
+        started = run("--library", service.LIBRARY, "--settings", self.host.settings, "--plugins", self.host.plugins,
+                      "--state", self.host.state)
+        self.assertEqual(started.returncode, 1)
+        self.assertIn(f'"camera" isn\'t a numeric IPv4 or IPv6 address; choose one such as 127.0.0.1 with <endpoint> in '
+                      f"{self.host.settings}", started.stderr)
 
     def test_mistakes_in_plugins(self):
         self.settings()

@@ -24,6 +24,7 @@ namespace
 {
 
 using analytics::platform::Known;
+using analytics::platform::Takes;
 
 constexpr char kEndpoint[] = "kestrile-server";
 constexpr int kLongestSession = 604'800; // seconds; TLS 1.3 allows none beyond a week
@@ -41,28 +42,28 @@ std::string File(const std::string& key)
 
 constexpr std::array kKnown = {
     Known{"settings"},
-    Known{"settings/backlog", true, 1, 65535}, // of which the listening socket is told 16 bits
-    Known{"settings/maxResource", true, 0, std::numeric_limits<std::uint32_t>::max()},
+    Known{"settings/backlog", Takes::Number, 1, 65535}, // of which the listening socket is told 16 bits
+    Known{"settings/maxResource", Takes::Number, 0, std::numeric_limits<std::uint32_t>::max()},
     Known{"settings/maxSelectableRules"},
-    Known{"settings/maxSelectableRules/numberOfCount", true},
-    Known{"settings/maxSelectableRules/countOnlyConfigurable", true, 0, 1},
+    Known{"settings/maxSelectableRules/numberOfCount", Takes::Number},
+    Known{"settings/maxSelectableRules/countOnlyConfigurable", Takes::Number, 0, 1},
     Known{"settings/nonUserConfigurableRules"},
     Known{"settings/nonUserConfigurableRules/id"},
     Known{"settings/limits"},
-    Known{"settings/limits/documentElements", true, 1},
-    Known{"settings/limits/profileBytes", true, 1},
+    Known{"settings/limits/documentElements", Takes::Number, 1},
+    Known{"settings/limits/profileBytes", Takes::Number, 1},
     Known{"settings/engine"},
     Known{"settings/server"},
     Known{"settings/server/endpoint"},
     Known{"settings/server/endpoint@name"},
-    Known{"settings/server/endpoint@address"},
-    Known{"settings/server/endpoint@port", true, 0, 65535},
+    Known{"settings/server/endpoint@address", Takes::Address},
+    Known{"settings/server/endpoint@port", Takes::Number, 0, 65535},
     Known{"settings/server/endpoint@certificate"},
     Known{"settings/server/endpoint@privateKey"},
     Known{"settings/server/endpoint@clientCertificates"},
     Known{"settings/server/endpoint@revoked"},
-    Known{"settings/server/endpoint@sessionSeconds", true, 0, kLongestSession},
-    Known{"settings/server/endpoint@insecure", true, 0, 1},
+    Known{"settings/server/endpoint@sessionSeconds", Takes::Number, 0, kLongestSession},
+    Known{"settings/server/endpoint@insecure", Takes::Number, 0, 1},
     Known{"settings/server/users"},
     Known{"settings/server/roles"},
     Known{"settings/server/roles/administrator"},
@@ -70,13 +71,13 @@ constexpr std::array kKnown = {
     Known{"settings/server/roles/viewer"},
     Known{"settings/server/audit"},
     Known{"settings/server/metrics"},
-    Known{"settings/server/metrics@address"},
-    Known{"settings/server/metrics@port", true, 0, 65535},
-    Known{"settings/server/metrics@insecure", true, 0, 1},
-    Known{"settings/server/workers", true, 1},
-    Known{"settings/server/maxConnections", true, 1},
-    Known{"settings/server/maxRequestBytes", true, 1},
-    Known{"settings/server/requestSeconds", true, 1},
+    Known{"settings/server/metrics@address", Takes::Address},
+    Known{"settings/server/metrics@port", Takes::Number, 0, 65535},
+    Known{"settings/server/metrics@insecure", Takes::Number, 0, 1},
+    Known{"settings/server/workers", Takes::Number, 1},
+    Known{"settings/server/maxConnections", Takes::Number, 1},
+    Known{"settings/server/maxRequestBytes", Takes::Number, 1},
+    Known{"settings/server/requestSeconds", Takes::Number, 1},
 };
 
 // Those whose name nothing asks for, where none has the one that counts.

@@ -16,7 +16,6 @@ namespace
 
 using analytics::Settings;
 using analytics::platform::CurrentConfiguration;
-using analytics::platform::Endpoint;
 
 constexpr char kServerName[] = "kestrile-server";
 constexpr int kDefaultPort = 8080;
@@ -24,13 +23,16 @@ constexpr int kDefaultMetricsPort = 9464;
 
 bool IsName(const std::string& address, unsigned short port) { return address == kServerName && port == 0; }
 
-// By the queries for its address and its port, both of which may be missing.
-Endpoint EndpointIn(const std::string& addressKey, const std::string& portKey, int defaultPort)
+// Of `element`, by the queries for its address and its port, both of which may be missing.
+ListenOptions EndpointIn(const std::string& element, const std::string& addressKey,
+                         const std::string& portKey, int defaultPort)
 {
     const std::string address = Settings::GetValue(addressKey);
     const int port = Settings::GetValue(portKey, defaultPort);
     const bool valid = port >= 0 && port <= std::numeric_limits<std::uint16_t>::max();
-    return {address.empty() ? "127.0.0.1" : address, static_cast<std::uint16_t>(valid ? port : defaultPort)};
+    return {.address = address.empty() ? "127.0.0.1" : address,
+            .port = static_cast<std::uint16_t>(valid ? port : defaultPort),
+            .settledBy = '<' + element + "> in " + CurrentConfiguration().settingsFile};
 }
 
 std::size_t Positive(const std::string& key, std::size_t otherwise)
@@ -53,14 +55,14 @@ Limits LimitsFromSettings()
     return limits;
 }
 
-Endpoint ConfiguredEndpoint(const std::string& address, unsigned short port)
+ListenOptions ConfiguredEndpoint(const std::string& address, unsigned short port)
 {
     if (!IsName(address, port))
-        return {address, port};
+        return {.address = address, .port = port};
     if (const auto& listen = CurrentConfiguration().listen)
-        return *listen;
-    const std::string element = std::string("//server/endpoint[@name='") + kServerName + "']";
-    return EndpointIn(element + "/@address", element + "/@port", kDefaultPort);
+        return {.address = listen->address, .port = listen->port};
+    const std::string query = std::string("//server/endpoint[@name='") + kServerName + "']";
+    return EndpointIn("endpoint", query + "/@address", query + "/@port", kDefaultPort);
 }
 
 Access ConfiguredAccess(const std::string& address, unsigned short port)
@@ -82,16 +84,14 @@ std::optional<ListenOptions> ConfiguredMetrics()
 {
     if (Settings::GetValues("//server/metrics").empty())
         return std::nullopt;
-    const Endpoint endpoint =
-        EndpointIn("//server/metrics/@address", "//server/metrics/@port", kDefaultMetricsPort);
-    if (ReachedFromOutside(endpoint.address) && Settings::GetValue("//server/metrics/@insecure") != "1")
+    ListenOptions options =
+        EndpointIn("metrics", "//server/metrics/@address", "//server/metrics/@port", kDefaultMetricsPort);
+    if (ReachedFromOutside(options.address) && Settings::GetValue("//server/metrics/@insecure") != "1")
         throw AccessFault(
-            CurrentConfiguration().settingsFile + ": " + endpoint.address +
+            CurrentConfiguration().settingsFile + ": " + options.address +
             " can be reached from outside, and everybody there could read the metrics; set the address "
             "of metrics to 127.0.0.1, or insecure=\"1\" if its network is guarded");
-    return ListenOptions{.address = endpoint.address,
-                         .port = endpoint.port,
-                         .settledBy = "<metrics> in the settings document"};
+    return options;
 }
 
 } // namespace tarno::osa

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <analytics/Platform.h>
-
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
@@ -40,7 +38,7 @@ Limits LimitsFromSettings();
 // Where a server called `address`:`port` listens. "kestrile-server" with port 0 is a name: the
 // endpoint that the host was told, else the one of that name in the settings, else 127.0.0.1:8080.
 // Anything else stands for itself.
-analytics::platform::Endpoint ConfiguredEndpoint(const std::string& address, unsigned short port);
+ListenOptions ConfiguredEndpoint(const std::string& address, unsigned short port);
 
 // Who may use that server. What the settings say holds for the named endpoint, also where the host was
 // told another address; a server that stands for itself is open. Throws AccessFault if the settings or

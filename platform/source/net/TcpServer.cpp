@@ -22,6 +22,7 @@
 
 namespace tarno::osa
 {
+using analytics::platform::CurrentConfiguration;
 using analytics::platform::Mutex;
 using analytics::platform::MutexLock;
 
@@ -46,18 +47,26 @@ std::shared_ptr<Server> Last()
     return gLast.lock();
 }
 
-// Why one of the addresses in the settings can't be listened on, whatever else runs on this machine.
+// Why an address can't be listened on, whatever else runs on this machine, beyond what is wrong with the
+// settings by themselves.
 std::vector<std::string> MistakesInAddresses()
-try
 {
-    CheckAddress({.address = ConfiguredEndpoint("kestrile-server", 0).address});
-    if (const auto operators = ConfiguredMetrics())
-        CheckAddress(*operators);
-    return {};
-}
-catch (const std::runtime_error& fault)
-{
-    return {fault.what()};
+    std::vector<std::string> mistakes;
+    const auto look = [&mistakes](auto use)
+    {
+        try
+        {
+            use();
+        }
+        catch (const std::runtime_error& fault)
+        {
+            mistakes.emplace_back(fault.what());
+        }
+    };
+    if (CurrentConfiguration().listen)
+        look([] { CheckAddress(ConfiguredEndpoint("kestrile-server", 0)); });
+    look([] { ConfiguredMetrics(); });
+    return mistakes;
 }
 
 } // namespace
@@ -89,9 +98,11 @@ std::string TcpServer::Loop::Start(ITcpSocketAccept* acceptor, unsigned short ba
                               "The server was given nobody to serve its connections");
     if (running != nullptr && running->Listening())
         throw SocketException(SocketException::kInvalid, "The server is listening already; stop it first");
-    const auto endpoint = ConfiguredEndpoint(address, port);
+    ListenOptions options = ConfiguredEndpoint(address, port);
     Access access = ConfiguredAccess(address, port);
-    const char* const scheme = access.tls == nullptr ? "http" : "https";
+    options.backlog = backlog;
+    options.bufferBytes = bufferBytes;
+    options.scheme = access.tls == nullptr ? "http" : "https";
     // A thread that waits for memory, or for others' part of a commit, leaves its turn to others.
     analytics::platform::Event::OnWaiting(LeaderFollowers::Blocked);
     std::unique_ptr<OperatorsServer> forOperators;
@@ -102,7 +113,7 @@ std::string TcpServer::Loop::Start(ITcpSocketAccept* acceptor, unsigned short ba
     }
     analytics::platform::OpenAuditTrail();
     const auto server = std::make_shared<Server>(*acceptor, LimitsFromSettings(), std::move(access));
-    std::string url = server->Start({endpoint.address, endpoint.port, backlog, bufferBytes, scheme});
+    std::string url = server->Start(options);
     running = server;
     operators = std::move(forOperators);
     SetLast(server, "");
@@ -148,7 +159,7 @@ void TcpServer::Start(ITcpSocketAccept* acceptor, unsigned short backlog)
         SetLast(nullptr, failure.what());
         throw SocketException(SocketException::kBindError, failure.what());
     }
-    if (const auto& onListening = analytics::platform::CurrentConfiguration().onListening)
+    if (const auto& onListening = CurrentConfiguration().onListening)
         onListening(url);
 }
 

@@ -3,6 +3,8 @@
 #include "xml/Reader.h"
 #include "xml/Text.h"
 
+#include <arpa/inet.h>
+
 #include <algorithm>
 #include <system_error>
 #include <utility>
@@ -11,6 +13,19 @@ namespace analytics::platform
 {
 namespace
 {
+
+bool IsNumber(const std::string& text, const Known& known)
+{
+    std::int64_t number = 0;
+    return xml::ReadInteger(text, number) == std::errc() && number >= known.least && number <= known.most;
+}
+
+bool IsAddress(const std::string& text)
+{
+    in6_addr any = {};
+    return inet_pton(AF_INET, text.c_str(), &any) == 1 ||
+           inet_pton(AF_INET6, text.substr(0, text.find('%')).c_str(), &any) == 1;
+}
 
 // One walk over a document.
 class Walk
@@ -54,12 +69,14 @@ class Walk
                const std::string& content)
     {
         const std::string text(xml::Trimmed(content));
-        if (!known.number || text.empty())
+        if (text.empty())
             return;
-        std::int64_t number = 0;
-        if (xml::ReadInteger(text, number) != std::errc() || number < known.least || number > known.most)
-            Add(element, name + " is \"" + text.substr(0, 40) + "\"; it takes a whole number from " +
-                             std::to_string(known.least) + " to " + std::to_string(known.most));
+        const std::string found = name + " is \"" + text.substr(0, 40) + "\"; it takes a ";
+        if (known.takes == Takes::Number && !IsNumber(text, known))
+            Add(element, found + "whole number from " + std::to_string(known.least) + " to " +
+                             std::to_string(known.most));
+        if (known.takes == Takes::Address && !IsAddress(text))
+            Add(element, found + "numeric IPv4 or IPv6 address, such as 127.0.0.1");
     }
     void Add(pugi::xml_node element, const std::string& sentence)
     {

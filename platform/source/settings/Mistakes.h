@@ -12,12 +12,19 @@
 namespace analytics::platform
 {
 
+enum class Takes
+{
+    Text,
+    Number,
+    Address // a numeric one
+};
+
 // What a document that an operator writes may hold.
 struct Known
 {
     std::string_view path; // of an element, or of an attribute behind '@'
-    bool number = false;
-    std::int64_t least = 0;
+    Takes takes = Takes::Text;
+    std::int64_t least = 0; // of numbers
     std::int64_t most = std::numeric_limits<std::int32_t>::max();
 };
 
