@@ -10,7 +10,9 @@
 #include <atomic>
 #include <chrono>
 #include <exception>
+#include <filesystem>
 #include <stdexcept>
+#include <system_error>
 
 namespace
 {
@@ -25,7 +27,11 @@ void HandleWake(int /*number*/) {}
 
 void* Load(const std::string& file)
 {
-    void* const library = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
+    // A name without a slash would be looked for in the system's folders alone.
+    std::error_code unknown;
+    const std::string path =
+        std::filesystem::exists(file, unknown) ? std::filesystem::absolute(file).string() : file;
+    void* const library = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (library == nullptr)
         throw std::runtime_error(std::string("the API library can't be loaded: ") + dlerror() +
                                  ". Name another one with --library, or install libvarlo-analytics-api1");

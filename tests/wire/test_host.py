@@ -84,6 +84,16 @@ class BadDays(StartTest):
             self.host.options = ["--library", file]
             self.refused_to_start(text, "Name another one with --library")
 
+    def test_library_in_the_working_folder(self):
+        name = Path(os.environ["PLATFORM"]).name  # which the loader finds elsewhere, too, and is no API library there
+        (self.host.folder / name).symlink_to(service.LIBRARY)
+        self.host.options = ["--library", name]
+        before = os.getcwd()
+        self.addCleanup(os.chdir, before)
+        os.chdir(self.host.folder)
+        self.host.start()
+        self.assertEqual(len(self.host.call("GetProfileList")), 0)
+
     def test_second_process_on_the_same_store(self):
         self.host.start()
         second = Host(folder=self.host.folder)
