@@ -51,6 +51,21 @@ class Check(AccessTest):
         self.assertEqual(code, 1)
         self.assertIn("everybody there could read the metrics", said)
 
+    def test_of_elements_that_come_twice_the_first_counts(self):
+        self.write('<endpoint name="kestrile-server" address="127.0.0.1"/>\n'
+                   '<endpoint name="kestrile-server" address="0.0.0.0" certificate="none.pem"/>\n'
+                   '<endpoint name="other"/><metrics port="0"/>\n<metrics address="0.0.0.0"/></server>\n'
+                   "<nonUserConfigurableRules><id>a</id><id>b</id></nonUserConfigurableRules><server>")
+        code, said = self.check()
+        self.assertEqual(code, 1)
+        self.assertEqual(said.splitlines(), [
+            f"{self.host.settings}:{line}: <{element}> is there already in line {line - 1}, which counts; remove one of them"
+            for line, element in ((3, "endpoint"), (5, "metrics"))])
+        self.host.start()  # without TLS
+        self.assertEqual(self.host.scheme, "http")
+        self.host.stop()
+        self.assertEqual([line for line in self.host.errors if "remove one of them" in line], said.splitlines())
+
     def test_addresses_that_are_none(self):
         self.write('<endpoint name="kestrile-server" address="camera"/>\n<metrics address="localhost"/>')
         code, said = self.check()

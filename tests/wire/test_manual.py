@@ -62,6 +62,7 @@ def settings_in_code():
             text = file.read_text()
             if "analytics/Settings.h" not in text and "Settings::" not in text:
                 continue
+            text = text.replace('"(//', '"//').replace(")[1]", "")  # the first of several
             paths |= set(re.findall(r'"/(?:/|settings/)([A-Za-z][A-Za-z/@]*)"', text))
             for name in re.findall(r"\"//(server/endpoint)\[@name='\"", text):
                 paths |= {name, f"{name}/@name"}

@@ -44,16 +44,16 @@ constexpr std::array kKnown = {
     Known{"settings"},
     Known{"settings/backlog", Takes::Number, 1, 65535}, // of which the listening socket is told 16 bits
     Known{"settings/maxResource", Takes::Number, 0, std::numeric_limits<std::uint32_t>::max()},
-    Known{"settings/maxSelectableRules"},
+    Known{"settings/maxSelectableRules", Takes::Several},
     Known{"settings/maxSelectableRules/numberOfCount", Takes::Number},
     Known{"settings/maxSelectableRules/countOnlyConfigurable", Takes::Number, 0, 1},
-    Known{"settings/nonUserConfigurableRules"},
-    Known{"settings/nonUserConfigurableRules/id"},
-    Known{"settings/limits"},
+    Known{"settings/nonUserConfigurableRules", Takes::Several},
+    Known{"settings/nonUserConfigurableRules/id", Takes::Several},
+    Known{"settings/limits", Takes::Several},
     Known{"settings/limits/documentElements", Takes::Number, 1},
     Known{"settings/limits/profileBytes", Takes::Number, 1},
     Known{"settings/engine"},
-    Known{"settings/server"},
+    Known{"settings/server", Takes::Several},
     Known{"settings/server/endpoint"},
     Known{"settings/server/endpoint@name"},
     Known{"settings/server/endpoint@address", Takes::Address},
@@ -65,10 +65,10 @@ constexpr std::array kKnown = {
     Known{"settings/server/endpoint@sessionSeconds", Takes::Number, 0, kLongestSession},
     Known{"settings/server/endpoint@insecure", Takes::Number, 0, 1},
     Known{"settings/server/users"},
-    Known{"settings/server/roles"},
-    Known{"settings/server/roles/administrator"},
-    Known{"settings/server/roles/operator"},
-    Known{"settings/server/roles/viewer"},
+    Known{"settings/server/roles", Takes::Several},
+    Known{"settings/server/roles/administrator", Takes::Several},
+    Known{"settings/server/roles/operator", Takes::Several},
+    Known{"settings/server/roles/viewer", Takes::Several},
     Known{"settings/server/audit"},
     Known{"settings/server/metrics"},
     Known{"settings/server/metrics@address", Takes::Address},
@@ -122,9 +122,11 @@ bool ReachedFromOutside(const std::string& address)
     return !IN6_IS_ADDR_LOOPBACK(&six) && !mapped;
 }
 
+std::string EndpointQuery(const std::string& name) { return "(//server/endpoint[@name='" + name + "'])[1]"; }
+
 AccessSettings AccessInSettings(const std::string& endpoint)
 {
-    const std::string element = "//server/endpoint[@name='" + endpoint + "']";
+    const std::string element = EndpointQuery(endpoint);
     AccessSettings access;
     access.certificate = File(element + "/@certificate");
     access.privateKey = File(element + "/@privateKey");

@@ -34,6 +34,9 @@ struct AccessSettings
     bool insecure = false;     // everybody may use the endpoint
 };
 
+// The query for the endpoint with this name in the settings document, the first if there are several.
+std::string EndpointQuery(const std::string& name);
+
 // Those of the endpoint with this name in the settings document. A relative file name counts from the
 // document's folder. Throws AnalyticsFault if the settings can't be read.
 AccessSettings AccessInSettings(const std::string& endpoint);

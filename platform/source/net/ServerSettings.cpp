@@ -61,7 +61,7 @@ ListenOptions ConfiguredEndpoint(const std::string& address, unsigned short port
         return {.address = address, .port = port};
     if (const auto& listen = CurrentConfiguration().listen)
         return {.address = listen->address, .port = listen->port};
-    const std::string query = std::string("//server/endpoint[@name='") + kServerName + "']";
+    const std::string query = EndpointQuery(kServerName);
     return EndpointIn("endpoint", query + "/@address", query + "/@port", kDefaultPort);
 }
 
@@ -84,9 +84,9 @@ std::optional<ListenOptions> ConfiguredMetrics()
 {
     if (Settings::GetValues("//server/metrics").empty())
         return std::nullopt;
-    ListenOptions options =
-        EndpointIn("metrics", "//server/metrics/@address", "//server/metrics/@port", kDefaultMetricsPort);
-    if (ReachedFromOutside(options.address) && Settings::GetValue("//server/metrics/@insecure") != "1")
+    ListenOptions options = EndpointIn("metrics", "(//server/metrics)[1]/@address",
+                                       "(//server/metrics)[1]/@port", kDefaultMetricsPort);
+    if (ReachedFromOutside(options.address) && Settings::GetValue("(//server/metrics)[1]/@insecure") != "1")
         throw AccessFault(
             CurrentConfiguration().settingsFile + ": " + options.address +
             " can be reached from outside, and everybody there could read the metrics; set the address "

@@ -55,8 +55,8 @@ constexpr std::array kKnown = {
     Known{"manifest/resourceRequirement"}, // numbers are judged as they are read
     Known{"manifest/fixedCameraPosition"},
     Known{"manifest/supportsAdvancedMode"},
-    Known{"manifest/dependencies"},
-    Known{"manifest/dependencies/id"},
+    Known{"manifest/dependencies", Takes::Several},
+    Known{"manifest/dependencies/id", Takes::Several},
 };
 
 void AddUnknownNames(const std::string& path, const std::string& text, PluginProblems& problems)

@@ -6,6 +6,7 @@
 #include <arpa/inet.h>
 
 #include <algorithm>
+#include <map>
 #include <system_error>
 #include <utility>
 
@@ -43,6 +44,12 @@ class Walk
         const std::string shown = std::string("<") + element.name() + '>';
         if (known == nullptr)
             return Add(element, shown + " isn't known here; correct its name or remove it");
+        const int line = m_lines.Of(element);
+        const auto [first, isFirst] =
+            m_first.try_emplace(path + ' ' + element.attribute("name").value(), line);
+        if (!isFirst && known->takes != Takes::Several)
+            Add(element, shown + " is there already in line " + std::to_string(first->second) +
+                             ", which counts; remove one of them");
         Value(element, *known, shown, xml::Content(element));
         for (const pugi::xml_attribute attribute : element.attributes())
         {
@@ -86,6 +93,7 @@ class Walk
     const std::string m_path;
     const xml::Lines m_lines;
     const std::span<const Known> m_known;
+    std::map<std::string, int> m_first; // line of an element, by its path and its attribute "name"
     std::vector<std::string> m_mistakes;
 };
 

@@ -15,6 +15,7 @@ namespace analytics::platform
 enum class Takes
 {
     Text,
+    Several, // may come more than once: one of a list, or what only holds other elements
     Number,
     Address // a numeric one
 };
