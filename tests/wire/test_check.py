@@ -66,6 +66,19 @@ class Check(AccessTest):
         self.host.stop()
         self.assertEqual([line for line in self.host.errors if "remove one of them" in line], said.splitlines())
 
+    def test_a_number_that_is_none_is_named_once(self):
+        def named(said):
+            return sorted(line.partition(": ")[2] for line in said if "whole number" in line)
+
+        wrong = [f'<{name}> is "{text}"; it takes a whole number from {least} to {most}, and the default is used'
+                 for name, text, least, most in (("maxResource", "much", 0, 2 ** 32 - 1), ("workers", "many", 1, 2 ** 31 - 1))]
+        self.write("<workers>many</workers></server><maxResource>much</maxResource><server>")
+        self.assertEqual(named(self.check()[1].splitlines()), wrong)
+        self.host.start()
+        self.host.call("GetBehaviorAvailability", profileId=-1)
+        self.host.stop()
+        self.assertEqual(named(self.host.errors), wrong)
+
     def test_addresses_that_are_none(self):
         self.write('<endpoint name="kestrile-server" address="camera"/>\n<metrics address="localhost"/>')
         code, said = self.check()

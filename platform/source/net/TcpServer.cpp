@@ -216,6 +216,7 @@ void ReadPlugins()
 
 bool CheckConfiguration(bool all)
 {
+    SettingsMistakesAreNamed();
     const std::vector<std::string> mistakes = MistakesInFiles(all);
     for (const std::string& mistake : mistakes)
         Say(mistake);

@@ -15,12 +15,6 @@ namespace analytics::platform
 namespace
 {
 
-bool IsNumber(const std::string& text, const Known& known)
-{
-    std::int64_t number = 0;
-    return xml::ReadInteger(text, number) == std::errc() && number >= known.least && number <= known.most;
-}
-
 bool IsAddress(const std::string& text)
 {
     in6_addr any = {};
@@ -79,9 +73,11 @@ class Walk
         if (text.empty())
             return;
         const std::string found = name + " is \"" + text.substr(0, 40) + "\"; it takes a ";
-        if (known.takes == Takes::Number && !IsNumber(text, known))
+        std::int64_t number = 0;
+        const bool isNumber = xml::ReadInteger(text, number) == std::errc();
+        if (known.takes == Takes::Number && (!isNumber || number < known.least || number > known.most))
             Add(element, found + "whole number from " + std::to_string(known.least) + " to " +
-                             std::to_string(known.most));
+                             std::to_string(known.most) + (isNumber ? "" : ", and the default is used"));
         if (known.takes == Takes::Address && !IsAddress(text))
             Add(element, found + "numeric IPv4 or IPv6 address, such as 127.0.0.1");
     }

@@ -38,7 +38,12 @@ class SettingsDocument
     bool FirstComplaint(const std::string& query)
     {
         const MutexLock hold(m_lock);
-        return !std::exchange(Find(query).complained, true);
+        return !m_named && !std::exchange(Find(query).complained, true);
+    }
+    void MistakesAreNamed()
+    {
+        const MutexLock hold(m_lock);
+        m_named = true;
     }
 
   private:
@@ -59,6 +64,7 @@ class SettingsDocument
     Mutex m_lock;
     const std::unique_ptr<XmlFile> m_xml ANALYTICS_GUARDED_BY(m_lock);
     std::unordered_map<std::string, Answer> m_answers ANALYTICS_GUARDED_BY(m_lock);
+    bool m_named ANALYTICS_GUARDED_BY(m_lock) = false;
 };
 
 // The settings file and the last good document that was read from it. Any thread.
@@ -140,6 +146,11 @@ void Configure(const Configuration& configuration)
 std::string FileBesideSettings(const std::string& file)
 {
     return std::filesystem::path(CurrentConfiguration().settingsFile).parent_path() / file;
+}
+
+void SettingsMistakesAreNamed()
+{
+    Files().At(CurrentConfiguration().settingsFile)->Current()->MistakesAreNamed();
 }
 
 void RefreshSettings() { Files().At(CurrentConfiguration().settingsFile)->Current(); }
