@@ -114,6 +114,18 @@ class Check(AccessTest):
         self.assertEqual(sorted(line for line in self.host.errors if line.startswith(f"{self.host.plugins}/")),
                          sorted(said.splitlines()))
 
+    def test_a_plugin_folder_that_is_none(self):
+        self.host.plugins = self.host.folder / "plugins"
+        self.write("<prise/>")
+        unknown = f"{self.host.settings}:2: <prise> isn't known here; correct its name or remove it\n"
+        self.host.plugins.symlink_to("plugins")
+        self.assertEqual(self.check(), (1, unknown + f"The plug-in folder {self.host.plugins} can't be read: Too many levels "
+                                        "of symbolic links; make it readable for the service, or name another one with "
+                                        "--plugins\n"))
+        self.host.plugins.unlink()
+        self.host.plugins.write_text("")
+        self.assertEqual(self.check(), (1, unknown + f"{self.host.plugins}: it isn't a folder, and so there are no plug-ins.\n"))
+
     def test_unknown_elements_are_named_once_at_the_start(self):
         self.settings("", "<maxConections>1</maxConections>")
         self.host.start()

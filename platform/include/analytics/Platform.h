@@ -69,8 +69,7 @@ std::string StoreHealth();
 
 // Names on standard error what isn't known in the settings document, and each mistake in it, with file and
 // line, and those in the plug-ins; with `all` also the mistakes in the files that it names. Returns whether
-// there was none, but for those in the plug-ins without `all`. After Configure(). With `all`, throws
-// AnalyticsFault if the plug-in folder can't be read.
+// there was none, but for those in the plug-ins without `all`. After Configure().
 bool CheckConfiguration(bool all);
 
 // Reads settings, users, certificates and plug-ins again now, and opens the audit trail anew. What can't be

@@ -193,8 +193,15 @@ std::vector<std::string> MistakesInFiles(bool all)
     const auto endpoint = tarno::osa::ConfiguredEndpoint("kestrile-server", 0);
     for (auto& found : {tarno::osa::MistakesInAccess(endpoint.address), tarno::osa::MistakesInAddresses()})
         mistakes.insert(mistakes.end(), found.begin(), found.end());
-    for (std::string& problem : PluginFolder(CurrentConfiguration().pluginFolder).Problems())
-        mistakes.push_back(std::move(problem));
+    try
+    {
+        for (std::string& problem : PluginFolder(CurrentConfiguration().pluginFolder).Problems())
+            mistakes.push_back(std::move(problem));
+    }
+    catch (const AnalyticsFault& fault)
+    {
+        mistakes.emplace_back(fault.what());
+    }
     return mistakes;
 }
 

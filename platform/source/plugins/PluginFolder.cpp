@@ -173,10 +173,13 @@ std::vector<std::string> PluginFolder::Homes(ProblemMap& problems) const
         if (entry->is_symlink(unknown) || entry->is_directory(unknown))
             homes.push_back(m_path + '/' + entry->path().filename().string());
     }
-    if (error == std::errc::no_such_file_or_directory || error == std::errc::not_a_directory)
+    if (error == std::errc::no_such_file_or_directory)
         problems[m_path] = {{m_path + ": there is no such folder, and so there are no plug-ins."}};
+    else if (error == std::errc::not_a_directory)
+        problems[m_path] = {{m_path + ": it isn't a folder, and so there are no plug-ins."}};
     else if (error)
-        throw AnalyticsFault("The plug-in folder " + m_path + " can't be read: " + error.message());
+        throw AnalyticsFault("The plug-in folder " + m_path + " can't be read: " + error.message() +
+                             "; make it readable for the service, or name another one with --plugins");
     std::ranges::sort(homes);
     return homes;
 }
