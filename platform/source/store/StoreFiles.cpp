@@ -97,11 +97,16 @@ bool MeansDamage(int code)
            code == SQLITE_IOERR_SHORT_READ;
 }
 
-// AnalyticsFault unless this process may read the file; with `missing` if there is none.
+// AnalyticsFault unless it is a file that this process may read; with `missing` if there is none.
 void RequireReadable(const std::string& file, const std::string& missing)
 {
     if (access(file.c_str(), R_OK) == 0)
+    {
+        if (!std::filesystem::is_regular_file(file))
+            throw AnalyticsFault("The file " + file +
+                                 " can't be read: it isn't a regular file; check its path");
         return;
+    }
     const int error = errno;
     if (error == ENOENT || error == ENOTDIR)
         throw AnalyticsFault(missing);

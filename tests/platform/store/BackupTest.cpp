@@ -258,6 +258,8 @@ TEST_F(BackupTest, PutsNothingBackThatIsNoStore)
                 HasSubstr("is damaged or isn't a profile store"));
     EXPECT_EQ(AnalyticsFaultOf([this] { RestoreStore(m_state, Path("none")); }),
               "There is no file " + Path("none") + "; name a copy that --backup has made");
+    EXPECT_EQ(AnalyticsFaultOf([this] { RestoreStore(m_state, m_state); }),
+              "The file " + m_state + " can't be read: it isn't a regular file; check its path");
     EXPECT_EQ(Files(), before);
 }
 
