@@ -34,40 +34,6 @@ int Checked(int descriptor)
     return descriptor;
 }
 
-// SIGINT and SIGTERM come to a descriptor while it lives, for this thread and those that it starts.
-class Signals
-{
-  public:
-    Signals()
-    {
-        sigset_t signals;
-        sigemptyset(&signals);
-        sigaddset(&signals, SIGINT);
-        sigaddset(&signals, SIGTERM);
-        pthread_sigmask(SIG_BLOCK, &signals, &m_before);
-        m_descriptor = Checked(signalfd(-1, &signals, SFD_CLOEXEC));
-    }
-    ~Signals()
-    {
-        close(m_descriptor);
-        pthread_sigmask(SIG_SETMASK, &m_before, nullptr);
-    }
-    Signals(const Signals&) = delete;
-    Signals& operator=(const Signals&) = delete;
-
-    int Descriptor() const { return m_descriptor; }
-    void Take() const
-    {
-        signalfd_siginfo unused;
-        while (read(m_descriptor, &unused, sizeof unused) < 0 && errno == EINTR)
-            ;
-    }
-
-  private:
-    sigset_t m_before = {};
-    int m_descriptor = -1;
-};
-
 int MillisecondsUntil(const std::optional<Clock::time_point>& end)
 {
     if (!end)
@@ -77,6 +43,28 @@ int MillisecondsUntil(const std::optional<Clock::time_point>& end)
 }
 
 } // namespace
+
+Signals::Signals()
+{
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGINT);
+    sigaddset(&signals, SIGTERM);
+    m_descriptor = Checked(signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK));
+    pthread_sigmask(SIG_BLOCK, &signals, &m_before);
+}
+
+Signals::~Signals()
+{
+    close(m_descriptor);
+    pthread_sigmask(SIG_SETMASK, &m_before, nullptr);
+}
+
+bool Signals::Take() const
+{
+    signalfd_siginfo unused;
+    return read(m_descriptor, &unused, sizeof unused) > 0;
+}
 
 // Lives as long as the last thread.
 struct Fleet::Shared
@@ -110,6 +98,13 @@ struct Fleet::Shared
             eventfd_write(ended, 1);
     }
 
+    // Returns whether it was interrupted before.
+    bool Interrupt()
+    {
+        stopped = true;
+        return interrupted.exchange(true);
+    }
+
     // Returns whether all threads have ended.
     bool Wait(const Signals& signals)
     {
@@ -125,8 +120,7 @@ struct Fleet::Shared
                 return eventfd_read(ended, &unused) == 0;
             if (ready > 0)
                 signals.Take();
-            const bool again = interrupted.exchange(true);
-            stopped = true;
+            const bool again = Interrupt();
             if (ready == 0 || again)
                 break;
             end = Clock::now() + kGrace;
@@ -141,12 +135,12 @@ Fleet::Fleet(std::size_t jobs) : m_jobs(jobs), m_shared(std::make_shared<Shared>
 
 Fleet::~Fleet() = default;
 
-bool Fleet::Run(std::size_t first, std::size_t last, const Work& work, const Work& done)
+bool Fleet::Run(const Signals& signals, std::size_t first, std::size_t last, const Work& work,
+                const Work& done)
 {
     const std::size_t count = last > first && !Stopped() ? std::min(last - first, m_jobs) : 0;
     if (count == 0)
         return true;
-    const Signals signals;
     m_shared->next = first;
     m_shared->threads = count;
     std::vector<std::thread> threads;
@@ -158,6 +152,9 @@ bool Fleet::Run(std::size_t first, std::size_t last, const Work& work, const Wor
             thread.join();
         else
             thread.detach();
+    // One that came as the last work ended.
+    if (signals.Take())
+        m_shared->Interrupt();
     return ended;
 }
 

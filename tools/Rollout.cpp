@@ -55,13 +55,14 @@ bool Rollout::Run(const Work& work, const Work& left, const Report& report)
         Count(result);
         report(result);
     };
+    const Signals signals;
     bool ended = true;
     std::size_t first = 0;
     for (const std::size_t end : Ends())
     {
         const std::size_t failed = m_failed;
         ended = m_fleet.Run(
-            first, end, [work, results](std::size_t host) { (*results)[host] = work(host); }, done);
+            signals, first, end, [work, results](std::size_t host) { (*results)[host] = work(host); }, done);
         if (m_fleet.Interrupted())
             End("It was interrupted.");
         else

@@ -43,7 +43,8 @@ class Rollout
     Rollout(std::size_t hosts, const RolloutOptions& options);
 
     // Reports each host once, one at a time: its result, or at the end that of `left` for one that wasn't
-    // begun or was abandoned. Returns false if work was abandoned, as Fleet::Run() does.
+    // begun or was abandoned. No signal keeps it from that. Returns false if work was abandoned, as
+    // Fleet::Run() does.
     bool Run(const Work& work, const Work& left, const Report& report);
 
     // No other host is begun; the first reason stays.
