@@ -5,6 +5,9 @@
 #include "Text.h"
 
 #include <boost/property_tree/ini_parser.hpp>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -88,12 +91,23 @@ Camera Section(const std::string& name, const boost::property_tree::ptree& value
     return camera;
 }
 
-void Replace(const std::string& file, const std::string& text)
+// Others that lock the same folder wait while it lives. The folder is locked, since its files are replaced.
+// Nobody waits where there is no folder, or a file system without locks.
+class FolderLock
 {
-    std::error_code error;
-    std::filesystem::create_directories(FolderOf(file), error);
-    WriteFile(file, text);
-}
+  public:
+    explicit FolderLock(const std::string& folder)
+        : m_folder(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC))
+    {
+        flock(m_folder, LOCK_EX);
+    }
+    ~FolderLock() { close(m_folder); }
+    FolderLock(const FolderLock&) = delete;
+    FolderLock& operator=(const FolderLock&) = delete;
+
+  private:
+    int m_folder;
+};
 
 const Camera* Find(const std::vector<Camera>& cameras, const std::string& name)
 {
@@ -157,22 +171,27 @@ void AddCamera(const Camera& camera)
         throw Failure(Exit::Usage,
                       "'" + camera.name +
                           "' can't be the name of a camera: leave out white space and any of []=;#");
+    const std::string file = CamerasFile();
+    std::error_code error;
+    std::filesystem::create_directories(FolderOf(file), error);
+    const FolderLock lock(FolderOf(file));
     const std::vector<Camera> known = ReadCameras();
     if (Find(known, camera.name) != nullptr)
         throw Failure(Exit::Usage, "There is a camera '" + camera.name +
                                        "' already. Take it out first, with 'varlo-analytics camera remove'");
-    const std::string file = CamerasFile();
     std::string text = TextOfFile(file);
     text += (text.empty() ? "[" : "\n[") + camera.name + "]\n";
     for (const auto& [key, value] : Said(camera))
         text += key + " = " + value + "\n";
-    Replace(file, text);
+    WriteFile(file, text);
 }
 
 void RemoveCamera(const std::string& name)
 {
+    const std::string file = CamerasFile();
+    const FolderLock lock(FolderOf(file));
     NamedCamera(name);
-    std::istringstream lines(TextOfFile(CamerasFile()));
+    std::istringstream lines(TextOfFile(file));
     std::string kept;
     bool inside = false;
     for (std::string line; std::getline(lines, line);)
@@ -183,7 +202,7 @@ void RemoveCamera(const std::string& name)
         if (!inside)
             kept += line + '\n';
     }
-    Replace(CamerasFile(), kept);
+    WriteFile(file, kept);
 }
 
 Camera ParseHost(const std::string& line, const std::string& folder, const std::string& place)

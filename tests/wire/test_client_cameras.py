@@ -1,6 +1,7 @@
 """The command-line client: cameras by name, frames, and who somebody is to the service."""
 
 import json
+import os
 import re
 import socket
 import subprocess
@@ -44,6 +45,19 @@ class Cameras(ClientTest):
             file.write_text(f"{section}\nurl = http://192.0.2.1/\n[yard]\nurl = http://192.0.2.2/\n", encoding="utf-8")
             self.camera("camera", "remove", "gate")
             self.assertEqual([one["name"] for one in self.camera("camera", "list", "--json").json], ["yard"])
+
+    def test_those_that_are_added_and_removed_at_once(self):
+        """A file that takes some time to be read."""
+        file = self.host.folder / "varlo-analytics/cameras.ini"
+        file.parent.mkdir()
+        names = [f"old-{number}" for number in range(500)]
+        file.write_text("".join(f"[{name}]\nurl = http://192.0.2.1/\n" for name in names), encoding="utf-8")
+        runs = [subprocess.Popen([CLIENT, "camera", *words], stdout=subprocess.DEVNULL, env={**os.environ, **self.variables})
+                for number in range(8)
+                for words in (("add", f"new-{number}", "--url", "192.0.2.2"), ("remove", names[number]))]
+        self.assertEqual([process.wait(timeout=120) for process in runs], [0] * len(runs))
+        self.assertEqual(sorted(one["name"] for one in self.camera("camera", "list", "--json").json),
+                         sorted([*names[8:], *(f"new-{number}" for number in range(8))]))
 
     def test_a_file_that_can_not_be_looked_at(self):
         """Neither is missing: a link to itself is in the way."""
