@@ -153,6 +153,9 @@ void AddZoneCommands(CLI::App& app, Session& session)
 {
     CLI::App* const group = app.add_subcommand("zone", "List, add, move and remove the zones of a behavior");
     group->require_subcommand(1);
+    group->footer("Adding, moving and removing a zone reads the behavior, changes it and stores it whole: of "
+                  "two that do so "
+                  "at the same time, one change is lost.");
     const auto arguments = [] { return std::make_shared<ZoneArguments>(); };
     AddOne(*group, session, "list", "List the zones of a behavior",
            "  varlo-analytics zone list \"Car park\" loitering", ShowZones, arguments());
