@@ -41,9 +41,13 @@ using SharedJob = std::shared_ptr<Job>;
 
 void LoadPlan(Session& session, const PlanArguments& arguments, Job& job)
 {
-    if (!arguments.hosts.empty() || arguments.options.prune || arguments.options.run)
-        throw Failure(Exit::Usage, arguments.source + " is a saved plan, which holds its hosts, --prune and "
-                                                      "--run. Leave these options out, or name a folder");
+    if (!arguments.hosts.empty() || !session.access.url.empty() || !session.camera.empty() ||
+        !session.frameText.empty() || arguments.options.prune || arguments.options.run)
+        throw Failure(Exit::Usage,
+                      arguments.source +
+                          " is a saved plan, which holds its hosts, their frames, --prune and --run. "
+                          "Leave out --hosts, --url, --camera, --frame, --prune and --run, or name "
+                          "a folder");
     job.saved = ReadPlan(arguments.source, {session.Ready(), session.Frame(), {}});
     job.goal = job.saved->goal;
     job.targets = job.saved->targets;
@@ -53,7 +57,10 @@ void LoadFolder(Session& session, const PlanArguments& arguments, Job& job)
 {
     std::vector<Camera> cameras;
     if (!arguments.hosts.empty())
+    {
+        session.RefuseCamera();
         cameras = ReadHosts(arguments.hosts);
+    }
     job.goal.wanted = ReadFolder(arguments.source);
     job.goal.options = arguments.options;
     CheckAll(job.goal.wanted, session.Checks());
@@ -210,7 +217,9 @@ CLI::App* Add(CLI::App& app, Session& session, const std::string& name, const st
 {
     CLI::App* const command = AddCommand(app, session, name, description, examples,
                                          [&session, action, arguments] { action(session, *arguments); });
-    command->add_option("--hosts", arguments->hosts, "File with a host in each line, instead of --url")
+    command
+        ->add_option("--hosts", arguments->hosts,
+                     "File with a host in each line, instead of --url or --camera")
         ->type_name("FILE");
     command->add_flag("--prune", arguments->options.prune,
                       "Delete the behaviors that the folder doesn't have");

@@ -62,6 +62,14 @@ void Session::TakeCamera()
         m_frame = ParseFrame(frame, "VARLO_ANALYTICS_FRAME");
 }
 
+void Session::RefuseCamera() const
+{
+    for (const auto& [option, value] : {std::pair("--url", &access.url), {"--camera", &camera}})
+        if (!value->empty())
+            throw Failure(Exit::Usage,
+                          "--hosts and " + std::string(option) + " both name cameras. Leave one of them out");
+}
+
 Frame Session::Frame()
 {
     TakeCamera();

@@ -45,6 +45,8 @@ struct Session
     Checking Checks() { return {Frame(), strict, force, json}; }
     // Takes what the command line leaves out from the named camera and the environment. Throws Failure.
     void TakeCamera();
+    // Throws Failure (usage) if the command line names a camera, beside a file of hosts.
+    void RefuseCamera() const;
     // The access, with the whole URL and the password.
     const Access& Ready();
 

@@ -253,6 +253,10 @@ LINES = [
     ("availability --with ''", 2, "--with: The value is empty", "leave it out"),
     ("console --picture ''", 2, "--picture: The value is empty", "leave it out"),
     ("console --hosts x --url http://x/", 2, "--hosts and --url both name cameras", "Leave one of them out"),
+    ("console --hosts x --camera gate", 2, "--hosts and --camera both name cameras", "Leave one of them out"),
+    ("plan {0}/less --hosts x --url http://x/", 2, "--hosts and --url both name cameras", "Leave one of them out"),
+    ("apply {0}/less --hosts x --camera gate", 2, "--hosts and --camera both name cameras", "Leave one of them out"),
+    ("profile list --hosts x", 2, "not expected: x --hosts", "--help"),
     ("console --port 99999", 2, "--port: Value 99999 not in range 1 to 65535", "--help"),
 ]
 

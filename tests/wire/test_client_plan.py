@@ -219,8 +219,10 @@ class SavedPlans(FleetTest):
             self.file.write_text(text, encoding="utf-8")
             self.assertEqual(run("apply", self.file).code, 4, text[:60])
         self.file.write_text(whole, encoding="utf-8")
-        for words in (("--hosts", self.hosts), ("--prune",), ("--run",)):
-            self.assertEqual(run("apply", self.file, *words).code, 2)
+        for words in (("--hosts", self.hosts), ("--url", self.host.url), ("--camera", "gate"), ("--frame", "320x240"), ("--prune",), ("--run",)):
+            ran = run("apply", self.file, *words)
+            self.assertEqual((ran.code, ran.out), (2, ""))
+            self.assertIn("is a saved plan", ran.err)
 
     def test_a_host_that_was_not_reached_is_not_written(self):
         self.other.stop()

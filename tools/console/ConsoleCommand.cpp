@@ -18,7 +18,6 @@ namespace
 
 struct ConsoleArguments
 {
-    const CLI::Option* url = nullptr;
     std::string hosts;
     std::string picture;
     unsigned short port = 0;
@@ -52,8 +51,8 @@ std::vector<ConsoleCamera> Cameras(Session& session, const ConsoleArguments& arg
 
 void Serve(Session& session, const ConsoleArguments& arguments)
 {
-    if (!arguments.hosts.empty() && arguments.url->count() > 0)
-        throw Failure(Exit::Usage, "--hosts and --url both name cameras. Leave one of them out");
+    if (!arguments.hosts.empty())
+        session.RefuseCamera();
     const std::vector<ConsoleCamera> cameras = Cameras(session, arguments);
     std::optional<Picture> picture;
     if (!arguments.picture.empty())
@@ -76,7 +75,6 @@ void Serve(Session& session, const ConsoleArguments& arguments)
 void AddConsoleCommand(CLI::App& app, Session& session)
 {
     auto arguments = std::make_shared<ConsoleArguments>();
-    arguments->url = app.get_option("--url");
     CLI::App* const command =
         AddCommand(app, session, "console", "Draw zones on the camera's picture, on a page in the browser",
                    "  varlo-analytics console --picture car-park.png --open\n"
