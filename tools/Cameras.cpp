@@ -171,6 +171,11 @@ void AddCamera(const Camera& camera)
         throw Failure(Exit::Usage,
                       "'" + camera.name +
                           "' can't be the name of a camera: leave out white space and any of []=;#");
+    for (const auto& [key, value] : Said(camera))
+        if (value != Trimmed(value) || value.find_first_of("\n\v\f") != std::string::npos)
+            throw Failure(Exit::Usage,
+                          "The " + key + " '" + value +
+                              "' can't be kept: leave out line breaks, and white space around it");
     const std::string file = CamerasFile();
     std::error_code error;
     std::filesystem::create_directories(FolderOf(file), error);

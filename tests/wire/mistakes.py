@@ -232,6 +232,8 @@ LINES = [
     ("profile list --camera gate", 2, "no camera 'gate'", "'varlo-analytics camera list' shows"),
     ("camera remove gate", 2, "no camera 'gate'", "camera list"),
     ("camera add 'a b' --url x", 2, "can't be the name of a camera", "leave out white space"),
+    ("camera add a --url x --user 'ann\n[b]'", 2, "The user 'ann\n[b]' can't be kept", "leave out line breaks"),
+    ("camera add a --url x --password-file 'ann '", 2, "can't be kept", "white space around it"),
     ("profile list --frame 640", 2, "'640' isn't a frame", "as in 320x240"),
     ("profile list --frame 0x1", 2, "'0x1' isn't a frame", "as in 320x240"),
     ("profile list --key k", 2, "--key requires --cert", "--help"),
