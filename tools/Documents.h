@@ -23,6 +23,27 @@ struct Source
 std::ifstream OpenFile(const std::string& file, std::string& why);
 // The whole of a file without a byte order mark; "-" is standard input. Throws Failure.
 Source ReadSource(const std::string& file);
+// A file that takes the place of another one as a whole. A pipe or a device is written as it is. Links are
+// followed.
+class NewFile
+{
+  public:
+    explicit NewFile(const std::string& file);
+    // Removes what is unfinished.
+    ~NewFile();
+    NewFile(const NewFile&) = delete;
+    NewFile& operator=(const NewFile&) = delete;
+
+    std::ofstream& Stream() { return m_stream; }
+    // Puts the file into its place. Returns false, with the reason in errno, if it can't be written.
+    bool Finish();
+
+  private:
+    std::string m_file;
+    std::string m_draft;
+    std::ofstream m_stream;
+};
+
 // Replaces the file as a whole, or leaves it alone. Throws Failure.
 void WriteFile(const std::string& file, const std::string& text);
 

@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
 #include <filesystem>
 #include <utility>
@@ -125,27 +124,24 @@ bool ReadLine(const Json& line, SavedPlan& plan)
 } // namespace
 
 PlanWriter::PlanWriter(const std::string& file, const Goal& goal, const std::vector<Target>& targets)
-    : m_file(file), m_stream(file + ".part", std::ios::binary | std::ios::trunc)
+    : m_name(file), m_file(file)
 {
-    m_stream << JsonLine(Written(goal, targets)) << '\n' << std::flush;
-    if (!m_stream)
+    m_file.Stream() << JsonLine(Written(goal, targets)) << '\n' << std::flush;
+    if (!m_file.Stream())
         RefuseToWrite(file);
 }
 
-PlanWriter::~PlanWriter() { std::remove((m_file + ".part").c_str()); }
-
 void PlanWriter::Add(const HostResult& result)
 {
-    m_stream << JsonLine(result);
+    m_file.Stream() << JsonLine(result);
     ++m_hosts;
 }
 
 void PlanWriter::Finish()
 {
-    m_stream << JsonLine(Json{{"end", m_hosts}}) << '\n' << std::flush;
-    m_stream.close();
-    if (!m_stream || std::rename((m_file + ".part").c_str(), m_file.c_str()) != 0)
-        RefuseToWrite(m_file);
+    m_file.Stream() << JsonLine(Json{{"end", m_hosts}}) << '\n' << std::flush;
+    if (!m_file.Finish())
+        RefuseToWrite(m_name);
 }
 
 bool SavedPlan::Permits(HostResult& plan) const

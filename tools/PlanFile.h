@@ -1,8 +1,8 @@
 #pragma once
 
+#include "Documents.h"
 #include "HostWork.h"
 
-#include <fstream>
 #include <map>
 #include <string>
 #include <vector>
@@ -17,18 +17,14 @@ class PlanWriter
   public:
     // Throws Failure if the file can't be written.
     PlanWriter(const std::string& file, const Goal& goal, const std::vector<Target>& targets);
-    // Removes what is unfinished.
-    ~PlanWriter();
-    PlanWriter(const PlanWriter&) = delete;
-    PlanWriter& operator=(const PlanWriter&) = delete;
 
     void Add(const HostResult& result);
     // Puts the file into its place. Throws Failure.
     void Finish();
 
   private:
-    std::string m_file;
-    std::ofstream m_stream;
+    std::string m_name;
+    NewFile m_file;
     std::size_t m_hosts = 0;
 };
 

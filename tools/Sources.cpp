@@ -48,19 +48,34 @@ Source ReadSource(const std::string& file)
     return {file, withoutMark()};
 }
 
+NewFile::NewFile(const std::string& file)
+{
+    std::error_code error;
+    const std::filesystem::path existing = std::filesystem::canonical(file, error);
+    m_file = error ? file : existing.string();
+    m_draft = std::filesystem::is_other(m_file, error) ? m_file : m_file + ".part";
+    m_stream.open(m_draft, std::ios::binary | std::ios::trunc);
+}
+
+NewFile::~NewFile()
+{
+    if (m_draft != m_file)
+        std::remove(m_draft.c_str());
+}
+
+bool NewFile::Finish()
+{
+    m_stream.close();
+    return m_stream && (m_draft == m_file || std::rename(m_draft.c_str(), m_file.c_str()) == 0);
+}
+
 void WriteFile(const std::string& file, const std::string& text)
 {
-    const std::string unfinished = file + ".part";
-    std::ofstream stream(unfinished, std::ios::binary | std::ios::trunc);
-    stream << text << std::flush;
-    stream.close();
-    if (!stream || std::rename(unfinished.c_str(), file.c_str()) != 0)
-    {
-        const std::string why = std::strerror(errno);
-        std::remove(unfinished.c_str());
-        throw Failure(Exit::Document, file + " can't be written: " + why +
+    NewFile written(file);
+    written.Stream() << text << std::flush;
+    if (!written.Finish())
+        throw Failure(Exit::Document, file + " can't be written: " + std::strerror(errno) +
                                           ". Name another place, or look at who may write there");
-    }
 }
 
 } // namespace client

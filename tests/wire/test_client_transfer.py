@@ -1,6 +1,7 @@
 """The command-line client: a whole profile as files, and a profile made of them."""
 
 import json
+import os
 
 from lxml import etree
 
@@ -83,6 +84,22 @@ class ExportAndImport(TransferTest):
         self.assertIn("isn't a file in its folder", self.client("import", self.folder, code=4).err)
         profile.unlink()
         self.assertIn("holds no profile", self.client("import", self.folder, code=4).err)
+
+    def test_a_pipe_is_written_and_a_link_stays(self):
+        self.client("export", "1", self.folder)
+        pipe, link, file = (self.host.folder / name for name in ("pipe", "link", "file"))
+        os.mkfifo(pipe)
+        file.touch()
+        link.symlink_to(file)
+        for words, begin in ((("show", "1"), b"<svg"), (("plan", self.folder), b'{"plan":')):
+            reader = os.open(pipe, os.O_RDONLY | os.O_NONBLOCK)
+            self.client(*words, "--out", pipe)
+            self.assertTrue(os.read(reader, 1 << 16).startswith(begin))
+            os.close(reader)
+            self.client(*words, "--out", link)
+            self.assertTrue(link.is_symlink())
+            self.assertTrue(file.read_bytes().startswith(begin))
+        self.assertFalse([path for path in self.host.folder.iterdir() if path.suffix == ".part"])
 
     def test_a_folder_in_use_is_left_alone(self):
         self.client("export", "1", self.folder)
