@@ -144,6 +144,16 @@ int Report(const Failure& failure, bool json)
     return static_cast<int>(failure.Code());
 }
 
+// Returns the code, if all of the result has been written.
+int Written(int code, bool json)
+{
+    if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0)
+        return code;
+    return Report(Failure(Exit::Document, "The result can't be written to standard output. "
+                                          "Look whether there is room where it goes"),
+                  json);
+}
+
 int Perform(Session& session)
 {
     try
@@ -158,11 +168,7 @@ int Perform(Session& session)
     {
         return Report(Failure(Exit::Refused, error.what()), session.json);
     }
-    if (std::fflush(stdout) != 0)
-        return Report(Failure(Exit::Document, "The result can't be written to standard output. "
-                                              "Look whether there is room where it goes"),
-                      session.json);
-    return static_cast<int>(session.exit);
+    return Written(static_cast<int>(session.exit), session.json);
 }
 
 } // namespace
@@ -191,7 +197,7 @@ int RunCommandLine(int argc, char** argv)
         // The line may have been left before its --json was read.
         const bool json = std::find(argv, argv + argc, std::string_view("--json")) != argv + argc;
         if (error.get_exit_code() == 0 || !json)
-            return app.exit(error) == 0 ? 0 : static_cast<int>(Exit::Usage);
+            return app.exit(error) == 0 ? Written(0, json) : static_cast<int>(Exit::Usage);
         const auto [message, more] = UsageOf(&app, error);
         return Report(Failure(Exit::Usage, message + ". " + more), true);
     }

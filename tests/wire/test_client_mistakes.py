@@ -5,10 +5,11 @@ import json
 import re
 import shlex
 import ssl
+import subprocess
 
 import mistakes
 from certificates import Certificates
-from command import ClientTest, Listener, answer, main, run
+from command import CLIENT, ClientTest, Listener, answer, main, run
 
 NEXT = {mistakes.ERROR: "correct the document, or send it as it is with --force",
         mistakes.WARNING: "correct the document, or leave --strict out"}
@@ -163,6 +164,18 @@ class Lines(Told):
             cameras.write_text(text)
             with self.subTest(text=text):
                 self.told("--camera", "gate", "profile", "list", code=2, texts=texts)
+
+    def test_a_result_that_is_lost(self):
+        file = self.host.folder / "hosts.txt"
+        file.write_text(self.host.url)
+        for words in (("profile", "list", "--url", self.host.url), ("--help-all",),
+                      ("plan", self.host.folder / "less", "--hosts", file, "--json")):
+            for where in ("/dev/full", "&-"):
+                with self.subTest(words=words, where=where):
+                    ran = subprocess.run(["sh", "-c", f'exec "$@" >{where}', "sh", CLIENT, *words], capture_output=True, text=True,
+                                         timeout=60)
+                    self.assertEqual(ran.returncode, 4)
+                    self.assertIn("can't be written to standard output", ran.stderr)
 
     def test_passwords_that_others_could_read(self):
         words = ("--user", "ann", "profile", "list", "--timeout", "1")
