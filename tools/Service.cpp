@@ -85,9 +85,6 @@ std::optional<int> Service::ActiveProfile()
     return id < 0 ? std::nullopt : std::optional(id);
 }
 
-namespace
-{
-
 void CheckCharacters(const std::string& name)
 {
     if (!analytics::xml::IsXmlText(name))
@@ -95,8 +92,6 @@ void CheckCharacters(const std::string& name)
                                        "' isn't UTF-8, or holds a character that XML does not allow. "
                                        "Give it another one");
 }
-
-} // namespace
 
 void CheckProfileName(const std::string& name)
 {

@@ -51,6 +51,8 @@ struct Identity
     std::string role;
 };
 
+// Throws Failure (usage) if the name isn't UTF-8, or holds what XML doesn't allow.
+void CheckCharacters(const std::string& name);
 // Throws Failure (usage) if a person can't give a profile this name: it is empty, or wouldn't be stored as it
 // is.
 void CheckProfileName(const std::string& name);

@@ -25,9 +25,13 @@ struct ZoneArguments
     bool excluded = false;
 };
 
+// Of 32 bits, as in documents.
 bool TakeNumber(std::string_view text, long long& number)
 {
-    return analytics::xml::ReadInteger(text, number) == std::errc();
+    int value = 0;
+    const bool whole = analytics::xml::ReadInteger(text, value) == std::errc();
+    number = value;
+    return whole;
 }
 
 Point PointIn(const std::string& text)
@@ -107,6 +111,7 @@ void Add(Session& session, const ZoneArguments& arguments)
     if (arguments.zone.empty())
         throw Failure(Exit::Usage, "The zone's name is empty, and it couldn't be moved or removed by it. "
                                    "Give it a name");
+    CheckCharacters(arguments.zone);
     const NamedZone zone{arguments.zone, arguments.excluded, PointsIn(arguments.points)};
     Store(session, arguments, model, WithZone(model, Stored(session, arguments, model).second, zone));
 }
@@ -117,12 +122,13 @@ void Move(Session& session, const ZoneArguments& arguments)
     const PointList points = PointsIn(arguments.points);
     if (points.empty() == arguments.by.empty())
         throw Failure(Exit::Usage, "Give the zone new points, or say by --by DX,DY how far it is moved");
+    const Point by = arguments.by.empty() ? Point{} : PointIn(arguments.by);
     const std::string document = Stored(session, arguments, model).second;
     NamedZone zone = ZoneNamed(model, document, arguments.zone);
     if (!points.empty())
         zone.points = points;
     else
-        for (const Point by = PointIn(arguments.by); Point & point : zone.points)
+        for (Point& point : zone.points)
             point = {point.x + by.x, point.y + by.y};
     Store(session, arguments, model, WithPoints(model, document, zone));
 }
