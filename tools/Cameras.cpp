@@ -116,6 +116,16 @@ const Camera* Find(const std::vector<Camera>& cameras, const std::string& name)
     return found == cameras.end() ? nullptr : &*found;
 }
 
+// Empty if nobody has said where the user's files are.
+std::string ConfigurationFolder()
+{
+    const char* const folder = std::getenv("XDG_CONFIG_HOME");
+    if (folder != nullptr && *folder != '\0')
+        return folder;
+    const char* const home = std::getenv("HOME");
+    return home != nullptr && *home != '\0' ? std::string(home) + "/.config" : "";
+}
+
 [[noreturn]] void RefuseName(const std::string& name)
 {
     throw Failure(Exit::Usage, "There is no camera '" + name + "' in " + CamerasFile() +
@@ -124,14 +134,7 @@ const Camera* Find(const std::vector<Camera>& cameras, const std::string& name)
 
 } // namespace
 
-std::string CamerasFile()
-{
-    const char* const folder = std::getenv("XDG_CONFIG_HOME");
-    const char* const home = std::getenv("HOME");
-    const std::string base =
-        folder != nullptr && *folder != '\0' ? folder : std::string(home == nullptr ? "" : home) + "/.config";
-    return base + "/varlo-analytics/cameras.ini";
-}
+std::string CamerasFile() { return ConfigurationFolder() + "/varlo-analytics/cameras.ini"; }
 
 std::vector<Camera> ReadCameras()
 {
@@ -171,6 +174,8 @@ void AddCamera(const Camera& camera)
         throw Failure(Exit::Usage,
                       "'" + camera.name +
                           "' can't be the name of a camera: leave out white space and any of []=;#");
+    if (ConfigurationFolder().empty())
+        throw Failure(Exit::Usage, "There is no place for the file of cameras. Set HOME to your home folder");
     for (const auto& [key, value] : Said(camera))
         if (value != Trimmed(value) || value.find_first_of("\n\v\f") != std::string::npos)
             throw Failure(Exit::Usage,

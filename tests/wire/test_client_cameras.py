@@ -74,6 +74,16 @@ class Cameras(ClientTest):
         self.variables["TMPDIR"] = str(hosts)
         self.assertIn("Name another one in TMPDIR", self.camera("behavior", "edit", "Day", "loitering", "--url", self.host.url, code=4).err)
 
+    def test_nobody_says_where_the_file_is(self):
+        for home in ("", None):
+            variables = {key: value for key, value in os.environ.items() if key not in ("HOME", "XDG_CONFIG_HOME")}
+            variables.update({} if home is None else {"HOME": home})
+            told = lambda *words: subprocess.run([CLIENT, "camera", *words], capture_output=True, text=True, env=variables, timeout=60)
+            self.assertIn("no cameras", told("list").stdout)
+            ran = told("add", "gate", "--url", "http://192.0.2.1/")
+            self.assertEqual((ran.returncode, ran.stdout), (2, ""))
+            self.assertIn("Set HOME to your home folder", ran.stderr)
+
     def test_what_the_system_refuses_is_told_as_json_too(self):
         gone = self.host.folder / "gone"
         gone.mkdir()
