@@ -70,8 +70,8 @@ void AddAvailabilityCommand(CLI::App& app, Session& session)
         "  varlo-analytics availability\n  varlo-analytics availability \"Car park\"\n"
         "  varlo-analytics availability --with loitering object-counting",
         [&session, arguments] { Show(session, *arguments); });
-    CLI::Option* const profile = AddOptionalProfile(*command, arguments->profile,
-                                                    "Number or name; without it, as if nothing were active");
+    CLI::Option* const profile = command->add_option("PROFILE", arguments->profile,
+                                                     "Number or name; without it, as if nothing were active");
     command->add_option("--with", arguments->with, "As if these behaviors were active")
         ->type_name("BEHAVIOR")
         ->excludes(profile);

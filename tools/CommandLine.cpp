@@ -99,13 +99,15 @@ std::pair<std::string, std::string> UsageOf(const CLI::App* app, const CLI::Erro
     return {message, "More: " + path + "--help"};
 }
 
-// An empty value, as of a script's unset variable, isn't an option that was left out.
+// An empty value, as of a script's unset variable, isn't one that was left out.
 void RefuseEmptyValues(const CLI::App& app)
 {
     for (const CLI::Option* const option : app.get_options())
         if (const auto& values = option->results();
-            !option->get_positional() && std::find(values.begin(), values.end(), "") != values.end())
-            throw CLI::ValidationError(option->get_name(), "The value is empty. Give one, or leave it out");
+            std::find(values.begin(), values.end(), "") != values.end())
+            throw CLI::ValidationError(
+                option->get_name(), option->get_required() ? "The value is empty. Give one"
+                                                           : "The value is empty. Give one, or leave it out");
     for (const CLI::App* const command : app.get_subcommands())
         RefuseEmptyValues(*command);
 }

@@ -102,7 +102,7 @@ void AddProfileCommands(CLI::App& app, Session& session)
     CLI::App* const stopping = AddCommand(*group, session, "stop", "Stop a profile, or whichever runs",
                                           "  varlo-analytics profile stop\n  varlo-analytics profile stop 3",
                                           [&session, stop] { Stop(session, *stop); });
-    AddOptionalProfile(*stopping, *stop, "Number or name");
+    stopping->add_option("PROFILE", *stop, "Number or name");
 
     AddCommand(*group, session, "active", "Tell which profile runs", "  varlo-analytics profile active",
                [&session] { ShowActive(session); });

@@ -129,13 +129,6 @@ CLI::App* AddCommand(CLI::App& parent, Session& session, const std::string& name
     return command;
 }
 
-CLI::Option* AddOptionalProfile(CLI::App& command, std::string& profile, const std::string& description)
-{
-    const auto refusal = [](const std::string& name) -> std::string
-    { return name.empty() ? "The name is empty. Name a profile, or leave it out" : ""; };
-    return command.add_option("PROFILE", profile, description)->check(CLI::Validator(refusal, ""));
-}
-
 CLI::Option* TakeWords(CLI::Option* option)
 {
     constexpr int kMany = 1 << 20;

@@ -80,8 +80,6 @@ void AddConsoleCommand(CLI::App& app, Session& session);
 // A command below `parent` that does `run`, with examples under its help, a line each.
 CLI::App* AddCommand(CLI::App& parent, Session& session, const std::string& name,
                      const std::string& description, const std::string& examples, std::function<void()> run);
-// A PROFILE that may be left out. An empty one, as of a script's unset variable, is refused.
-CLI::Option* AddOptionalProfile(CLI::App& command, std::string& profile, const std::string& description);
 // The option takes every word that is left as it is: a list would take a word in brackets apart at its
 // commas.
 CLI::Option* TakeWords(CLI::Option* option);

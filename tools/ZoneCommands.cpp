@@ -108,9 +108,6 @@ void ShowZones(Session& session, const ZoneArguments& arguments)
 void Add(Session& session, const ZoneArguments& arguments)
 {
     const DocumentModel& model = ZonesModel(arguments.behavior);
-    if (arguments.zone.empty())
-        throw Failure(Exit::Usage, "The zone's name is empty, and it couldn't be moved or removed by it. "
-                                   "Give it a name");
     CheckCharacters(arguments.zone);
     const NamedZone zone{arguments.zone, arguments.excluded, PointsIn(arguments.points)};
     Store(session, arguments, model, WithZone(model, Stored(session, arguments, model).second, zone));
