@@ -130,7 +130,7 @@ void WriteFolder(const std::string& folder, const ProfileDocuments& profile, boo
 ProfileDocuments ReadFolder(const std::string& folder)
 {
     std::error_code error;
-    if (!std::filesystem::exists(folder + "/" + kList, error))
+    if (std::filesystem::status(folder + "/" + kList, error).type() == std::filesystem::file_type::not_found)
         throw Failure(Exit::Document, folder + " holds no profile: there is no " + kList +
                                           " in it. 'varlo-analytics export' makes such a folder");
     const Source source = ReadSource(folder + "/" + kList);

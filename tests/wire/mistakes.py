@@ -147,6 +147,7 @@ FILES = [
     ("validate -", "[1]", "this isn't a document: it has to be an object", "behavior get --json"),
     ("validate {0}/missing.xml", "", "can't be read", "Look at its name"),
     ("import {0}", "", "holds no profile: there is no profile.xml in it", "'varlo-analytics export' makes such a folder"),
+    ("plan {0}/loop", "", "loop/profile.xml: it can't be read: Too many levels of symbolic links", "Look at its name"),
     ("plan {0}/missing", "", "holds no profile", "'varlo-analytics export' makes such a folder"),
     ("apply {0}/settings.xml", "", "isn't a saved plan, or is damaged", "'varlo-analytics plan DIR --out"),
     ("import {0}/outside", "", "names '../settings.xml', which isn't a file in its folder", "Put it there"),

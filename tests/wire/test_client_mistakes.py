@@ -106,6 +106,7 @@ class Lines(Told):
         for name, text in mistakes.LISTS.items():
             (self.host.folder / name).mkdir()
             (self.host.folder / name / "profile.xml").write_text(text)
+        (self.host.folder / "loop").symlink_to("loop")
         self.before = self.client("profile", "list", "--json").json
 
     def tearDown(self):
