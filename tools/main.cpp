@@ -11,7 +11,7 @@
 
 // Takes the numbers of standard streams that are closed, lest a connection gets them and what is written
 // there.
-void HoldStandardStreams()
+static void HoldStandardStreams()
 {
     int file = 0;
     while (file >= 0 && file <= STDERR_FILENO)
