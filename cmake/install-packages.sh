@@ -1,25 +1,26 @@
 #!/usr/bin/env bash
 # Installs the Debian packages that are missing.
 #
-#   install-packages.sh build [test] [dev] [coverage] [arm64] [armhf] [release]
+#   install-packages.sh build [packages] [test] [dev] [coverage] [arm64] [armhf] [release]
 #
-# "test" is what every build with tests needs besides "build", "dev" what the preset of that name tries and measures
+# "packages" is what makes Debian packages of a build; "test" is what every build with tests needs besides, "dev" what the preset of that name tries and measures
 # beyond that: other makers' clients and browsers; "arm64" and "armhf" are for the presets of these names, with what
 # cmake/make-sysroot.sh fetches; "release" is what packaging/release.sh needs.
 set -euo pipefail
 
 build="cmake ninja-build g++ pkg-config gsoap libgsoap-dev libexpat1-dev libpugixml-dev libsqlite3-dev libsqlitecpp-dev
     libboost-dev libcli11-dev libssl-dev zlib1g-dev libcrypt-dev nettle-dev libgeos-dev nlohmann-json3-dev"
-test="minisign libxml2-dev clang clang-format clang-tidy libclang-rt-dev lld libgtest-dev libgmock-dev python3 python3-lxml
+packages="dpkg-dev file"
+test="$packages minisign libxml2-dev clang clang-format clang-tidy libclang-rt-dev lld libgtest-dev libgmock-dev python3 python3-lxml
     python3-jsonschema python3-zeep curl openssl binutils procps man-db nginx-light ansible-core ansible-lint mmdebstrap
-    lintian systemd-container dpkg-dev file prometheus"
+    lintian systemd-container prometheus"
 dev="libbenchmark-dev php-cli php-soap libsoap-lite-perl nodejs chromium firefox-esr"
 # Node of another maker brings npm along, and refuses that of Debian beside it.
 command -v npm >/dev/null || dev="$dev npm"
 coverage="llvm"
 arm64="g++-aarch64-linux-gnu qemu-user-static mmdebstrap"
 armhf="g++-arm-linux-gnueabihf qemu-user-static mmdebstrap"
-release="reprotest minisign dpkg-dev file python3"
+release="reprotest minisign python3"
 
 missing=()
 for group in "$@"

@@ -9,6 +9,11 @@ import re
 import subprocess
 import sys
 
+# Code of others that is a part of a package: (the package's name, the other's).
+PARTS = (("libvarlo-analytics-api", "libgsoap-dev"), ("libvarlo-analytics-platform", "libsqlitecpp-dev"),
+         ("libvarlo-analytics-platform", "libboost.*-dev"), ("varlo-analytics-host", "libcli11-dev"),
+         ("varlo-analytics$", "libgsoap-dev"), ("varlo-analytics$", "nlohmann-json3-dev"))
+
 
 def fail(text):
     sys.exit(f"check-sbom.py: {text}")
@@ -38,7 +43,7 @@ def check_form(document):
             fail(f"{package['SPDXID']} stands there twice")
         known.add(package["SPDXID"])
     for relationship in document["relationships"]:
-        require(relationship, "relationshipType", "DESCRIBES|DYNAMIC_LINK|BUILD_DEPENDENCY_OF")
+        require(relationship, "relationshipType", "DESCRIBES|DYNAMIC_LINK|STATIC_LINK|BUILD_DEPENDENCY_OF")
         for end in ("spdxElementId", "relatedSpdxElement"):
             if relationship[end] not in known:
                 fail(f"{relationship[end]} isn't among the packages")
@@ -55,8 +60,15 @@ def check_package(document, deb):
         if ours["checksums"] != [{"algorithm": "SHA256", "checksumValue": hashlib.sha256(file.read()).hexdigest()}]:
             fail(f"the checksum of {deb}")
     names = {package["SPDXID"]: package["name"] for package in document["packages"]}
-    linked = {names[r["relatedSpdxElement"]] for r in document["relationships"]
-              if r["spdxElementId"] == ours["SPDXID"] and r["relationshipType"] == "DYNAMIC_LINK"}
+
+    def related(kind):
+        return {names[r["relatedSpdxElement"]] for r in document["relationships"]
+                if r["spdxElementId"] == ours["SPDXID"] and r["relationshipType"] == kind}
+
+    linked = related("DYNAMIC_LINK")
+    for name, part in PARTS:
+        if re.match(name, ours["name"]) and not any(re.fullmatch(part, other) for other in related("STATIC_LINK")):
+            fail(f"{part} is a part of {ours['name']}, and the document doesn't say so")
     # What dpkg-shlibdeps has found: the libraries that are named by the programs themselves.
     needed = {re.split(r"[ (|]", part.strip())[0] for part in field("Depends").split(",")}
     needed = {name for name in needed if re.match("lib", name) and "varlo" not in name}

@@ -5,7 +5,8 @@
 #
 #   release.sh [--out FOLDER] [--key MINISIGN_KEY] [--built FOLDER]
 #
-# --built takes the packages and the list of headers in a folder as they are, and builds nothing.
+# --built takes the packages and the list compiled-in of a folder as they are, and builds nothing. Else --key wants the
+# commit to bear the version's tag, by which others find it.
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 out=$root/build/release-files
@@ -40,26 +41,28 @@ trap 'rm -rf "$work"' EXIT
 build_twice()
 {
     [ -z "$(git status --porcelain)" ] || fail "commit first: a release is made of a commit"
-    cmake/install-packages.sh build release
+    [ -z "$key" ] || git tag --points-at HEAD | grep -qx "v$version" || fail "tag the commit first: git tag v$version"
+    cmake/install-packages.sh build packages release
     mkdir -p "$work/source" "$work/made" "$(dirname "$out")"
     git archive HEAD | tar -x -C "$work/source"
     reprotest --store-dir "$work/made" --no-diffoscope --min-cpus "$(nproc)" \
         --vary=-domain_host,-fileordering,-user_group,-time,-num_cpus --source-root "$work/source" \
         "env SOURCE_DATE_EPOCH=$SOURCE_DATE_EPOCH packaging/build-packages.sh" \
-        'build/packages/*.deb build/packages/headers' >"$out.log" 2>&1 ||
+        'build/packages/*.deb build/packages/compiled-in' >"$out.log" 2>&1 ||
         fail "the two builds differ, or one of them failed; $out.log tells"
     built=$work/built
     mkdir "$built"
-    find "$work/made/control" \( -name '*.deb' -o -name headers \) -exec cp {} "$built" \;
+    find "$work/made/control" \( -name '*.deb' -o -name compiled-in \) -exec cp {} "$built" \;
     echo "release.sh: the packages are equal byte for byte in two builds" >&2
 }
 
-[ -n "$built" ] || build_twice
 version=$(sed -n 's/^project(.* VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt)
-mkdir -p "$out"
-cp "$built"/*.deb "$out"
-/usr/bin/python3 -B packaging/sbom.py "$built/headers" "$version" "$out"/*.deb >"$out/varlo-analytics-$version.spdx.json"
-cd "$out"
+[ -n "$built" ] || build_twice
+release=$work/release
+mkdir "$release"
+cp "$built"/*.deb "$release"
+/usr/bin/python3 -B packaging/sbom.py "$built/compiled-in" "$version" "$release"/*.deb >"$release/varlo-analytics-$version.spdx.json"
+cd "$release"
 sha256sum -- *.deb *.json >SHA256SUMS
 if [ -n "$key" ]
 then
@@ -67,4 +70,6 @@ then
 else
     echo "release.sh: no key is named, SHA256SUMS is not signed" >&2
 fi
+mkdir -p "$out"
+cp -- * "$out"
 echo "release.sh: $(find . -name '*.deb' | wc -l) packages of version $version are in $out"

@@ -1,10 +1,11 @@
 #!/usr/bin/env python3
 """Writes what Debian packages hold and link as an SPDX 2.3 document.
 
-    sbom.py HEADERS VERSION PACKAGE.deb... >FILE.spdx.json
+    sbom.py COMPILED_IN VERSION PACKAGE.deb... >FILE.spdx.json
 
-Libraries that programs load are those that ldd finds. What is compiled in are the Debian packages of the headers that
-the file HEADERS lists, without those of the C and C++ libraries. dpkg-query tells their versions.
+Libraries that programs load are those that ldd finds. COMPILED_IN is what compiled-in.py lists: a file that belongs to a
+library which is loaded was needed to build, any other one is a part of the program. The C and C++ libraries' are left
+out. dpkg-query tells all versions, those of the tools that build as well.
 """
 import hashlib
 import json
@@ -14,7 +15,14 @@ import subprocess
 import sys
 import tempfile
 import time
+from urllib.parse import quote
 
+# What is only declared there is in the C library, or in the kernel.
+DECLARATIONS = {"libc6-dev", "linux-libc-dev"}
+TOOLS = "g++-12", "binutils", "cmake", "ninja-build", "gsoap"
+# Of what is a part of our programs, by its source package.
+LICENSES = {"boost1.74": "BSL-1.0", "cli11": "BSD-3-Clause", "gsoap": "GPL-2.0-or-later", "nlohmann-json3": "MIT",
+            "sqlitecpp": "MIT"}
 MAINTAINERS = "Varlo Analytics Maintainers (maintainers@varlo-analytics.example)"
 
 
@@ -58,11 +66,15 @@ def linked(root, roots):
     return {path for path in paths if not any(path.startswith(other) for other in roots)}
 
 
-def compiled_in(headers):
-    """The headers that are listed, without those of the C and C++ libraries, which ldd finds."""
-    with open(headers, encoding="utf-8") as file:
-        listed = file.read().split()
-    return {header for header in listed if "/c++/" not in header}
+def compiled_in(root, listed):
+    """The Debian packages of the files that are listed for the programs and libraries below root."""
+    ours = {re.sub(r"\.so\..*", ".so", os.path.basename(file)) for file in elf_files(root)}
+    packages = owners({file for program, file in listed if program in ours and "/c++/" not in file})
+    return {name for name in packages if name.split(":")[0] not in DECLARATIONS}
+
+
+def source_of(name):
+    return output("dpkg-query", "-W", "-f", "${source:Package}", name)
 
 
 def identifier(text):
@@ -70,15 +82,16 @@ def identifier(text):
 
 
 def debian_package(name):
-    version, architecture, source = output(
-        "dpkg-query", "-W", "-f", "${Version}\t${Architecture}\t${source:Package}", name).split("\t")
+    version, architecture = output("dpkg-query", "-W", "-f", "${Version}\t${Architecture}", name).split("\t")
+    source = source_of(name)
     return {
         "SPDXID": identifier(f"Debian-{name}"), "name": name.split(":")[0], "versionInfo": version,
         "supplier": "Organization: Debian", "downloadLocation": "NOASSERTION", "filesAnalyzed": False,
-        "licenseConcluded": "NOASSERTION", "licenseDeclared": "NOASSERTION", "copyrightText": "NOASSERTION",
-        "sourceInfo": f"built from the Debian source package {source}",
+        "licenseConcluded": "NOASSERTION", "licenseDeclared": LICENSES.get(source, "NOASSERTION"),
+        "copyrightText": "NOASSERTION", "sourceInfo": f"built from the Debian source package {source}",
         "externalRefs": [{"referenceCategory": "PACKAGE-MANAGER", "referenceType": "purl",
-                          "referenceLocator": f"pkg:deb/debian/{name.split(':')[0]}@{version}?arch={architecture}"}]}
+                          "referenceLocator": f"pkg:deb/debian/{name.split(':')[0]}@{quote(version, safe=':~')}"
+                                              f"?arch={architecture}&distro=debian-12"}]}
 
 
 def our_package(deb, version):
@@ -96,9 +109,10 @@ def relationship(one, kind, other):
     return {"spdxElementId": one, "relationshipType": kind, "relatedSpdxElement": other}
 
 
-def main(headers, version, *debs):
+def main(compiled, version, *debs):
     packages, relationships, foreign = [], [], set()
-    headers = owners(compiled_in(headers))
+    with open(compiled, encoding="utf-8") as file:
+        listed = [line.split() for line in file]
     with tempfile.TemporaryDirectory() as work:
         roots = {deb: os.path.join(os.path.realpath(work), os.path.basename(deb)) for deb in sorted(debs)}
         for deb, root in roots.items():
@@ -110,11 +124,16 @@ def main(headers, version, *debs):
             if not list(elf_files(root)):
                 continue
             libraries = owners(linked(root, list(roots.values())))
+            sources = {source_of(name) for name in libraries}
+            parts = compiled_in(root, listed)
             for name in sorted(libraries):
                 relationships.append(relationship(ours["SPDXID"], "DYNAMIC_LINK", identifier(f"Debian-{name}")))
-            for name in sorted(headers):
-                relationships.append(relationship(identifier(f"Debian-{name}"), "BUILD_DEPENDENCY_OF", ours["SPDXID"]))
-            foreign |= libraries | headers
+            for name in sorted(parts):
+                if source_of(name) in sources:
+                    relationships.append(relationship(identifier(f"Debian-{name}"), "BUILD_DEPENDENCY_OF", ours["SPDXID"]))
+                else:
+                    relationships.append(relationship(ours["SPDXID"], "STATIC_LINK", identifier(f"Debian-{name}")))
+            foreign |= libraries | parts
     packages += [debian_package(name) for name in sorted(foreign)]
     digest = hashlib.sha256(json.dumps([packages, relationships]).encode()).hexdigest()
     created = time.gmtime(int(os.environ.get("SOURCE_DATE_EPOCH", time.time())))
@@ -123,7 +142,8 @@ def main(headers, version, *debs):
         "name": f"varlo-analytics-{version}",
         "documentNamespace": f"https://varlo-analytics.example/spdx/varlo-analytics-{version}-{digest}",
         "creationInfo": {"created": time.strftime("%Y-%m-%dT%H:%M:%SZ", created),
-                         "creators": [f"Organization: {MAINTAINERS}", "Tool: packaging/sbom.py"]},
+                         "creators": [f"Organization: {MAINTAINERS}", "Tool: packaging/sbom.py"],
+                         "comment": "built with " + output("dpkg-query", "-W", "-f", "${Package} ${Version}, ", *TOOLS).rstrip(", ")},
         "packages": packages, "relationships": relationships}, sys.stdout, indent=1)
     print()
 

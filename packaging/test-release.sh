@@ -15,9 +15,9 @@ fail() { echo "packages: FAILED: $*" >&2; exit 1; }
 # The commands stand in VERIFY.md, indented, in its first section: what is tried is what is written.
 verify() { (cd "$1" && sed -n '/^## The files/,/^## The packages/s/^    //p' "$root/VERIFY.md" | sed 's/ *#.*//' | bash -e); }
 
-ninja -C "$build" -t deps | sed -n 's,^ *\(/usr/include/\),\1,p' | LC_ALL=C sort -u >"$work/headers"
 mkdir "$work/built"
-cp "$packages"/*.deb "$work/headers" "$work/built"
+/usr/bin/python3 -B "$root/packaging/compiled-in.py" "$build" >"$work/built/compiled-in"
+cp "$packages"/*.deb "$work/built"
 minisign -G -W -p "$work/varlo-analytics.pub" -s "$work/secret" >/dev/null
 "$root/packaging/release.sh" --built "$work/built" --out "$release" --key "$work/secret" >/dev/null
 cp "$work/varlo-analytics.pub" "$release"
