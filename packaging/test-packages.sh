@@ -55,8 +55,6 @@ do
 done
 say "the client's package and the development package each have the WSDL, the schemas and the pages"
 
-"$root/packaging/check-compliance.sh"
-
 # ---- a release of them, and how others verify it ----
 "$root/packaging/test-release.sh" "$work/1" "$build" "$work/release"
 
