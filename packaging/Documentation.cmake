@@ -18,7 +18,10 @@ compressed(${CMAKE_CURRENT_SOURCE_DIR}/man/varlo-analytics-host.8 ${CMAKE_INSTAL
     varlo-analytics-host.8 host)
 compressed(${CMAKE_CURRENT_SOURCE_DIR}/man/varlo-analytics-settings.5 ${CMAKE_INSTALL_MANDIR}/man5
     varlo-analytics-settings.5 host)
+compressed(${CMAKE_SOURCE_DIR}/CHANGELOG.md ${CMAKE_INSTALL_DATADIR}/doc/${package_host} changelog host)
 install(FILES ${CMAKE_SOURCE_DIR}/docs/engine-feed.md ${CMAKE_SOURCE_DIR}/docs/engine-document.md
+    ${CMAKE_SOURCE_DIR}/docs/operations.md ${CMAKE_SOURCE_DIR}/docs/alert-rules.yml
+    ${CMAKE_SOURCE_DIR}/SECURITY.md ${CMAKE_SOURCE_DIR}/VERIFY.md
     DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${package_host} COMPONENT host)
 install(FILES ${CMAKE_SOURCE_DIR}/examples/engine/engine.cpp
     DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${package_host}/examples COMPONENT host)
@@ -44,6 +47,8 @@ if(TARGET varlo-analytics)
         install(FILES ${CMAKE_SOURCE_DIR}/docs/behavior-document.md ${CMAKE_SOURCE_DIR}/docs/scene-document.md
             ${CMAKE_SOURCE_DIR}/docs/clients.md
             DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${name} COMPONENT ${component})
+        install(DIRECTORY ${CMAKE_SOURCE_DIR}/docs/pictures
+            DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${name} COMPONENT ${component} FILES_MATCHING PATTERN *.svg)
     endforeach()
     install(FILES ${CMAKE_SOURCE_DIR}/docs/fleet.md ${CMAKE_SOURCE_DIR}/docs/console.md
         DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${package_client} COMPONENT client)
