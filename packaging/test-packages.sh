@@ -156,6 +156,16 @@ do
 done
 say "an engine of the group reads what is to run"
 
+# ---- the daily backup: 15 older ones make room for it, and one that was made by hand stays ----
+backups=/var/backups/varlo-analytics
+inside install -d -o varlo-analytics -g varlo-analytics -m 0700 $backups
+inside sh -c "cd $backups && touch profiles-2020-01-01.db && for day in \$(seq 10 24); do touch profiles-202001\$day-000000.db; done"
+inside systemctl start varlo-analytics-backup.service || { inside journalctl -u varlo-analytics-backup --no-pager; fail "the backup"; }
+kept=$(inside sh -c "ls $backups/profiles-????????-??????.db")
+[ "$(echo "$kept" | wc -l)" -eq 14 ] || { echo "$kept"; fail "the backup doesn't keep its last 14 copies"; }
+inside test -e $backups/profiles-2020-01-01.db -a -s "$(echo "$kept" | tail -n 1)" || fail "the backup leaves the wrong copies"
+say "the daily backup keeps its last 14 copies, and others' alone"
+
 # ---- the audit trail in the journal ----
 inside sed -i 's,^ *</server>,    <audit>journal</audit>\n&,' /etc/varlo-analytics/settings.xml
 inside systemctl reload varlo-analytics
