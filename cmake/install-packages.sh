@@ -10,8 +10,8 @@ set -euo pipefail
 
 build="cmake ninja-build g++ pkg-config gsoap libgsoap-dev libexpat1-dev libpugixml-dev libsqlite3-dev libsqlitecpp-dev
     libboost-dev libcli11-dev libssl-dev zlib1g-dev libcrypt-dev nettle-dev libgeos-dev nlohmann-json3-dev"
-packages="dpkg-dev file"
-test="$packages minisign libxml2-dev clang clang-format clang-tidy libclang-rt-dev lld libgtest-dev libgmock-dev python3 python3-lxml
+packages="dpkg-dev file python3"
+test="$packages minisign libxml2-dev clang clang-format clang-tidy libclang-rt-dev lld libgtest-dev libgmock-dev python3-lxml
     python3-jsonschema python3-zeep curl openssl binutils procps man-db nginx-light ansible-core ansible-lint mmdebstrap
     lintian systemd-container prometheus"
 dev="libbenchmark-dev php-cli php-soap libsoap-lite-perl nodejs chromium firefox-esr"
@@ -20,7 +20,7 @@ command -v npm >/dev/null || dev="$dev npm"
 coverage="llvm"
 arm64="g++-aarch64-linux-gnu qemu-user-static mmdebstrap"
 armhf="g++-arm-linux-gnueabihf qemu-user-static mmdebstrap"
-release="reprotest minisign python3"
+release="reprotest minisign"
 
 missing=()
 for group in "$@"
