@@ -6,6 +6,7 @@ import { until } from './room.js';
 const quoted = text => text.replace(/(["\\])/g, '\\$1');
 
 export class Desk {
+    // Opens the page and waits until it shows a camera.
     static async open(browser, url, size = { width: 1280, height: 900 }) {
         const page = await browser.newPage();
         const desk = new Desk(page);
@@ -19,6 +20,7 @@ export class Desk {
         await page.setViewport(size);
         await page.goto(url);
         await desk.find('group', 'Picture');
+        await until(async () => (await page.title()).includes(' - '), 'the name of the camera');
         return desk;
     }
 
@@ -52,8 +54,19 @@ export class Desk {
     async choose(name) {
         const option = await this.find('option', name);
         await option.evaluate(one => one.click());
-        await until(async () => (await this.maybe('option', name)) &&
-            (await (await this.find('option', name)).evaluate(one => one.getAttribute('aria-selected'))) === 'true', `the choice of ${name}`);
+        await this.chosen(name);
+    }
+
+    async chosen(name) {
+        await until(async () => (await this.maybe('option', name)).evaluate(one => one.getAttribute('aria-selected') === 'true'), `the choice of ${name}`);
+    }
+
+    // Makes a profile and waits until it is chosen: the page may show it before.
+    async newProfile(name) {
+        await this.press('New profile');
+        await this.set('Profile name', name);
+        await this.press('OK');
+        await this.chosen(name);
     }
 
     async described(role, name) {

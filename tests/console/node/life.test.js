@@ -37,12 +37,7 @@ async function desk(args, action) {
 
 test('profiles are created, renamed, run, stopped and deleted; behaviors tell whether they can be selected', () => desk(['--url', service.url], async at => {
     assert.equal(await at.page.title(), `127.0.0.1:${service.port} - Varlo analytics`);
-    for (const name of ['Day', 'Night']) {
-        await at.press('New profile');
-        await at.set('Profile name', name);
-        await at.press('OK');
-        await at.find('option', name);
-    }
+    for (const name of ['Day', 'Night']) await at.newProfile(name);
     await at.press('New profile');
     await at.press('Cancel');
     await at.press('Rename');
@@ -74,7 +69,7 @@ test('profiles are created, renamed, run, stopped and deleted; behaviors tell wh
     await until(async () => (await at.described('option', 'Object Removal')) === 'available', 'available');
     await (await at.find('checkbox', 'Motion detection')).evaluate(one => one.click());
     await until(async () => (await at.described('option', 'Object Removal')) === 'unavailable: number', 'the switch');
-    assert.equal(await at.value('Motion detection'), true);
+    await until(() => at.value('Motion detection'), 'the switch as it is');
     await (await at.find('checkbox', 'Motion detection')).evaluate(one => one.click());
     await until(async () => (await at.described('option', 'Object Removal')) === 'available', 'the switch back');
     await (await at.find('checkbox', 'Analytics')).evaluate(one => one.click());
@@ -190,6 +185,7 @@ describe('when things go wrong', () => {
         await at.press('Undo');
         await until(async () => (await at.value('Dwell time')) === '77', 'what was drawn');
         await at.press('Discard');
+        await at.says(/discarded/);
         await meanwhile(at, 'Theirs again');
         await rename('Theirs, later');
         await at.press('Overwrite');
@@ -258,10 +254,7 @@ describe('when things go wrong', () => {
         const names = [markup, 'موقف السيارات', '𝓩'.repeat(63) + 'abc'];
         await open(at);
         for (const name of names) {
-            await at.press('New profile');
-            await at.set('Profile name', name);
-            await at.press('OK');
-            await at.find('option', name);
+            await at.newProfile(name);
             await at.behavior('Loitering Detection');
             await at.draw('Add zone', SQUARE, 'mouse');
             await at.set('Name', name);

@@ -26,13 +26,9 @@ after(async () => {
 const outline = i => [[40 + 30 * i, 40], [150 + 30 * i, 60 + i], [140 + 20 * i, 190], [50, 200 - i]];
 
 async function newProfile(name) {
-    await desk.press('New profile');
-    await desk.set('Profile name', name);
-    await desk.press('OK');
-    await desk.find('option', name);
+    await desk.newProfile(name);
     const list = await service.call('GetProfileList');
     const { id } = /<profile [^>]*?id="(?<id>\d+)"[^>]*>[^<]*<\/profile><\/profileList>/.exec(list).groups;
-    await until(async () => (await (await desk.find('option', name)).evaluate(one => one.getAttribute('aria-selected'))) === 'true', `the choice of ${name}`);
     return Number(id);
 }
 
