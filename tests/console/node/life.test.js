@@ -235,6 +235,64 @@ describe('when things go wrong', () => {
         assert.equal(await at.value('Dwell time'), '66');
     }));
 
+    // The answer to the next request that matches waits until letGo().
+    const holdAnswer = (at, pattern) => at.page.evaluate(source => {
+        const real = window.fetch;
+        const gate = new Promise(resolve => { window.letGo = resolve; });
+        window.held = false;
+        window.fetch = async (path, ...more) => {
+            const answer = await real(path, ...more);
+            if (window.held || !new RegExp(source).test(path)) return answer;
+            window.held = true;
+            const body = await answer.json();
+            answer.json = async () => body;
+            await gate;
+            return answer;
+        };
+    }, pattern.source);
+    const isHeld = at => until(() => at.page.evaluate(() => window.held), 'the answer');
+
+    test('a look at the camera that ends behind a later one doesn’t bring the past back', () => desk(['--url', service.url], async at => {
+        await open(at);
+        await holdAnswer(at, /api\/camera/);
+        await isHeld(at);
+        await at.newProfile('Newest');
+        await at.behavior('Loitering Detection');
+        await at.page.evaluate(() => window.letGo());
+        assert.ok(await at.maybe('option', 'Newest'));
+        assert.equal(await at.status(), '');
+    }));
+
+    test('a profile that is made before the camera has answered stays chosen', async () => {
+        const hosts = join(service.folder, 'two');
+        writeFileSync(hosts, `${second.url}\n${service.url}\n`);
+        await desk(['--hosts', hosts], async at => {
+            await holdAnswer(at, /api\/camera.camera=1/);
+            await (await at.find('combobox', 'Camera')).select('1');
+            await isHeld(at);
+            await at.newProfile('Early');
+            await at.page.evaluate(() => window.letGo());
+            await at.behavior('Loitering Detection');
+            await at.chosen('Early');
+        });
+    });
+
+    test('a document that is asked for twice doesn’t undo what was saved between the answers', () => desk(['--url', service.url], async at => {
+        await open(at);
+        await at.behavior('Object Removal');
+        await holdAnswer(at, /api\/document.*Loitering/);
+        await at.choose('Loitering Detection');
+        await isHeld(at);
+        await at.behavior('Loitering Detection');
+        await at.set('Dwell time', 88);
+        await at.save();
+        await at.page.evaluate(() => window.letGo());
+        assert.equal(await at.value('Dwell time'), '88');
+        await at.set('Dwell time', 89);
+        await at.save();
+        assert.match(await service.behavior(profile, LOITERING.id), />89</);
+    }));
+
     test('what was stored is saved, also if what can be selected isn’t told afterwards', () => desk(['--url', service.url], async at => {
         await open(at);
         await at.page.evaluate(() => {

@@ -29,7 +29,8 @@ export async function chooseCamera(index) {
     render();
     await refresh();
     const first = state.profiles.find(({ running }) => running) ?? state.profiles[0];
-    if (first) await chooseProfile(first.id);
+    // A person may have been faster than the camera.
+    if (first && state.profile === null) await chooseProfile(first.id);
 }
 
 export async function chooseProfile(id) {
@@ -48,11 +49,15 @@ export async function chooseBehavior(id) {
     await load();
 }
 
-// Opens the document; a draft of it stays as it is.
-export async function load() {
+let loads = 0;
+
+// Opens the document; a draft of it stays as it is. Of two that are asked for, the later one counts: the earlier
+// may be older than what has been saved by the time that it comes.
+async function load() {
     const asked = context();
+    const turn = ++loads;
     const { document: doc, ...kind } = await api.read('document', asked);
-    if (!model.equal(asked, context())) return;
+    if (turn !== loads || !model.equal(asked, context())) return;
     state.drafts[draftKey(asked)] ??= model.open(doc);
     state.kind = kind;
     behaviorFields.build(fieldsOf(kind.model));
@@ -63,10 +68,27 @@ export async function load() {
     change(draft());
 }
 
+// Whether an answer is to be shown: one that comes behind the answer to a later question tells of the past.
+function inOrder() {
+    let asked = 0;
+    let shown = 0;
+    return () => {
+        const turn = ++asked;
+        return () => {
+            if (turn < shown) return false;
+            shown = turn;
+            return true;
+        };
+    };
+}
+const askCamera = inOrder();
+const askBehaviors = inOrder();
+
 export async function refresh() {
     const camera = state.camera;
+    const inTime = askCamera();
     const { profiles, switches } = await api.read('camera', { camera });
-    if (camera !== state.camera) return;
+    if (camera !== state.camera || !inTime()) return;
     const known = state.profiles;
     state.profiles = profiles;
     for (const [id, value] of [['analytics', switches.analytics], ['motion', switches.motion]]) {
@@ -86,8 +108,9 @@ export async function refresh() {
 export async function refreshBehaviors() {
     const asked = { camera: state.camera, profile: state.profile };
     if (asked.profile === null) return;
+    const inTime = askBehaviors();
     const { behaviors } = await api.read('behaviors', asked);
-    if (asked.camera !== state.camera || asked.profile !== state.profile) return;
+    if (asked.camera !== state.camera || asked.profile !== state.profile || !inTime()) return;
     state.behaviors = behaviors;
     render();
 }
