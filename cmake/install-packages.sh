@@ -3,9 +3,10 @@
 #
 #   install-packages.sh build [packages] [test] [dev] [coverage] [arm64] [armhf] [release]
 #
-# "packages" is what makes Debian packages of a build; "test" is what every build with tests needs besides, "dev" what the preset of that name tries and measures
-# beyond that: other makers' clients and browsers; "arm64" and "armhf" are for the presets of these names, with what
-# cmake/make-sysroot.sh fetches; "release" is what packaging/release.sh needs.
+# "packages" is what makes Debian packages of a build; "test" is what every build with tests needs besides, "dev" what the
+# preset of that name tries and measures beyond that: other makers' clients and browsers; "arm64" and "armhf" are for the
+# presets of these names, with what cmake/make-sysroot.sh fetches; "release" is what packaging/release.sh needs besides
+# "packages".
 set -euo pipefail
 
 build="cmake ninja-build g++ pkg-config gsoap libgsoap-dev libexpat1-dev libpugixml-dev libsqlite3-dev libsqlitecpp-dev

@@ -198,43 +198,6 @@ describe('when things go wrong', () => {
         assert.ok(text.includes('>77<') && !text.includes('Theirs again'));
     }));
 
-    // The page's requests that match wait until letGo().
-    const hold = (at, pattern) => at.page.evaluate(source => {
-        const real = window.fetch;
-        const gate = new Promise(resolve => { window.letGo = resolve; });
-        window.fetch = async (path, ...more) => {
-            if (new RegExp(source).test(path)) await gate;
-            return real(path, ...more);
-        };
-    }, pattern.source);
-
-    test('a save and a discard concern what was open when they were asked for', () => desk(['--url', service.url], async at => {
-        await open(at);
-        await rename('Somebody else’s');
-        await at.set('Dwell time', 66);
-        await hold(at, /api\/save/);
-        await at.press('Save');
-        await at.behavior('Object Removal');
-        await at.draw('Add zone', SQUARE, 'mouse');
-        await at.page.evaluate(() => window.letGo());
-        await at.find('dialog', 'Changed meanwhile');
-        await at.press('Overwrite');
-        await at.says(/^Saved/);
-        assert.match(await service.behavior(profile, LOITERING.id), />66</);
-        assert.doesNotMatch(await service.behavior(profile, BEHAVIORS[6].id), /<roi>/);
-        assert.deepEqual(await at.points(), SQUARE);
-        await at.behavior('Loitering Detection');
-        await at.set('Dwell time', 67);
-        await hold(at, /api\/document.*Loitering/);
-        await at.press('Discard');
-        await at.behavior('Object Removal');
-        await at.page.evaluate(() => window.letGo());
-        await at.says(/discarded/);
-        assert.deepEqual(await at.points(), SQUARE);
-        await at.behavior('Loitering Detection');
-        assert.equal(await at.value('Dwell time'), '66');
-    }));
-
     // The answer to the next request that matches waits until letGo().
     const holdAnswer = (at, pattern) => at.page.evaluate(source => {
         const real = window.fetch;
@@ -251,6 +214,33 @@ describe('when things go wrong', () => {
         };
     }, pattern.source);
     const isHeld = at => until(() => at.page.evaluate(() => window.held), 'the answer');
+
+    test('a save and a discard concern what was open when they were asked for', () => desk(['--url', service.url], async at => {
+        await open(at);
+        await rename('Somebody else’s');
+        await at.set('Dwell time', 66);
+        await holdAnswer(at, /api\/save/);
+        await at.press('Save');
+        await at.behavior('Object Removal');
+        await at.draw('Add zone', SQUARE, 'mouse');
+        await at.page.evaluate(() => window.letGo());
+        await at.find('dialog', 'Changed meanwhile');
+        await at.press('Overwrite');
+        await at.says(/^Saved/);
+        assert.match(await service.behavior(profile, LOITERING.id), />66</);
+        assert.doesNotMatch(await service.behavior(profile, BEHAVIORS[6].id), /<roi>/);
+        assert.deepEqual(await at.points(), SQUARE);
+        await at.behavior('Loitering Detection');
+        await at.set('Dwell time', 67);
+        await holdAnswer(at, /api\/document.*Loitering/);
+        await at.press('Discard');
+        await at.behavior('Object Removal');
+        await at.page.evaluate(() => window.letGo());
+        await at.says(/discarded/);
+        assert.deepEqual(await at.points(), SQUARE);
+        await at.behavior('Loitering Detection');
+        assert.equal(await at.value('Dwell time'), '66');
+    }));
 
     test('a look at the camera that ends behind a later one doesn’t bring the past back', () => desk(['--url', service.url], async at => {
         await open(at);

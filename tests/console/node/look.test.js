@@ -153,7 +153,7 @@ test('the picture of the manual', async () => {
         const share = await differing(shot, readFileSync(MANUAL));
         console.log(`${(100 * share).toFixed(2)} % of the manual's picture differ`);
         return share < 0.02;
-    }, 'the manual\'s picture (DRAW_PICTURES=1 draws it anew)');
+    }, 'the picture of the manual (DRAW_PICTURES=1 draws it anew)');
 });
 
 test('nothing longer than 200 ms is in the way of a finger, with 6 zones of 6 points', async () => {

@@ -68,7 +68,8 @@ async function load() {
     change(draft());
 }
 
-// Whether an answer is to be shown: one that comes behind the answer to a later question tells of the past.
+// Of questions that are asked again and again: called at each question, gives what tells at its answer whether that is to
+// be shown. One that comes behind the answer to a later question tells of the past.
 function inOrder() {
     let asked = 0;
     let shown = 0;
@@ -81,12 +82,12 @@ function inOrder() {
         };
     };
 }
-const askCamera = inOrder();
-const askBehaviors = inOrder();
+const cameraTurn = inOrder();
+const behaviorsTurn = inOrder();
 
 export async function refresh() {
     const camera = state.camera;
-    const inTime = askCamera();
+    const inTime = cameraTurn();
     const { profiles, switches } = await api.read('camera', { camera });
     if (camera !== state.camera || !inTime()) return;
     const known = state.profiles;
@@ -108,7 +109,7 @@ export async function refresh() {
 export async function refreshBehaviors() {
     const asked = { camera: state.camera, profile: state.profile };
     if (asked.profile === null) return;
-    const inTime = askBehaviors();
+    const inTime = behaviorsTurn();
     const { behaviors } = await api.read('behaviors', asked);
     if (asked.camera !== state.camera || asked.profile !== state.profile || !inTime()) return;
     state.behaviors = behaviors;
